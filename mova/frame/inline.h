@@ -1,0 +1,16 @@
+/* Two kinds of function whose body stands in a header for the compiler to put into the caller's loop. */
+#ifndef MOVA_FRAME_INLINE_H
+#define MOVA_FRAME_INLINE_H
+
+/* MOVA_INLINE marks a public function. Its one symbol is the library's: a call that is not inlined, or a pointer to the
+   function, goes to that symbol, and no program carries a copy. The one source file that owns a header's symbols
+   defines MOVA_INLINE as nothing before it includes the header, which turns the same body into the exported function. */
+#ifndef MOVA_INLINE
+#define MOVA_INLINE extern inline __attribute__((gnu_inline))
+#endif
+
+/* MOVA_INLINE_PART marks what such functions share. It has no symbol anywhere. (A static function would do, but C
+   forbids an inline function with external linkage to call one.) */
+#define MOVA_INLINE_PART extern inline __attribute__((gnu_inline, always_inline))
+
+#endif

@@ -1,0 +1,254 @@
+/* Blocks in pages: those of one size class lie in pages of 64 KiB, and pages in chunks from the system.
+
+       chunk: 2 MiB, at a multiple of 2 MiB                      page: 64 KiB
+       +---------+--------+--------+-------+---------+           +---+---+---+---+---+-----+
+       | records | page 1 | page 2 |  ...  | page 31 |           | 0 | 1 | 2 | 3 | 4 | ... |
+       +---------+--------+--------+-------+---------+           +---+---+---+---+---+-----+
+         the record of page 2:  free_bits                          0   1   1   0   1   1    1 = free
+
+   A block that is larger than a page has a run of pages to itself, with the record of the first.
+
+   Invariants:
+     1. A block's chunk, page and number follow from its address.
+     2. A set bit is a free block, and `free_blocks` is the number of set bits. No word before `first_word` has one.
+     3. A page is in its class's list exactly while it has a free block and one that is not. A page with none but
+        free blocks is not in use: it belongs to no class, and its bit in its chunk's `free_pages` is set.
+     4. A chunk is in the list exactly while it has a page that is not in use.
+     5. `taken` is the number of the class's blocks that are not free.
+     6. A class and its pages are touched under the class's lock, chunks under `chunks_lock`. */
+#ifndef MOVA_HOST_INTERNAL_PAGES_H
+#define MOVA_HOST_INTERNAL_PAGES_H
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+
+#include <mova/host/internal/locks.h>
+#include <mova/host/internal/mappings.h>
+#include <mova/host/internal/size_classes.h>
+
+namespace mova::pages {
+
+template <class T> void link(T *&first, T *node)
+{
+    node->prev = nullptr;
+    node->next = first;
+    if (first)
+        first->prev = node;
+    first = node;
+}
+
+template <class T> void unlink(T *&first, T *node)
+{
+    (node->prev ? node->prev->next : first) = node->next;
+    if (node->next)
+        node->next->prev = node->prev;
+}
+
+constexpr size_t page_size = size_t{64} << 10, chunk_size = mappings::alignment;
+constexpr uint32_t all_pages = ~uint32_t{1}; /* page 0 is where the records are */
+constexpr size_t most_unused_chunks = 64;
+
+struct page {
+    page *next, *prev;
+    char *start;
+    size_t block_size;
+    uint32_t reciprocal; /* 2^32 / block_size, rounded up */
+    uint32_t blocks, free_blocks, first_word;
+    uint64_t free_bits[page_size / 8 / 64];
+
+    void make_free(char *at, size_t size)
+    {
+        start = at;
+        block_size = size;
+        reciprocal = static_cast<uint32_t>(((uint64_t{1} << 32) + size - 1) / size);
+        blocks = free_blocks = static_cast<uint32_t>(std::max(page_size / size, size_t{1}));
+        first_word = 0;
+        std::fill_n(free_bits, blocks / 64, ~uint64_t{0});
+        if (blocks % 64 != 0)
+            free_bits[blocks / 64] = (uint64_t{1} << blocks % 64) - 1;
+    }
+
+    /* Takes up to `wanted` blocks of the first bitmap word that has any, the lowest last. Returns their number.
+       Requires a free block. */
+    uint32_t take(void **taken, uint32_t wanted)
+    {
+        while (!free_bits[first_word])
+            first_word++;
+        uint64_t word = free_bits[first_word];
+        uint32_t count = std::min(static_cast<uint32_t>(std::popcount(word)), wanted);
+        size_t size = block_size;
+        char *base = start + size * 64 * first_word;
+        for (uint32_t i = count; i-- > 0; word &= word - 1)
+            taken[i] = base + size * static_cast<size_t>(std::countr_zero(word));
+        free_bits[first_word] = word;
+        free_blocks -= count;
+        return count;
+    }
+
+    /* Takes back the first of the blocks and those after it, up to one of another page. Returns where that is. */
+    void *const *give(void *const *given, void *const *end)
+    {
+        uint64_t factor = reciprocal;
+        uint32_t first = first_word, count = free_blocks;
+        uintptr_t address = reinterpret_cast<uintptr_t>(*given), place = address / page_size;
+        do {
+            auto number = static_cast<uint32_t>(address % page_size * factor >> 32);
+            free_bits[number / 64] |= uint64_t{1} << number % 64;
+            first = std::min(first, number / 64);
+            count++;
+            if (++given == end)
+                break;
+            address = reinterpret_cast<uintptr_t>(*given);
+        } while (address / page_size == place);
+        first_word = first;
+        free_blocks = count;
+        return given;
+    }
+};
+
+struct chunk {
+    chunk *next, *prev;
+    uint32_t free_pages;
+    page pages[chunk_size / page_size];
+};
+static_assert(sizeof(chunk) <= page_size);
+
+inline constinit std::mutex chunks_lock;
+inline constinit chunk *chunks = nullptr;
+inline constinit size_t mapped_chunks = 0, unused_chunks = 0;
+
+inline chunk *chunk_of(const void *address)
+{
+    return reinterpret_cast<chunk *>(reinterpret_cast<uintptr_t>(address) & ~(uintptr_t{chunk_size} - 1));
+}
+
+/* The page, or the first of the run of pages, that the block lies in. */
+inline page *page_of(const void *block)
+{
+    return &chunk_of(block)->pages[reinterpret_cast<uintptr_t>(block) % chunk_size / page_size];
+}
+
+/* As many ones as a block takes pages. */
+inline uint32_t run_for(size_t block_size)
+{
+    return (uint32_t{1} << (block_size + page_size - 1) / page_size) - 1;
+}
+
+/* The pages at which a run of free ones begins that is long enough. */
+inline uint32_t run_starts(const chunk *in, uint32_t run)
+{
+    uint32_t starts = in->free_pages;
+    for (; run > 1; run >>= 1)
+        starts &= starts >> 1;
+    return starts;
+}
+
+/* The first chunk does without huge pages, so that a program of few blocks stays small. */
+inline chunk *map_chunk()
+{
+    auto wanted = mapped_chunks == 0 ? mappings::kind::ordinary : mappings::kind::huge;
+    auto *mapped = static_cast<chunk *>(mappings::map(chunk_size, wanted));
+    if (!mapped)
+        return nullptr;
+    mapped->free_pages = all_pages;
+    mapped_chunks++;
+    unused_chunks++;
+    link(chunks, mapped);
+    return mapped;
+}
+
+inline void unmap_chunk(chunk *unmapped)
+{
+    unlink(chunks, unmapped);
+    unused_chunks--;
+    mapped_chunks--;
+    mappings::unmap(unmapped, chunk_size);
+}
+
+/* Returns a page of free blocks, or null where memory has run out. */
+inline page *take_page(size_t block_size)
+{
+    auto guard = locked(chunks_lock);
+    uint32_t run = run_for(block_size);
+    chunk *from = chunks;
+    while (from && !run_starts(from, run))
+        from = from->next;
+    if (!from && !(from = map_chunk()))
+        return nullptr;
+    auto index = static_cast<size_t>(std::countr_zero(run_starts(from, run)));
+    unused_chunks -= from->free_pages == all_pages;
+    from->free_pages &= ~(run << index);
+    mappings::count_used(static_cast<size_t>(std::popcount(run)) * page_size);
+    if (!from->free_pages)
+        unlink(chunks, from);
+    from->pages[index].make_free(reinterpret_cast<char *>(from) + index * page_size, block_size);
+    return &from->pages[index];
+}
+
+/* Takes back a page whose blocks are all free. Beyond some chunks in reserve, unused ones go back to the system. */
+inline void give_page(page *given)
+{
+    auto guard = locked(chunks_lock);
+    chunk *to = chunk_of(given);
+    if (!to->free_pages)
+        link(chunks, to);
+    uint32_t run = run_for(given->block_size);
+    to->free_pages |= run << (given - to->pages);
+    mappings::count_used(-static_cast<size_t>(std::popcount(run)) * page_size);
+    unused_chunks += to->free_pages == all_pages;
+    if (unused_chunks > most_unused_chunks)
+        unmap_chunk(to);
+}
+
+/* ---- the classes ------------------------------------------------------------------------------------------ */
+
+struct size_class {
+    std::mutex lock;
+    page *pages;
+    size_t taken;
+};
+
+inline constinit size_class classes[size_classes::first_large_class] = {};
+
+/* Takes up to `wanted` blocks of a class. Returns their number, which is 0 where memory has run out. */
+inline uint32_t take(unsigned index, void **blocks, uint32_t wanted)
+{
+    size_class &own = classes[index];
+    auto guard = locked(own.lock);
+    if (!own.pages) {
+        page *fresh = take_page(size_classes::block_size(index));
+        if (!fresh)
+            return 0;
+        link(own.pages, fresh);
+    }
+    page *from = own.pages;
+    uint32_t count = from->take(blocks, wanted);
+    if (from->free_blocks == 0)
+        unlink(own.pages, from);
+    own.taken += count;
+    return count;
+}
+
+inline void give(unsigned index, void *const *blocks, uint32_t count)
+{
+    size_class &own = classes[index];
+    auto guard = locked(own.lock);
+    own.taken -= count;
+    for (void *const *end = blocks + count; blocks != end;) {
+        page *to = page_of(*blocks);
+        if (to->free_blocks == 0)
+            link(own.pages, to);
+        blocks = to->give(blocks, end);
+        if (to->free_blocks == to->blocks) {
+            unlink(own.pages, to);
+            give_page(to);
+        }
+    }
+}
+
+} // namespace mova::pages
+
+#endif

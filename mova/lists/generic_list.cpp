@@ -1,0 +1,194 @@
+/* This file owns the symbols of the functions whose bodies stand in the header. */
+#define MOVA_INLINE
+#include <mova/lists/generic_list.h>
+
+#include <mova/frame/host.h>
+#include <mova/lists/internal/chain.h>
+
+#include <utility>
+
+namespace chain = mova::chain;
+using chain::shape;
+
+namespace {
+
+/* What GL_check counts for a head or a node, on every platform. */
+constexpr uint32_t record_bytes = 12;
+
+GL_node *create_node(void *item)
+{
+    GL_node *node = static_cast<GL_node *>(MM_alloc_item(sizeof(GL_node)));
+    node->item = item;
+    return node;
+}
+
+void free_node(GL_node *node)
+{
+    MM_dealloc_item(node, sizeof(GL_node));
+}
+
+void free_head(GL_list **list)
+{
+    MM_dealloc_item(*list, sizeof(GL_list));
+    *list = nullptr;
+}
+
+void free_nodes(const GL_list *list)
+{
+    chain::for_each(list->first, free_node);
+}
+
+void free_items_and_nodes(const GL_list *list, GL_free_fn free_item)
+{
+    chain::for_each(list->first, [free_item](GL_node *node) {
+        free_item(&node->item);
+        free_node(node);
+    });
+}
+
+void reset(GL_list *list)
+{
+    *list = {nullptr, nullptr, 0};
+}
+
+GL_node *find_node(const GL_list *list, const void *item)
+{
+    chain::walker<GL_node> walk(list->first);
+    while (walk.node() && walk.node()->item != item)
+        walk.step();
+    return walk.node();
+}
+
+} // namespace
+
+GL_list *GL_create(void)
+{
+    GL_list *list = static_cast<GL_list *>(MM_alloc_item(sizeof(GL_list)));
+    reset(list);
+    return list;
+}
+
+void GL_release(GL_list **list)
+{
+    if (!*list)
+        return;
+    free_nodes(*list);
+    free_head(list);
+}
+
+void GL_total_release(GL_list **list, GL_free_fn free_item)
+{
+    free_items_and_nodes(*list, free_item);
+    free_head(list);
+}
+
+void GL_make_empty(GL_list *list)
+{
+    free_nodes(list);
+    reset(list);
+}
+
+void GL_total_make_empty(GL_list *list, GL_free_fn free_item)
+{
+    free_items_and_nodes(list, free_item);
+    reset(list);
+}
+
+GL_list *GL_copy(const GL_list *list)
+{
+    GL_list *copy = GL_create();
+    chain::for_each(list->first, [copy](GL_node *node) { GL_append_after_last(copy, node->item); });
+    return copy;
+}
+
+GL_list *GL_total_copy(const GL_list *list, GL_copy_fn copy_item)
+{
+    GL_list *copy = GL_create();
+    chain::for_each(list->first,
+                    [copy, copy_item](GL_node *node) { GL_append_after_last(copy, copy_item(node->item)); });
+    return copy;
+}
+
+int32_t GL_check(const GL_list *list, GL_size_fn item_size)
+{
+    uint32_t bytes = record_bytes;
+    chain::for_each(list->first, [&bytes, item_size](GL_node *node) {
+        bytes += record_bytes + static_cast<uint32_t>(item_size(node->item));
+    });
+    return static_cast<int32_t>(bytes);
+}
+
+int32_t GL_count_items(const GL_list *list)
+{
+    return list->count;
+}
+
+GL_node *GL_append_after_last(GL_list *list, void *item)
+{
+    GL_node *node = create_node(item);
+    chain::link_last(*list, node, shape::always_open);
+    ++list->count;
+    return node;
+}
+
+GL_node *GL_insert_before_first(GL_list *list, void *item)
+{
+    GL_node *node = create_node(item);
+    chain::link_first(*list, node, shape::always_open);
+    ++list->count;
+    return node;
+}
+
+GL_node *GL_insert_before(GL_list *list, GL_node *position, void *item)
+{
+    GL_node *node = create_node(item);
+    chain::link_before(*list, position, node, shape::always_open);
+    ++list->count;
+    return node;
+}
+
+GL_node *GL_insert_after(GL_list *list, GL_node *position, void *item)
+{
+    GL_node *node = create_node(item);
+    chain::link_after(*list, position, node, shape::always_open);
+    ++list->count;
+    return node;
+}
+
+GL_node *GL_insert_unique(GL_list *list, void *item)
+{
+    return find_node(list, item) ? nullptr : GL_append_after_last(list, item);
+}
+
+void GL_move_before_first(GL_list *list, GL_node *position)
+{
+    if (position == list->first)
+        return;
+    chain::unlink(*list, position, shape::always_open);
+    chain::link_first(*list, position, shape::always_open);
+}
+
+void GL_append_list(GL_list *target, GL_list **source)
+{
+    chain::splice_last<GL_node>(*target, **source);
+    target->count += (*source)->count;
+    free_head(source);
+}
+
+int GL_find_item(const GL_list *list, const void *item, GL_node **position)
+{
+    *position = find_node(list, item);
+    return *position != nullptr;
+}
+
+void GL_remove_item(GL_list *list, GL_node *position)
+{
+    chain::unlink(*list, position, shape::always_open);
+    free_node(position);
+    --list->count;
+}
+
+void GL_swap_item(GL_node *position, void **item)
+{
+    std::swap(position->item, *item);
+}

@@ -1,0 +1,178 @@
+/* The chain that the lists share: linking, unlinking and walking nodes.
+
+   A node is any record with `prev` and `next`, a list any head with `first` and `last`; a head may keep them as void
+   pointers. Counts are the families' own. A list is an open chain, with null links at both ends, or a ring:
+
+       open                                        ring
+       null <- A <-> B <-> C -> null               +-> A <-> B <-> C <-+
+               first        last                   +-------------------+
+
+   The functions allocate nothing and ask nothing of a node but its links. */
+#ifndef MOVA_LISTS_INTERNAL_CHAIN_H
+#define MOVA_LISTS_INTERNAL_CHAIN_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace mova::chain {
+
+/* A list that never is a ring says so: the links at its ends are null without a look at them. */
+enum class shape { always_open, open, ring };
+
+template <class Node, class List>
+Node *first_of(const List &list)
+{
+    return static_cast<Node *>(list.first);
+}
+
+template <class Node, class List>
+Node *last_of(const List &list)
+{
+    return static_cast<Node *>(list.last);
+}
+
+/* Makes `node` the only node of an empty list. */
+template <class List, class Node>
+void link_only(List &list, Node *node, shape shape)
+{
+    node->prev = node->next = shape == shape::ring ? node : nullptr;
+    list.first = list.last = node;
+}
+
+/* Links `node` behind the last one. The old last node's `next` (null, or the first node) becomes the new one's. */
+template <class List, class Node>
+void link_last(List &list, Node *node, shape shape)
+{
+    Node *last = last_of<Node>(list);
+    if (!last)
+        return link_only(list, node, shape);
+    node->prev = last;
+    node->next = shape == shape::always_open ? nullptr : last->next;
+    last->next = node;
+    list.last = node;
+    if (shape == shape::ring)
+        first_of<Node>(list)->prev = node;
+}
+
+/* Links `node` ahead of the first one: the mirror image of link_last. */
+template <class List, class Node>
+void link_first(List &list, Node *node, shape shape)
+{
+    Node *first = first_of<Node>(list);
+    if (!first)
+        return link_only(list, node, shape);
+    node->next = first;
+    node->prev = shape == shape::always_open ? nullptr : first->prev;
+    first->prev = node;
+    list.first = node;
+    if (shape == shape::ring)
+        last_of<Node>(list)->next = node;
+}
+
+/* Links `node` between two neighbours. */
+template <class Node>
+void link_between(Node *before, Node *node, Node *after)
+{
+    node->prev = before;
+    node->next = after;
+    before->next = node;
+    after->prev = node;
+}
+
+template <class List, class Node>
+void link_before(List &list, Node *position, Node *node, shape shape)
+{
+    if (position == list.first)
+        link_first(list, node, shape);
+    else
+        link_between(position->prev, node, position);
+}
+
+template <class List, class Node>
+void link_after(List &list, Node *position, Node *node, shape shape)
+{
+    if (position == list.last)
+        link_last(list, node, shape);
+    else
+        link_between(position, node, position->next);
+}
+
+/* Takes `node` out. Its own links stay as they are. Of an open list's only node `first` and `last` become null; of a
+   ring's they go on naming the node, and the caller, who counts, clears them. */
+template <class List, class Node>
+void unlink(List &list, Node *node, shape shape)
+{
+    if (node == list.first) {
+        list.first = node->next;
+        if (shape == shape::ring)
+            last_of<Node>(list)->next = node->next;
+    } else {
+        node->prev->next = node->next;
+    }
+    if (node == list.last) {
+        list.last = node->prev;
+        if (shape == shape::ring)
+            first_of<Node>(list)->prev = node->prev;
+    } else {
+        node->next->prev = node->prev;
+    }
+}
+
+/* Moves all nodes of the open chain `source` behind those of the open chain `target`; `source` still names them. */
+template <class Node, class List>
+void splice_last(List &target, const List &source)
+{
+    if (!target.first) {
+        target.first = source.first;
+        target.last = source.last;
+    } else if (source.first) {
+        last_of<Node>(target)->next = first_of<Node>(source);
+        first_of<Node>(source)->prev = last_of<Node>(target);
+        target.last = source.last;
+    }
+}
+
+/* Walks along `next`, up to the null link. Nodes that were allocated in a row lie one stride apart, so the walk guesses
+   the next address and goes on with it while the link is still on its way from memory; the comparison only verifies the
+   guess, out of the way. A wrong guess costs what waiting for the link would have. */
+template <class Node>
+class walker {
+public:
+    explicit walker(Node *first) : node_(first) {}
+
+    Node *node() const { return node_; }
+
+    void step()
+    {
+        Node *next = node_->next;
+        const std::uintptr_t guess = reinterpret_cast<std::uintptr_t>(node_) + stride_;
+        /* What is compared is a copy that the optimiser knows nothing of: else it would go on with `next`, which it has
+           just found to be the same, and wait for it. */
+        std::uintptr_t copy = guess;
+        asm("" : "+r"(copy));
+        if (copy != reinterpret_cast<std::uintptr_t>(next)) [[unlikely]] {
+            stride_ = reinterpret_cast<std::uintptr_t>(next) - reinterpret_cast<std::uintptr_t>(node_);
+            node_ = next;
+        } else {
+            node_ = reinterpret_cast<Node *>(guess);
+        }
+    }
+
+private:
+    Node *node_;
+    std::uintptr_t stride_ = 0;
+};
+
+/* Calls `visit` with every node from `first` to the null link. The successor is read first, so `visit` may free. */
+template <class Node, class Visit>
+void for_each(Node *first, Visit visit)
+{
+    for (walker<Node> walk(first); Node *node = walk.node();) {
+        walk.step();
+        visit(node);
+    }
+}
+
+} // namespace mova::chain
+
+#endif

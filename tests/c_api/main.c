@@ -1,0 +1,8 @@
+#include "c_api.h"
+
+int main(void)
+{
+    drive_generic_list();
+    drive_host();
+    return 0;
+}

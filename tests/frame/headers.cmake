@@ -1,0 +1,38 @@
+# Compiles every public header for itself, as C11, as C++11 for those who use the library, and as C++20; each before
+# and after the standard library's <stdio.h>, which declares names like the library's own.
+
+# Writes a source that includes the two headers in this order, the first one twice.
+function(write_header_source path first second identifier)
+    file(CONFIGURE OUTPUT ${path} @ONLY CONTENT
+"#include <@first@>
+#include <@first@>
+#include <@second@>
+extern int header_@identifier@;
+int header_@identifier@;
+")
+endfunction()
+
+# add_header_checks(<name> <extension> <feature> <header of the standard library> <header>...)
+function(add_header_checks name extension feature stdio)
+    add_library(${name} OBJECT)
+    foreach(header ${ARGN})
+        string(MAKE_C_IDENTIFIER ${header} identifier)
+        set(path ${CMAKE_CURRENT_BINARY_DIR}/${name}/${identifier})
+        write_header_source(${path}_first.${extension} ${header} ${stdio} ${identifier}_first)
+        write_header_source(${path}_last.${extension} ${stdio} ${header} ${identifier}_last)
+        target_sources(${name} PRIVATE ${path}_first.${extension} ${path}_last.${extension})
+    endforeach()
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_compile_features(${name} PRIVATE ${feature})
+    target_compile_options(${name} PRIVATE -Wall -Wextra -pedantic-errors -Werror)
+    set_target_properties(${name} PROPERTIES C_EXTENSIONS OFF CXX_EXTENSIONS OFF)
+endfunction()
+
+foreach(list container_headers host_headers)
+    get_directory_property(headers DIRECTORY ${PROJECT_SOURCE_DIR}/mova DEFINITION ${list})
+    list(TRANSFORM headers PREPEND mova/)
+    list(APPEND public_headers ${headers})
+endforeach()
+add_header_checks(headers_as_c11 c c_std_11 stdio.h ${public_headers})
+add_header_checks(headers_as_cxx11 cpp cxx_std_11 cstdio ${public_headers})
+add_header_checks(headers_as_cxx20 cpp cxx_std_20 cstdio ${public_headers})

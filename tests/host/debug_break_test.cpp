@@ -1,0 +1,51 @@
+#include <csignal>
+
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <mova/frame/host.h>
+
+namespace {
+
+// Lets itself be traced, waits for the tracer, and breaks.
+[[noreturn]] void run_traced()
+{
+    if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
+        _exit(2);
+    std::raise(SIGSTOP);
+    debug_break();
+    _exit(0);
+}
+
+// The signal that the child is stopped with, 0 where it is not stopped.
+int stopped_with(pid_t child)
+{
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFSTOPPED(status) ? WSTOPSIG(status) : 0;
+}
+
+void resume(pid_t child)
+{
+    ptrace(PTRACE_CONT, child, nullptr, nullptr);
+}
+
+TEST(DebugBreak, StopsInAnAttachedDebuggerAndGoesOnFromThere)
+{
+    const pid_t child = fork();
+    if (child == 0)
+        run_traced();
+    ASSERT_EQ(stopped_with(child), SIGSTOP);
+    resume(child);
+    ASSERT_EQ(stopped_with(child), SIGTRAP);
+    resume(child);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+} // namespace

@@ -1,0 +1,258 @@
+/* Memory that runs out. Every test of this program runs against a service of errors of its own, which throws or
+   returns as the test wants it. */
+#include <mova/frame/host.h>
+#include <mova/host/memory.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <string>
+
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr size_t mib = 1024 * 1024;
+
+struct report {
+    std::string module;
+    int32_t line, code;
+};
+
+bool throws = false;
+int reports = 0;
+report last = {};
+
+/* What the service answers to `work`: the line that it reported, or 0. */
+int32_t line_of(const std::function<void()> &work)
+{
+    last = {};
+    work();
+    return last.code == MOVA_ALLOCATION_FAILED && last.module == "memory" ? last.line : 0;
+}
+
+} // namespace
+
+void EX_raise_exception_line(const char *module, int32_t line, int32_t code)
+{
+    reports++;
+    last = {module, line, code};
+    if (throws)
+        throw last;
+}
+
+namespace {
+
+/* A 32-bit process may have room for one block of the largest size, but not for two. */
+class MemoryExhaustion : public testing::Test {
+protected:
+    MemoryExhaustion() : largest(MM_alloc_item(PTRDIFF_MAX)) {}
+
+    ~MemoryExhaustion() override
+    {
+        throws = false;
+        if (largest)
+            MM_dealloc_item(largest, PTRDIFF_MAX);
+    }
+
+    void *largest;
+};
+
+TEST_F(MemoryExhaustion, ASizeBeyondAllAddressesIsReported)
+{
+    for (size_t size : {SIZE_MAX, SIZE_MAX - 6, SIZE_MAX - 4095, size_t{PTRDIFF_MAX} + 1}) {
+        void *block = &reports;
+        EXPECT_EQ(line_of([&] { block = MM_alloc_item(size); }), MOVA_MEMORY_SIZE_TOO_LARGE);
+        EXPECT_EQ(block, nullptr);
+    }
+}
+
+TEST_F(MemoryExhaustion, ALargeBlockWithoutAMappingIsReported)
+{
+    void *block = &reports;
+    EXPECT_EQ(line_of([&] { block = MM_alloc_item(PTRDIFF_MAX); }), MOVA_MEMORY_NO_MAPPING);
+    EXPECT_EQ(block, nullptr);
+}
+
+TEST_F(MemoryExhaustion, AnErrorMayBeThrownOutOfTheService)
+{
+    throws = true;
+    EXPECT_THROW(MM_alloc_item(PTRDIFF_MAX), report);
+    EXPECT_THROW(MM_alloc_item(SIZE_MAX), report);
+    void *block = MM_alloc_item(mib);
+    EXPECT_THROW(MM_realloc_item(block, mib, PTRDIFF_MAX), report);
+    MM_dealloc_item(block, mib);
+}
+
+TEST_F(MemoryExhaustion, ABlockThatCannotGrowIsAsItWas)
+{
+    for (size_t size : {size_t{100}, size_t{5000}, mib}) {
+        auto *block = static_cast<char *>(MM_alloc_item(size));
+        std::memset(block, 'k', size);
+        void *grown = block;
+        EXPECT_EQ(line_of([&] { grown = MM_realloc_item(block, size, SIZE_MAX); }), MOVA_MEMORY_SIZE_TOO_LARGE);
+        EXPECT_EQ(grown, nullptr);
+        int32_t line = size == mib ? MOVA_MEMORY_NO_ROOM_TO_GROW : MOVA_MEMORY_NO_MAPPING;
+        EXPECT_EQ(line_of([&] { grown = MM_realloc_item(block, size, PTRDIFF_MAX); }), line);
+        EXPECT_EQ(grown, nullptr);
+        EXPECT_EQ(std::count(block, block + size, 'k'), static_cast<std::ptrdiff_t>(size));
+        MM_dealloc_item(block, size);
+    }
+}
+
+TEST_F(MemoryExhaustion, AFailureLeavesTheFiguresAlone)
+{
+    mova_memory_totals before = mova_memory_statistics();
+    MM_alloc_item(PTRDIFF_MAX);
+    MM_alloc_item(SIZE_MAX);
+    mova_memory_totals after = mova_memory_statistics();
+    EXPECT_EQ(after.live_blocks, before.live_blocks);
+    EXPECT_EQ(after.live_bytes, before.live_bytes);
+    EXPECT_LE(after.held_bytes, before.held_bytes);
+}
+
+/* ---- with little address space ---------------------------------------------------------------------------- */
+
+enum : int { as_expected = 0, not_limited = 77 };
+
+size_t address_space()
+{
+    std::FILE *file = std::fopen("/proc/self/statm", "r");
+    unsigned long pages = 0;
+    int read = file ? std::fscanf(file, "%lu", &pages) : 0;
+    if (file)
+        std::fclose(file);
+    return read == 1 ? pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)) : 0;
+}
+
+/* Leaves the process `room` bytes of address space. Returns whether the system keeps it to that: an emulator may not. */
+bool limit_address_space(size_t room)
+{
+    struct rlimit limit = {};
+    limit.rlim_cur = limit.rlim_max = address_space() + room;
+    if (setrlimit(RLIMIT_AS, &limit) != 0)
+        return false;
+    void *beyond = mmap(nullptr, 2 * room, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (beyond != MAP_FAILED)
+        munmap(beyond, 2 * room);
+    return beyond == MAP_FAILED;
+}
+
+/* Runs `work` in a child process with `room` bytes of address space to spare. It returns the number of what went
+   wrong, or 0. */
+void with_little_room(size_t room, const std::function<int()> &work)
+{
+    pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+        _exit(limit_address_space(room) ? work() : not_limited);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
+    if (WEXITSTATUS(status) == not_limited)
+        GTEST_SKIP() << "the address space cannot be limited here";
+    EXPECT_EQ(WEXITSTATUS(status), as_expected);
+}
+
+/* Allocates until the service reports an error, and returns the blocks, each of which holds the one before. */
+void *allocate_all(size_t size)
+{
+    void *last_block = nullptr;
+    for (int before = reports; reports == before;) {
+        void *block = MM_alloc_item(size);
+        if (!block)
+            break;
+        *static_cast<void **>(block) = last_block;
+        last_block = block;
+    }
+    return last_block;
+}
+
+size_t release_all(void *block, size_t size)
+{
+    size_t count = 0;
+    for (; block; count++) {
+        void *next = *static_cast<void **>(block);
+        MM_dealloc_item(block, size);
+        block = next;
+    }
+    return count;
+}
+
+TEST_F(MemoryExhaustion, OrdinaryBlocksThatRunOutAreReportedAndTheServiceGoesOn)
+{
+    for (size_t size : {size_t{48}, size_t{5000}, size_t{200000}}) {
+        with_little_room(64 * mib, [=] {
+            void *blocks = allocate_all(size);
+            if (last.line != MOVA_MEMORY_NO_ROOM || last.code != MOVA_ALLOCATION_FAILED)
+                return 1;
+            size_t count = release_all(blocks, size);
+            if (count * size < 32 * mib)
+                return 2;
+            return release_all(allocate_all(size), size) < count * 9 / 10 ? 3 : 0;
+        });
+    }
+}
+
+TEST_F(MemoryExhaustion, LargeBlocksThatRunOutAreReportedAndTheServiceGoesOn)
+{
+    with_little_room(64 * mib, [] {
+        void *blocks = allocate_all(2 * mib);
+        if (last.line != MOVA_MEMORY_NO_MAPPING)
+            return 1;
+        return release_all(blocks, 2 * mib) >= 16 && MM_alloc_item(mib) ? 0 : 2;
+    });
+}
+
+TEST_F(MemoryExhaustion, ALargeBlockThatRunsOutOfRoomToGrowIsAsItWas)
+{
+    with_little_room(40 * mib, [] {
+        auto *block = static_cast<char *>(MM_alloc_item(8 * mib));
+        std::memset(block, 'g', 8 * mib);
+        if (MM_realloc_item(block, 8 * mib, 100 * mib) || last.line != MOVA_MEMORY_NO_ROOM_TO_GROW)
+            return 1;
+        if (std::count(block, block + 8 * mib, 'g') != static_cast<std::ptrdiff_t>(8 * mib))
+            return 2;
+        MM_dealloc_item(block, 8 * mib);
+        return MM_alloc_item(100) ? 0 : 3;
+    });
+}
+
+TEST_F(MemoryExhaustion, KeptBlocksGoBackBeforeMemoryRunsOut)
+{
+    with_little_room(40 * mib, [] {
+        reports = 0;
+        MM_dealloc_item(MM_alloc_item(32 * mib), 32 * mib);
+        if (!MM_alloc_item(16 * mib) || reports > 0)
+            return 1;
+        MM_dealloc_item(MM_alloc_item(8 * mib), 8 * mib);
+        return release_all(allocate_all(100000), 100000) >= 100 ? 0 : 2;
+    });
+}
+
+TEST_F(MemoryExhaustion, AnErrorThrownForWantOfMemoryLeavesTheServiceUsable)
+{
+    with_little_room(64 * mib, [] {
+        throws = true;
+        void *blocks = nullptr;
+        try {
+            for (;;) {
+                auto *block = static_cast<void **>(MM_alloc_item(96));
+                *block = blocks;
+                blocks = block;
+            }
+        } catch (const report &) {
+        }
+        MM_dealloc_item(blocks, 96);
+        return MM_alloc_item(96) == blocks ? 0 : 1;
+    });
+}
+
+} // namespace

@@ -1,0 +1,415 @@
+#include <mova/frame/host.h>
+#include <mova/host/memory.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr size_t kib = 1024, mib = 1024 * kib;
+
+/* Allocates before main is entered and releases after it was left. */
+struct before_and_after_main {
+    before_and_after_main() : block(static_cast<char *>(MM_alloc_item(100))) { std::memset(block, 'b', 100); }
+    ~before_and_after_main()
+    {
+        MM_dealloc_item(block, 100);
+        MM_dealloc_item(MM_alloc_item(40), 40);
+    }
+    char *block;
+};
+const before_and_after_main early;
+
+/* Under a sanitizer the blocks of the library are the system's. */
+bool blocks_are_the_systems()
+{
+    return mova_memory_statistics().held_bytes == 0;
+}
+
+#define NEEDS_OWN_BLOCKS() \
+    if (blocks_are_the_systems()) \
+    GTEST_SKIP() << "under this sanitizer the blocks are the system's"
+
+unsigned seed()
+{
+    const char *given = std::getenv("MOVA_TEST_SEED");
+    unsigned chosen = given ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device{}();
+    std::printf("MOVA_TEST_SEED=%u\n", chosen);
+    return chosen;
+}
+
+std::vector<void *> allocate(size_t count, size_t size)
+{
+    std::vector<void *> blocks(count);
+    std::ranges::generate(blocks, [=] { return MM_alloc_item(size); });
+    return blocks;
+}
+
+void release(const std::vector<void *> &blocks, size_t size)
+{
+    for (void *block : blocks)
+        MM_dealloc_item(block, size);
+}
+
+uintptr_t address(const void *block)
+{
+    return reinterpret_cast<uintptr_t>(block);
+}
+
+TEST(Memory, ABlockIsThereBeforeMain)
+{
+    EXPECT_EQ(std::count(early.block, early.block + 100, 'b'), 100);
+}
+
+TEST(Memory, ABlockOfAMultipleOf16IsAlignedTo16AndAnyOtherTo8)
+{
+    for (size_t size = 0; size < 5000; size++) {
+        std::vector<void *> blocks = allocate(3, size);
+        for (void *block : blocks)
+            ASSERT_EQ(address(block) % (size % 16 == 0 ? 16 : 8), 0u) << size;
+        release(blocks, size);
+    }
+    for (size_t size : {64 * kib, 100 * kib, 256 * kib, 256 * kib + 16, 3 * mib}) {
+        void *block = MM_alloc_item(size);
+        EXPECT_EQ(address(block) % 16, 0u) << size;
+        MM_dealloc_item(block, size);
+    }
+}
+
+TEST(Memory, BlocksOfSizeZeroAreBlocksOfTheirOwn)
+{
+    std::vector<void *> blocks = allocate(1000, 0);
+    EXPECT_EQ(std::ranges::count(blocks, nullptr), 0);
+    std::ranges::sort(blocks);
+    EXPECT_EQ(std::ranges::adjacent_find(blocks), blocks.end());
+    release(blocks, 0);
+}
+
+/* Live blocks, each filled with a byte of its own. */
+class model {
+public:
+    explicit model(unsigned seed) : random_(seed) {}
+
+    size_t size_below(size_t limit) { return std::uniform_int_distribution<size_t>(0, limit)(random_); }
+
+    /* As many small sizes as large ones, up to 1 MiB. */
+    size_t any_size() { return size_below(size_t{1} << size_below(20)); }
+
+    void allocate()
+    {
+        size_t size = any_size();
+        add(MM_alloc_item(size), size);
+    }
+
+    void reallocate()
+    {
+        auto old = any();
+        record was = old->second;
+        char *block = old->first;
+        blocks_.erase(old);
+        size_t size = size_below(3) == 0 ? any_size() : was.size + size_below(64);
+        char *moved = static_cast<char *>(MM_realloc_item(block, was.size, size));
+        verify(moved, {std::min(size, was.size), was.fill});
+        add(moved, size);
+    }
+
+    void release()
+    {
+        auto old = any();
+        verify(old->first, old->second);
+        MM_dealloc_item(old->first, old->second.size);
+        blocks_.erase(old);
+    }
+
+    size_t live() const { return blocks_.size(); }
+
+private:
+    struct record {
+        size_t size;
+        unsigned char fill;
+    };
+
+    std::map<char *, record>::iterator any()
+    {
+        auto found = blocks_.lower_bound(blocks_.begin()->first + size_below(span()));
+        return found == blocks_.end() ? std::prev(found) : found;
+    }
+
+    size_t span() const { return static_cast<size_t>(blocks_.rbegin()->first - blocks_.begin()->first); }
+
+    void add(void *block, size_t size)
+    {
+        char *start = static_cast<char *>(block);
+        ASSERT_NE(start, nullptr);
+        ASSERT_EQ(address(start) % (size % 16 == 0 ? 16 : 8), 0u);
+        auto next = blocks_.lower_bound(start);
+        if (next != blocks_.end()) {
+            ASSERT_LE(start + std::max(size, size_t{1}), next->first);
+        }
+        if (next != blocks_.begin()) {
+            ASSERT_LE(std::prev(next)->first + std::max(std::prev(next)->second.size, size_t{1}), start);
+        }
+        record added = {size, static_cast<unsigned char>(size_below(255))};
+        std::memset(start, added.fill, size);
+        blocks_.emplace(start, added);
+    }
+
+    /* All bytes are the fill if the first is and each equals the next. */
+    static void verify(const char *block, const record &expected)
+    {
+        if (expected.size == 0)
+            return;
+        ASSERT_EQ(static_cast<unsigned char>(*block), expected.fill);
+        ASSERT_EQ(std::memcmp(block, block + 1, expected.size - 1), 0) << expected.size;
+    }
+
+    std::mt19937 random_;
+    std::map<char *, record> blocks_;
+};
+
+TEST(Memory, BlocksNeverOverlapAndKeepTheirBytes)
+{
+    model blocks(seed());
+    for (int step = 0; step < 30000 && !testing::Test::HasFatalFailure(); step++) {
+        size_t choice = blocks.size_below(9);
+        if (blocks.live() < 2 || (choice < 4 && blocks.live() < 600))
+            blocks.allocate();
+        else if (choice < 6)
+            blocks.reallocate();
+        else
+            blocks.release();
+    }
+    while (blocks.live() > 0 && !testing::Test::HasFatalFailure())
+        blocks.release();
+}
+
+TEST(Memory, ABlockThatGrowsWithinItsSizeClassStaysWhereItIs)
+{
+    void *probe = MM_alloc_item(1);
+    NEEDS_OWN_BLOCKS();
+    for (size_t size : {size_t{1}, size_t{41}, size_t{1025}, 5 * kib, 50 * kib, 100 * kib, 257 * kib, 5 * mib}) {
+        size_t room = mova_memory_statistics_of_size(size).largest_size;
+        ASSERT_GE(room, size);
+        void *block = MM_alloc_item(size);
+        EXPECT_EQ(MM_realloc_item(block, size, room), block) << size;
+        EXPECT_EQ(MM_realloc_item(block, room, size), block) << size;
+        MM_dealloc_item(block, size);
+    }
+    MM_dealloc_item(probe, 1);
+}
+
+TEST(Memory, ABlockThatGrowsBySmallStepsMovesOnceASizeClassAtMost)
+{
+    size_t size = 2 * kib, moves = 0, classes = 1;
+    auto *block = static_cast<unsigned char *>(MM_alloc_item(size));
+    NEEDS_OWN_BLOCKS();
+    std::fill_n(block, size, '\1');
+    for (size_t step = kib; size < 16 * mib; size += step) {
+        auto *grown = static_cast<unsigned char *>(MM_realloc_item(block, size, size + step));
+        moves += grown != block;
+        classes += mova_memory_statistics_of_size(size).largest_size < size + step;
+        block = grown;
+        block[size] = static_cast<unsigned char>(size / kib);
+    }
+    EXPECT_LT(moves, classes);
+    EXPECT_LE(classes, 64u);
+    for (size_t at = 2 * kib; at < size; at += kib)
+        ASSERT_EQ(block[at], static_cast<unsigned char>(at / kib));
+    EXPECT_EQ(std::count(block, block + 2 * kib, '\1'), static_cast<std::ptrdiff_t>(2 * kib));
+    MM_dealloc_item(block, size);
+}
+
+TEST(Memory, ALargeBlockThatShrinksKeepsItsBytesAndGivesRoomBack)
+{
+    char *block = static_cast<char *>(MM_alloc_item(32 * mib));
+    NEEDS_OWN_BLOCKS();
+    std::memset(block, 's', mib);
+    size_t held = mova_memory_statistics().held_bytes;
+    block = static_cast<char *>(MM_realloc_item(block, 32 * mib, 2 * mib));
+    EXPECT_EQ(held - mova_memory_statistics().held_bytes, 30 * mib);
+    block = static_cast<char *>(MM_realloc_item(block, 2 * mib, 3000));
+    EXPECT_EQ(std::count(block, block + 3000, 's'), 3000);
+    MM_dealloc_item(block, 3000);
+}
+
+TEST(Memory, AReleasedLargeBlockIsKeptForTheNextOfItsClass)
+{
+    void *block = MM_alloc_item(20 * mib);
+    NEEDS_OWN_BLOCKS();
+    MM_dealloc_item(block, 20 * mib);
+    void *next = MM_alloc_item(30 * mib);
+    if (sizeof(void *) == 8) {
+        EXPECT_EQ(next, block);
+    }
+    MM_dealloc_item(next, 30 * mib);
+    void *same = MM_alloc_item(30 * mib);
+    EXPECT_EQ(same, next);
+    MM_dealloc_item(same, 30 * mib);
+}
+
+TEST(Memory, AVeryLargeReleasedBlockGoesBackToTheSystem)
+{
+    void *block = MM_alloc_item(200 * mib);
+    NEEDS_OWN_BLOCKS();
+    size_t held = mova_memory_statistics().held_bytes;
+    MM_dealloc_item(block, 200 * mib);
+    EXPECT_GE(held - mova_memory_statistics().held_bytes, 200 * mib);
+}
+
+TEST(Memory, ABlockOf600MiBFitsIntoASmallAddressSpace)
+{
+    void *block = MM_alloc_item(600 * mib);
+    ASSERT_NE(block, nullptr);
+    if (sizeof(void *) == 4) {
+        EXPECT_LE(mova_memory_statistics_of_size(600 * mib).block_size, 640 * mib);
+    }
+    MM_dealloc_item(block, 600 * mib);
+}
+
+TEST(Memory, InAnAgedHeapBlocksAllocatedInARowLieSideBySide)
+{
+    constexpr size_t count = 50000, size = 72;
+    std::vector<void *> blocks = allocate(count, size);
+    NEEDS_OWN_BLOCKS();
+    std::ranges::shuffle(blocks, std::mt19937(seed()));
+    release(blocks, size);
+    blocks = allocate(count, size);
+    size_t neighbours = 0;
+    for (size_t i = 1; i < count; i++)
+        neighbours += address(blocks[i]) - address(blocks[i - 1]) == size;
+    EXPECT_GT(neighbours, count * 9 / 10);
+    release(blocks, size);
+}
+
+TEST(Memory, EmptyPagesServeOtherSizes)
+{
+    std::vector<void *> blocks = allocate(100000, 88);
+    NEEDS_OWN_BLOCKS();
+    release(blocks, 88);
+    size_t held = mova_memory_statistics().held_bytes;
+    blocks = allocate(50000, 120);
+    std::vector<void *> runs = allocate(10, 200 * kib);
+    EXPECT_EQ(mova_memory_statistics().held_bytes, held);
+    release(runs, 200 * kib);
+    release(blocks, 120);
+}
+
+TEST(Memory, UnusedChunksBeyondAReserveGoBackToTheSystem)
+{
+    std::vector<void *> blocks = allocate(800, 256 * kib);
+    NEEDS_OWN_BLOCKS();
+    size_t held = mova_memory_statistics().held_bytes;
+    EXPECT_GE(held, 800 * 256 * kib);
+    release(blocks, 256 * kib);
+    EXPECT_GE(mova_memory_statistics().held_bytes, 120 * mib);
+    EXPECT_GE(held - mova_memory_statistics().held_bytes, 800 * 256 * kib - 128 * mib);
+}
+
+TEST(MemoryStatistics, TheClassesCoverAllSizesWithoutAGap)
+{
+    void *probe = MM_alloc_item(1);
+    size_t size = 0, before = 0;
+    while (size < PTRDIFF_MAX) {
+        mova_memory_class served = mova_memory_statistics_of_size(size);
+        ASSERT_GE(served.largest_size, size);
+        ASSERT_GE(served.block_size, served.largest_size);
+        ASSERT_TRUE(served.largest_size >= PTRDIFF_MAX ||
+                    mova_memory_statistics_of_size(served.largest_size).largest_size == served.largest_size);
+        if (size > kib && size < 256 * kib) {
+            ASSERT_LE(served.block_size, before + before / 4);
+        }
+        before = served.block_size;
+        size = served.largest_size + 1;
+    }
+    EXPECT_EQ(mova_memory_statistics_of_size(size_t{PTRDIFF_MAX} + 2).block_size, 0u);
+    MM_dealloc_item(probe, 1);
+}
+
+/* What a class gains while it lives. */
+struct growth {
+    explicit growth(size_t of) : size(of), live_before(mova_memory_statistics_of_size(of).live_blocks) {}
+    size_t live() const { return mova_memory_statistics_of_size(size).live_blocks - live_before; }
+    size_t cached() const { return mova_memory_statistics_of_size(size).cached_blocks; }
+    size_t size, live_before;
+};
+
+TEST(MemoryStatistics, LiveBlocksAreThoseThatTheProgramHolds)
+{
+    growth small(200), middle(5000), large(mib);
+    std::vector<void *> smalls = allocate(1000, 200), middles = allocate(10, 5000), larges = allocate(3, mib);
+    NEEDS_OWN_BLOCKS();
+    EXPECT_EQ(small.live(), 1000u);
+    EXPECT_EQ(middle.live(), 10u);
+    EXPECT_EQ(large.live(), 3u);
+    release(smalls, 200);
+    release(middles, 5000);
+    release(larges, mib);
+    EXPECT_EQ(small.live(), 0u);
+    EXPECT_EQ(middle.live(), 0u);
+    EXPECT_EQ(large.live(), 0u);
+}
+
+TEST(MemoryStatistics, AReallocatedBlockCountsInItsNewClass)
+{
+    growth from(mib), to(8 * mib);
+    void *block = MM_realloc_item(MM_alloc_item(mib), mib, 8 * mib);
+    NEEDS_OWN_BLOCKS();
+    EXPECT_EQ(from.live(), 0u);
+    EXPECT_EQ(to.live(), 1u);
+    MM_dealloc_item(block, 8 * mib);
+}
+
+TEST(MemoryStatistics, AThreadHoldsUpTo64FreeBlocksOfAClass)
+{
+    growth of(344);
+    std::vector<void *> blocks = allocate(500, 344);
+    NEEDS_OWN_BLOCKS();
+    release(blocks, 344);
+    EXPECT_GT(of.cached(), 0u);
+    EXPECT_LE(of.cached(), 64u);
+}
+
+TEST(MemoryStatistics, TheTotalsAreTheSumsOfTheClasses)
+{
+    std::vector<void *> smalls = allocate(777, 24), larges = allocate(2, 300 * kib);
+    NEEDS_OWN_BLOCKS();
+    mova_memory_totals totals = mova_memory_statistics();
+    size_t blocks = 0, bytes = 0, cached = 0;
+    for (size_t size = 0; size < PTRDIFF_MAX; size = mova_memory_statistics_of_size(size).largest_size + 1) {
+        mova_memory_class of = mova_memory_statistics_of_size(size);
+        blocks += of.live_blocks;
+        bytes += of.live_blocks * of.block_size;
+        cached += of.cached_blocks * of.block_size;
+    }
+    EXPECT_EQ(totals.live_blocks, blocks);
+    EXPECT_EQ(totals.live_bytes, bytes);
+    EXPECT_EQ(totals.cached_bytes, cached);
+    EXPECT_GE(totals.held_bytes, totals.live_bytes + totals.cached_bytes);
+    release(smalls, 24);
+    release(larges, 300 * kib);
+}
+
+TEST(MemoryStatistics, ThePeakIsTheMostThatEverWasInUse)
+{
+    std::vector<void *> blocks = allocate(1, 100 * mib);
+    NEEDS_OWN_BLOCKS();
+    size_t peak = mova_memory_statistics().peak_bytes;
+    EXPECT_GE(peak, mova_memory_statistics().live_bytes);
+    while (mova_memory_statistics().peak_bytes == peak && blocks.size() < 16)
+        blocks.push_back(MM_alloc_item(100 * mib));
+    size_t higher = mova_memory_statistics().peak_bytes, live = mova_memory_statistics().live_bytes;
+    EXPECT_GT(higher, peak);
+    EXPECT_GE(higher, live);
+    EXPECT_LT(higher, live + 20 * mib);
+    release(blocks, 100 * mib);
+    EXPECT_EQ(mova_memory_statistics().peak_bytes, higher);
+}
+
+} // namespace

@@ -1,0 +1,60 @@
+#ifndef MOVA_TESTS_MODEL_EXPECTED_CALLS_H
+#define MOVA_TESTS_MODEL_EXPECTED_CALLS_H
+
+#include <tests/support/byte_source.h>
+#include <tests/support/recording_host.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace mova::test {
+
+/* The host calls and callbacks that an interpreter's model says must have been made since the last comparison. Resets the
+   recording host when it is made. */
+class expected_calls {
+public:
+    expected_calls() { host_.reset(); }
+
+    void call(std::string text) { calls_.push_back(std::move(text)); }
+
+    void alloc(std::size_t size) { call("alloc " + std::to_string(size) + " = #" + std::to_string(++blocks_)); }
+
+    void dealloc(const void *block, std::size_t size)
+    {
+        call("dealloc " + host_.name_of(block) + " " + std::to_string(size));
+    }
+
+    void raise(const std::string &module, int32_t line, int32_t code)
+    {
+        call("raise " + module + " " + std::to_string(line) + " " + std::to_string(code));
+    }
+
+    /* Throws mismatch where other calls were made. */
+    void compare()
+    {
+        std::vector<std::string> log = host_.take_log();
+        for (std::size_t i = 0; i < std::min(log.size(), calls_.size()); ++i)
+            require(log[i] == calls_[i], "called " + log[i] + " instead of " + calls_[i]);
+        require(log.size() == calls_.size(), "another number of calls");
+        calls_.clear();
+    }
+
+    /* To be asked at the end: everything was released, and rightly. */
+    void require_nothing_left()
+    {
+        compare();
+        require(host_.live_blocks() == 0, "blocks are left");
+        require(host_.take_complaints().empty(), "the host complained");
+    }
+
+private:
+    recording_host &host_ = recording_host::get();
+    std::vector<std::string> calls_;
+    int blocks_ = 0;
+};
+
+} // namespace mova::test
+
+#endif
