@@ -1,0 +1,139 @@
+/* atlas: draws the world from a TopoJSON file. Reads, decodes, draws, writes, reports. */
+#include <chrono>
+#include <cinttypes>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <new>
+#include <string>
+#include <utility>
+
+#include <unistd.h>
+
+#include "draw.h"
+#include "error.h"
+#include "file.h"
+#include "options.h"
+#include "png_file.h"
+#include "topology.h"
+
+namespace atlas {
+
+class Stopwatch {
+public:
+    /* Returns the milliseconds since the last call. */
+    double lap()
+    {
+        const auto before = std::exchange(last_, std::chrono::steady_clock::now());
+        return std::chrono::duration<double, std::milli>(last_ - before).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+};
+
+struct Times {
+    double read, decode, draw, write;
+};
+
+struct Outcome {
+    int width, height;
+    std::size_t bytes;
+    Totals drawn;
+    Times times;
+};
+
+static void check_not_same(const std::string &file, const std::string &out)
+{
+    std::error_code ignored;
+    if (std::filesystem::equivalent(file, out, ignored))
+        throw Error("the picture would replace the file that it is drawn from");
+}
+
+/* `subject` is kept up to date with the file that an error would be about. */
+static Outcome draw_atlas(const Options &options, std::string &subject)
+{
+    ProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
+    const Progress progress = [&](const char *step, std::size_t done, std::size_t all) {
+        line.update(step, done, all);
+    };
+    Stopwatch watch;
+    Times times;
+
+    subject = options.file;
+    check_not_same(options.file, options.out);
+    const std::string text = read_file(options.file, progress);
+    times.read = watch.lap();
+    const Topology topology = decode_topology(text, progress);
+    times.decode = watch.lap();
+    const Picture picture = draw_map(topology, options.width, progress);
+    times.draw = watch.lap();
+
+    subject = options.out;
+    const std::size_t bytes = write_png(options.out, picture, palette, progress);
+    times.write = watch.lap();
+    return {picture.width(), picture.height(), bytes, totals(topology), times};
+}
+
+static void print_outcome(const Options &options, const Outcome &outcome)
+{
+    const Totals &drawn = outcome.drawn;
+    const Times &times = outcome.times;
+    std::printf("picture  %s\n", std::filesystem::absolute(options.out).lexically_normal().c_str());
+    std::printf("size     %d x %d pixels, %zu bytes\n", outcome.width, outcome.height, outcome.bytes);
+    std::printf("drawn    %" PRId64 " countries, %" PRId64 " rings, ", drawn.countries, drawn.rings);
+    if (drawn.lines > 0)
+        std::printf("%" PRId64 " lines, ", drawn.lines);
+    std::printf("%" PRId64 " points\n", drawn.points);
+    std::printf("time     read %.1f ms, decode %.1f ms, draw %.1f ms, write %.1f ms\n", times.read, times.decode,
+                times.draw, times.write);
+    if (std::fflush(stdout) != 0)
+        throw Error("the report could not be printed");
+}
+
+/* Names and texts come from outside: whatever they hold, the message stays one plain line. */
+static std::string complaint(const std::string &subject, const std::string &what)
+{
+    std::string message = "atlas: " + (subject.empty() ? what : subject + ": " + what);
+    for (char &each : message) {
+        if (static_cast<unsigned char>(each) < ' ' || each == 127)
+            each = '?';
+    }
+    return message + "\n";
+}
+
+/* Where memory has run out, there is none left to unwind with either: the program says so and ends. */
+static std::string last_words;
+
+[[noreturn]] static void end_without_memory()
+{
+    [[maybe_unused]] const ssize_t wrote = write(STDERR_FILENO, last_words.data(), last_words.size());
+    _exit(1);
+}
+
+static int run(int argc, char **argv, std::string &subject)
+{
+    const Options options = parse_options(argc, argv);
+    last_words = complaint(options.file, "out of memory");
+    std::set_new_handler(end_without_memory);
+    if (options.help)
+        return std::fputs(usage, stdout) < 0 || std::fflush(stdout) != 0;
+    const Outcome outcome = draw_atlas(options, subject);
+    subject.clear();
+    print_outcome(options, outcome);
+    return 0;
+}
+
+} // namespace atlas
+
+int main(int argc, char **argv)
+{
+    std::signal(SIGXFSZ, SIG_IGN); /* a file that grows past its limit is an error like a full disk */
+    std::string subject;
+    try {
+        return atlas::run(argc, argv, subject);
+    } catch (const std::exception &error) {
+        std::fputs(atlas::complaint(subject, error.what()).c_str(), stderr);
+        return 1;
+    }
+}

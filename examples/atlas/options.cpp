@@ -1,0 +1,72 @@
+#include "options.h"
+
+#include <charconv>
+#include <cstring>
+
+#include <getopt.h>
+
+#include "draw.h"
+#include "error.h"
+
+namespace atlas {
+
+const char *const usage = R"(usage: atlas FILE [--out PNG] [--width N]
+
+Draws the outlines in a TopoJSON file as a map of the world: of its object
+"countries" where it has one, otherwise of all its objects.
+
+  --out PNG    the picture to write (atlas.png)
+  --width N    its width in pixels, 16 to 32768 (2048); it is half as high
+  --help       shows this text
+)";
+
+static int parse_width(const char *text)
+{
+    int width = 0;
+    const char *end = text + std::strlen(text);
+    const std::from_chars_result result = std::from_chars(text, end, width);
+    if (result.ec != std::errc() || result.ptr != end || width < narrowest_map || width > widest_map)
+        throw Error("--width takes a whole number from " + std::to_string(narrowest_map) + " to " +
+                    std::to_string(widest_map) + ", not " + text);
+    return width;
+}
+
+/* Below every letter, so that a letter that getopt_long refuses is none of them. */
+enum LongOption { option_out = 1, option_width, option_help };
+
+/* The option that getopt_long has just refused: a letter, or the last word that it read. */
+static std::string refused_option(char **argv)
+{
+    return optopt >= ' ' ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
+}
+
+static void apply(Options &options, int option, char **argv)
+{
+    switch (option) {
+    case option_out: options.out = optarg; break;
+    case option_width: options.width = parse_width(optarg); break;
+    case option_help: options.help = true; break;
+    case ':': throw Error(refused_option(argv) + " needs a value (see atlas --help)");
+    default: throw Error("unknown option " + refused_option(argv) + " (see atlas --help)");
+    }
+}
+
+Options parse_options(int argc, char **argv)
+{
+    static const option known[] = {{"out", required_argument, nullptr, option_out},
+                                   {"width", required_argument, nullptr, option_width},
+                                   {"help", no_argument, nullptr, option_help},
+                                   {nullptr, 0, nullptr, 0}};
+    Options options;
+    opterr = 0;
+    for (int found; (found = getopt_long(argc, argv, ":", known, nullptr)) != -1;)
+        apply(options, found, argv);
+    if (options.help)
+        return options;
+    if (argc - optind != 1)
+        throw Error(optind == argc ? "no FILE given (see atlas --help)" : "more than one FILE (see atlas --help)");
+    options.file = argv[optind];
+    return options;
+}
+
+} // namespace atlas

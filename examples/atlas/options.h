@@ -1,0 +1,22 @@
+#ifndef ATLAS_OPTIONS_H
+#define ATLAS_OPTIONS_H
+
+#include <string>
+
+namespace atlas {
+
+extern const char *const usage;
+
+struct Options {
+    std::string file;
+    std::string out = "atlas.png";
+    int width = 2048;
+    bool help = false;
+};
+
+/* Throws Error where the command line is wrong. */
+Options parse_options(int argc, char **argv);
+
+} // namespace atlas
+
+#endif

@@ -1,0 +1,90 @@
+#include "png_file.h"
+
+#include <csetjmp>
+#include <vector>
+
+#include <png.h>
+
+#include "error.h"
+#include "file.h"
+
+namespace atlas {
+
+namespace {
+
+/* libpng reports an error by a jump, past whatever lies between. So each call that may fail happens in `encode`,
+   which owns nothing; what must be cleaned up is owned here. */
+class Encoder {
+public:
+    Encoder() : png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, give_up, ignore_warning))
+    {
+        info_ = png_ ? png_create_info_struct(png_) : nullptr;
+        if (png_)
+            png_set_write_fn(png_, &bytes_, append, nullptr);
+    }
+    ~Encoder() { png_destroy_write_struct(&png_, &info_); }
+    Encoder(const Encoder &) = delete;
+    Encoder &operator=(const Encoder &) = delete;
+
+    /* Returns whether it worked. */
+    bool encode(const Picture &picture, const std::vector<png_color> &colours, const Progress &progress)
+    {
+        if (!info_ || setjmp(png_jmpbuf(png_)))
+            return false;
+        encode_header(picture, colours);
+        for (int y = 0; y < picture.height(); ++y) {
+            png_write_row(png_, picture.row(y));
+            progress("writing", static_cast<std::size_t>(y), static_cast<std::size_t>(picture.height()));
+        }
+        png_write_end(png_, info_);
+        return true;
+    }
+
+    const std::vector<std::uint8_t> &bytes() const { return bytes_; }
+
+private:
+    void encode_header(const Picture &picture, const std::vector<png_color> &colours)
+    {
+        png_set_IHDR(png_, info_, static_cast<png_uint_32>(picture.width()), static_cast<png_uint_32>(picture.height()),
+                     8, PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                     PNG_FILTER_TYPE_DEFAULT);
+        png_set_PLTE(png_, info_, colours.data(), static_cast<int>(colours.size()));
+        png_write_info(png_, info_);
+    }
+
+    static void append(png_structp png, png_bytep data, png_size_t size)
+    {
+        auto *bytes = static_cast<std::vector<std::uint8_t> *>(png_get_io_ptr(png));
+        try {
+            bytes->insert(bytes->end(), data, data + size);
+            return;
+        } catch (const std::exception &) {
+        }
+        png_error(png, "out of memory");
+    }
+
+    /* Unlike libpng's own handler, prints nothing: the exception says what is wrong. */
+    [[noreturn]] static void give_up(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+    static void ignore_warning(png_structp, png_const_charp) {}
+
+    png_structp png_;
+    png_infop info_;
+    std::vector<std::uint8_t> bytes_;
+};
+
+} // namespace
+
+std::size_t write_png(const std::string &path, const Picture &picture, std::span<const Colour> colours,
+                      const Progress &progress)
+{
+    std::vector<png_color> entries;
+    for (const Colour &colour : colours)
+        entries.push_back({colour.red, colour.green, colour.blue});
+    Encoder encoder;
+    if (!encoder.encode(picture, entries, progress))
+        throw Error("the picture could not be encoded");
+    replace_file(path, encoder.bytes());
+    return encoder.bytes().size();
+}
+
+} // namespace atlas

@@ -1,0 +1,403 @@
+#include "topology.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <optional>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "error.h"
+
+namespace atlas {
+
+using nlohmann::json;
+
+/* ---- JSON text -------------------------------------------------------------------------------------------- */
+
+/* No topology nests deeper than this, other than by nesting its collections. */
+constexpr int deepest_json = 64;
+constexpr int deepest_collection = 16;
+
+/* Walks over the text, and says every now and then how far it is. */
+class ReportingInput {
+public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char *;
+    using reference = const char &;
+
+    ReportingInput(std::string_view text, std::size_t at, const Progress &progress)
+        : text_(text), at_(at), progress_(&progress)
+    {
+    }
+
+    reference operator*() const { return text_[at_]; }
+    bool operator==(const ReportingInput &other) const { return at_ == other.at_; }
+    ReportingInput &operator++()
+    {
+        if (++at_ % report_every == 0)
+            (*progress_)("parsing", at_, text_.size());
+        return *this;
+    }
+    ReportingInput operator++(int)
+    {
+        const ReportingInput before = *this;
+        ++*this;
+        return before;
+    }
+
+private:
+    static constexpr std::size_t report_every = 65536;
+
+    std::string_view text_;
+    std::size_t at_;
+    const Progress *progress_;
+};
+
+static bool check_depth(int depth, json::parse_event_t, json &)
+{
+    if (depth > deepest_json)
+        throw Error("nested too deep for a topology");
+    return true;
+}
+
+static json parse_json(std::string_view text, const Progress &progress)
+{
+    try {
+        const ReportingInput begin(text, 0, progress), end(text, text.size(), progress);
+        return json::parse(begin, end, check_depth);
+    } catch (const json::parse_error &error) {
+        if (error.byte > text.size())
+            throw Error("the JSON ends too early, after " + std::to_string(text.size()) + " bytes");
+        throw Error("not valid JSON at byte " + std::to_string(error.byte));
+    } catch (const json::out_of_range &) {
+        throw Error("a number is too large");
+    }
+}
+
+/* Returns the member, or null where there is none; what is no object has none. */
+static const json *find(const json &object, const char *key)
+{
+    const auto found = object.find(key);
+    return found == object.end() ? nullptr : &*found;
+}
+
+/* Returns the member, or throws. `what` says to people where it was looked for. */
+static const json &member(const json &object, const char *key, const char *what)
+{
+    const json *found = find(object, key);
+    if (!found)
+        throw Error(std::string(what) + " has no \"" + key + "\"");
+    return *found;
+}
+
+static const json &array(const json &value, const char *what)
+{
+    if (!value.is_array())
+        throw Error(std::string(what) + " is not an array");
+    return value;
+}
+
+/* ---- coordinates ------------------------------------------------------------------------------------------ */
+
+/* A quantised position is a pair of whole numbers q, for translate + q * scale. These are kept with more bits than
+   an angle, for q may be large. */
+constexpr int fine_bits = 48;
+constexpr double largest_number = 720;
+
+/* Returns value * 2^fine_bits as an integer. Scaling by a power of two is exact, so this rounds once, and alike
+   wherever the number was read alike. */
+static std::int64_t fine(const json &value, const char *what)
+{
+    if (!value.is_number())
+        throw Error(std::string(what) + " holds something that is not a number");
+    const double number = value.get<double>();
+    if (!(std::fabs(number) <= largest_number))
+        throw Error(std::string(what) + " holds a number out of range");
+    return std::llround(std::ldexp(number, fine_bits));
+}
+
+static std::int64_t whole(const json &value, const char *what)
+{
+    if (!value.is_number_integer())
+        throw Error(std::string(what) + " holds something that is not a whole number");
+    if (value.is_number_unsigned() && value.get<std::uint64_t>() > INT64_MAX)
+        throw Error(std::string(what) + " holds a number out of range");
+    return value.get<std::int64_t>();
+}
+
+struct Axis {
+    std::int64_t scale, translate; /* fine */
+};
+
+struct Transform {
+    Axis longitude, latitude;
+};
+
+static std::optional<Transform> read_transform(const json &root)
+{
+    const json *found = find(root, "transform");
+    if (!found || found->is_null())
+        return std::nullopt;
+    const json &scale = array(member(*found, "scale", "the transform"), "the transform's scale");
+    const json &translate = array(member(*found, "translate", "the transform"), "the transform's translation");
+    if (scale.size() < 2 || translate.size() < 2)
+        throw Error("the transform has fewer than two dimensions");
+    return Transform{{fine(scale[0], "the transform"), fine(translate[0], "the transform")},
+                     {fine(scale[1], "the transform"), fine(translate[1], "the transform")}};
+}
+
+static std::int64_t dequantised(std::int64_t quantised, const Axis &axis)
+{
+    std::int64_t product, sum;
+    if (__builtin_mul_overflow(quantised, axis.scale, &product) ||
+        __builtin_add_overflow(product, axis.translate, &sum))
+        throw Error("a position lies outside the globe");
+    return sum;
+}
+
+/* Rounds to an angle. Requires a limit whose angle fits. */
+static Angle rounded(std::int64_t fine_angle, std::int64_t limit)
+{
+    const std::int64_t half = std::int64_t{1} << (fine_bits - angle_bits - 1);
+    if (fine_angle < -limit || fine_angle > limit)
+        throw Error("a position lies outside the globe");
+    return static_cast<Angle>((fine_angle + half) >> (fine_bits - angle_bits));
+}
+
+/* Longitudes may go once round the globe, latitudes beyond a pole by what a quantised file may be off. */
+static Point point_at(std::int64_t fine_longitude, std::int64_t fine_latitude)
+{
+    const std::int64_t fine_degree = std::int64_t{1} << fine_bits;
+    const Angle longitude = rounded(fine_longitude, 360 * fine_degree);
+    const Angle latitude = rounded(fine_latitude, 90 * fine_degree + fine_degree / 1000);
+    const Angle turn = longitude > 180 * degree ? -360 : longitude < -180 * degree ? 360 : 0;
+    return {longitude + turn * degree, std::clamp(latitude, -90 * degree, 90 * degree)};
+}
+
+/* ---- arcs ------------------------------------------------------------------------------------------------- */
+
+/* Dimension 0 is longitude, 1 is latitude; there may be more. */
+static const json &coordinate(const json &position, std::size_t dimension)
+{
+    if (array(position, "a position").size() < 2)
+        throw Error("a position has fewer than two coordinates");
+    return position[dimension];
+}
+
+static std::vector<Point> plain_points(const json &positions)
+{
+    std::vector<Point> points;
+    points.reserve(positions.size());
+    for (const json &position : positions)
+        points.push_back(
+            point_at(fine(coordinate(position, 0), "a position"), fine(coordinate(position, 1), "a position")));
+    return points;
+}
+
+/* Each quantised position is a step from the one before it. */
+static std::vector<Point> delta_decoded_points(const json &positions, const Transform &transform)
+{
+    std::vector<Point> points;
+    points.reserve(positions.size());
+    std::int64_t x = 0, y = 0;
+    for (const json &step : positions) {
+        if (__builtin_add_overflow(x, whole(coordinate(step, 0), "a position"), &x) ||
+            __builtin_add_overflow(y, whole(coordinate(step, 1), "a position"), &y))
+            throw Error("a position lies outside the globe");
+        points.push_back(point_at(dequantised(x, transform.longitude), dequantised(y, transform.latitude)));
+    }
+    return points;
+}
+
+/* Outlines name arcs by number, so the arcs are also kept in an array while outlines are read. */
+using ArcIndex = std::vector<Arc *>;
+
+static ArcIndex read_arcs(const json &root, OwningList<Arc> &arcs, const Progress &progress)
+{
+    const std::optional<Transform> transform = read_transform(root);
+    const json &all = array(member(root, "arcs", "the topology"), "the topology's \"arcs\"");
+    ArcIndex index;
+    for (const json &positions : all) {
+        if (array(positions, "an arc").size() < 2)
+            throw Error("arc " + std::to_string(index.size()) + " has fewer than two positions");
+        auto arc = std::make_unique<Arc>();
+        arc->points = transform ? delta_decoded_points(positions, *transform) : plain_points(positions);
+        index.push_back(arcs.append(std::move(arc)));
+        progress("decoding", index.size(), all.size());
+    }
+    return index;
+}
+
+/* ---- outlines --------------------------------------------------------------------------------------------- */
+
+/* Number n means arc n, and ~n means arc n backwards. */
+static std::unique_ptr<Stretch> read_stretch(const json &value, const ArcIndex &arcs)
+{
+    const std::int64_t number = whole(value, "an outline");
+    const std::int64_t index = number < 0 ? ~number : number;
+    if (index >= static_cast<std::int64_t>(arcs.size()))
+        throw Error("an outline refers to arc " + std::to_string(index) + " of " + std::to_string(arcs.size()));
+    Arc *arc = arcs[static_cast<std::size_t>(index)];
+    ++arc->users;
+    return std::make_unique<Stretch>(Stretch{arc, number < 0});
+}
+
+static std::unique_ptr<Path> read_path(const json &numbers, const ArcIndex &arcs)
+{
+    if (array(numbers, "an outline").empty())
+        throw Error("an outline has no arcs");
+    auto path = std::make_unique<Path>();
+    for (const json &number : numbers)
+        path->stretches.append(read_stretch(number, arcs));
+    return path;
+}
+
+static bool joins(const GL_node *position, const GL_node *next)
+{
+    return static_cast<const Stretch *>(position->item)->end() == static_cast<const Stretch *>(next->item)->start();
+}
+
+/* Requires a stretch at least. A position is a node of the list, and its links may be read. */
+static void check_joints(const Path &path, bool ring)
+{
+    const GL_list *stretches = path.stretches.get();
+    GL_iterator positions = GL_all_items(stretches);
+    GL_node *position;
+    while (GL_next_position(&positions, &position)) {
+        if (position->next && !joins(position, position->next))
+            throw Error("an outline's arcs do not join");
+    }
+    if (ring && !joins(stretches->last, stretches->first))
+        throw Error("a ring is not closed");
+}
+
+/* Reads the geometries of an object, as deep as they are nested, into countries. */
+class OutlineReader {
+public:
+    OutlineReader(const ArcIndex &arcs, OwningList<Country> &countries) : arcs_(arcs), countries_(countries) {}
+
+    void read(const json &geometry, int depth = 0)
+    {
+        if (geometry.is_null())
+            return;
+        const json &type = member(geometry, "type", "a geometry");
+        if (type == "GeometryCollection")
+            read_collection(geometry, depth);
+        else if (!type.is_null() && type != "Point" && type != "MultiPoint")
+            read_country(geometry, type);
+    }
+
+private:
+    void read_collection(const json &collection, int depth)
+    {
+        if (depth >= deepest_collection)
+            throw Error("geometry collections are nested too deep");
+        for (const json &each : array(member(collection, "geometries", "a collection"), "\"geometries\""))
+            read(each, depth + 1);
+    }
+
+    void read_country(const json &geometry, const json &type)
+    {
+        Country country;
+        const json &outlines = array(member(geometry, "arcs", "a geometry"), "a geometry's \"arcs\"");
+        if (type == "Polygon")
+            read_polygon(outlines, country);
+        else if (type == "MultiPolygon")
+            for (const json &each : outlines)
+                read_polygon(each, country);
+        else if (type == "LineString")
+            read_line(outlines, country);
+        else if (type == "MultiLineString")
+            for (const json &each : outlines)
+                read_line(each, country);
+        else
+            throw Error("a geometry is of an unknown type");
+        if (GL_count_items(country.polygons.get()) + GL_count_items(country.lines.get()) > 0)
+            countries_.append(std::make_unique<Country>(std::move(country)));
+    }
+
+    void read_polygon(const json &rings, Country &country)
+    {
+        auto polygon = std::make_unique<Polygon>();
+        for (const json &numbers : array(rings, "a polygon")) {
+            const Path *ring = polygon->rings.append(read_path(numbers, arcs_));
+            check_joints(*ring, true);
+        }
+        if (GL_count_items(polygon->rings.get()) > 0)
+            country.polygons.append(std::move(polygon));
+    }
+
+    void read_line(const json &numbers, Country &country)
+    {
+        const Path *line = country.lines.append(read_path(numbers, arcs_));
+        check_joints(*line, false);
+    }
+
+    const ArcIndex &arcs_;
+    OwningList<Country> &countries_;
+};
+
+static void read_objects(const json &objects, OutlineReader &reader)
+{
+    if (!objects.is_object())
+        throw Error("the topology's \"objects\" is not an object");
+    if (const json *countries = find(objects, "countries"))
+        return reader.read(*countries);
+    for (const json &each : objects)
+        reader.read(each);
+}
+
+Topology decode_topology(std::string_view text, const Progress &progress)
+{
+    const json root = parse_json(text, progress);
+    const json *type = find(root, "type");
+    if (!type || *type != "Topology")
+        throw Error("not a TopoJSON topology");
+    Topology topology;
+    const ArcIndex arcs = read_arcs(root, topology.arcs, progress);
+    OutlineReader reader(arcs, topology.countries);
+    read_objects(member(root, "objects", "the topology"), reader);
+    if (GL_count_items(topology.countries.get()) == 0)
+        throw Error("nothing to draw: no geometry has outlines");
+    return topology;
+}
+
+/* ---- questions -------------------------------------------------------------------------------------------- */
+
+int is_border(void *arc)
+{
+    return static_cast<const Arc *>(arc)->users > 1;
+}
+
+int is_coast(void *arc)
+{
+    return static_cast<const Arc *>(arc)->users == 1;
+}
+
+static int is_used(void *arc)
+{
+    return static_cast<const Arc *>(arc)->users > 0;
+}
+
+Totals totals(const Topology &topology)
+{
+    Totals sum = {};
+    GL_iterator countries = GL_all_items(topology.countries.get());
+    while (const Country *country = next_record<Country>(countries)) {
+        ++sum.countries;
+        sum.lines += GL_count_items(country->lines.get());
+        GL_iterator polygons = GL_all_items(country->polygons.get());
+        while (const Polygon *polygon = next_record<Polygon>(polygons))
+            sum.rings += GL_count_items(polygon->rings.get());
+    }
+    GL_iterator arcs = GL_tested_items(topology.arcs.get(), is_used);
+    while (const Arc *arc = next_record<Arc>(arcs))
+        sum.points += static_cast<std::int64_t>(arc->points.size());
+    return sum;
+}
+
+} // namespace atlas

@@ -1,0 +1,98 @@
+/* A TopoJSON topology as records in pointer lists.
+
+   TopoJSON stores every stretch of coast or border once, as an arc, and builds polygons from references to arcs.
+   Two neighbours share the arc between them; one of them runs along it backwards.
+
+       Topology
+         countries -> Country -> Country -> ...
+                        polygons -> Polygon -> ...         (an island each)
+                        |             rings -> Path -> ... (the shore, then the holes)
+                        |                        stretches -> Stretch -> Stretch -> ...
+                        lines -> Path -> ...                   |            |
+         arcs  ->  Arc  ->  Arc  ->  Arc  ->  ...              |            |
+                    ^        ^-------------------------------- | -----------+
+                    +------------------------------------------+
+
+   The lists of the drawing own what they hold. A stretch only points to its arc: the topology owns the arcs.
+
+   Coordinates are integers from the moment they are decoded, so that the same file gives the same map everywhere,
+   whatever a platform's floating point does. */
+#ifndef ATLAS_TOPOLOGY_H
+#define ATLAS_TOPOLOGY_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "owning_list.h"
+#include "progress.h"
+
+namespace atlas {
+
+/* An angle: a whole number of units, 2^22 of which make a degree. A unit is less than 3 cm on the ground. */
+using Angle = std::int32_t;
+constexpr int angle_bits = 22;
+constexpr Angle degree = Angle{1} << angle_bits;
+
+/* Longitude -180° to 180°, latitude -90° to 90°. */
+struct Point {
+    Angle longitude, latitude;
+    bool operator==(const Point &) const = default;
+};
+
+/* A stretch of coast or border, of two points or more. */
+struct Arc {
+    std::vector<Point> points;
+    int users = 0; /* how many stretches run along it */
+};
+
+/* One run along an arc. */
+struct Stretch {
+    const Arc *arc;
+    bool reversed;
+
+    Point start() const { return reversed ? arc->points.back() : arc->points.front(); }
+    Point end() const { return reversed ? arc->points.front() : arc->points.back(); }
+};
+
+/* Stretches, each of which starts where the one before it ends. A ring's last one ends where its first starts. */
+struct Path {
+    OwningList<Stretch> stretches;
+};
+
+struct Polygon {
+    OwningList<Path> rings;
+};
+
+/* A geometry that has outlines: a country, where the file is a map of countries. */
+struct Country {
+    OwningList<Polygon> polygons;
+    OwningList<Path> lines;
+};
+
+struct Topology {
+    OwningList<Arc> arcs;
+    OwningList<Country> countries;
+};
+
+/* Decodes the text of a TopoJSON file: of its object `countries` where there is one, otherwise of all its objects.
+   Points and null geometries have no outlines and are skipped. Throws Error where the text is damaged, is not a
+   topology, lies outside the globe, or has no outlines at all. */
+Topology decode_topology(std::string_view text, const Progress &progress);
+
+/* Tests for a list of arcs: whether several outlines share the arc, or just one uses it. An arc that only objects
+   left out use is neither. */
+int is_border(void *arc);
+int is_coast(void *arc);
+
+struct Totals {
+    std::int64_t countries, rings, lines;
+    std::int64_t points; /* of all arcs that an outline uses, each counted once */
+};
+
+Totals totals(const Topology &topology);
+
+} // namespace atlas
+
+#endif

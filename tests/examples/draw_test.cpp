@@ -1,0 +1,154 @@
+#include "draw.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "world.h"
+
+using namespace atlas;
+
+namespace {
+
+/* FNV-1a, 64 bits. */
+std::uint64_t checksum(const Picture &picture)
+{
+    std::uint64_t sum = 0xcbf29ce484222325;
+    for (const std::uint8_t byte : picture.bytes())
+        sum = (sum ^ byte) * 0x100000001b3;
+    return sum;
+}
+
+std::uint8_t ink_at(const Picture &picture, int longitude, int latitude)
+{
+    return picture.at(project({longitude * degree, latitude * degree}, picture.width(), picture.height()));
+}
+
+Picture map_of(const std::string &arc, int width)
+{
+    return draw_map(decode(world_of("LineString", "[0]", arc)), width, no_progress);
+}
+
+/* The columns of the pixels in this ink. */
+std::vector<int> columns(const Picture &picture, Ink ink)
+{
+    std::vector<int> found;
+    for (int x = 0; x < picture.width(); ++x) {
+        for (int y = 0; y < picture.height(); ++y) {
+            if (picture.at({x, y}) == ink)
+                found.push_back(x);
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+TEST(Projection, PutsTheCornersOfTheGlobeIntoTheCornersOfTheMap)
+{
+    const Pixel upper_left = project({-180 * degree, 90 * degree}, 2048, 1024);
+    const Pixel lower_right = project({180 * degree, -90 * degree}, 2048, 1024);
+    const Pixel middle = project({0, 0}, 2048, 1024);
+    EXPECT_EQ(std::pair(0, 0), std::pair(upper_left.x, upper_left.y));
+    EXPECT_EQ(std::pair(2047, 1023), std::pair(lower_right.x, lower_right.y));
+    EXPECT_EQ(std::pair(1024, 512), std::pair(middle.x, middle.y));
+}
+
+TEST(Projection, RoundsTowardsTheUpperLeft)
+{
+    const Pixel inside = project({degree - 1, 1}, 360, 180), next = project({degree, 0}, 360, 180);
+    EXPECT_EQ(std::pair(180, 89), std::pair(inside.x, inside.y));
+    EXPECT_EQ(std::pair(181, 90), std::pair(next.x, next.y));
+}
+
+TEST(Projection, StaysOnTheWidestMap)
+{
+    const Pixel last = project({180 * degree, -90 * degree}, widest_map, widest_map / 2);
+    EXPECT_EQ(std::pair(widest_map - 1, widest_map / 2 - 1), std::pair(last.x, last.y));
+}
+
+/* Pixels, not the file: these hold on every platform, whatever its floating point and byte order. */
+TEST(WorldMap, HasTheSamePixelsEverywhere)
+{
+    const Topology topology = decode(shipped_world("110m"));
+    EXPECT_EQ(14294465350794965232u, checksum(draw_map(topology, 2048, no_progress)));
+    EXPECT_EQ(18085228913424671090u, checksum(draw_map(topology, 360, no_progress)));
+    EXPECT_EQ(7381186670269870549u, checksum(draw_map(topology, 37, no_progress)));
+}
+
+TEST(WorldMap, ShowsWhatIsThere)
+{
+    const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
+    EXPECT_EQ(ink_sea, ink_at(map, -145, -15)) << "the middle of the Pacific";
+    EXPECT_EQ(ink_sea, ink_at(map, -35, 40)) << "the Atlantic";
+    EXPECT_EQ(ink_border, ink_at(map, -141, 63)) << "between Alaska and Yukon";
+    EXPECT_EQ(ink_border, ink_at(map, 27, 22)) << "between Egypt and Sudan";
+    EXPECT_EQ(ink_graticule, ink_at(map, -150, -45));
+    EXPECT_EQ(ink_frame, ink_at(map, -25, 0)) << "the equator";
+}
+
+TEST(WorldMap, HasNoLineAcrossIt)
+{
+    const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
+    for (int y = 0; y < map.height(); ++y) {
+        const std::uint8_t *row = map.row(y);
+        EXPECT_GT(300, std::count(row, row + map.width(), ink_coast)) << "row " << y;
+    }
+}
+
+TEST(Segment, AcrossTheAntimeridianGoesTheShorterWay)
+{
+    for (const char *arc : {"[[177,10],[-177,20]]", "[[-177,10],[177,20]]", "[[177,10],[183,20]]"}) {
+        const Picture map = map_of(arc, 360);
+        for (const int x : columns(map, ink_coast))
+            EXPECT_TRUE(x <= 3 || x >= 357) << arc << " column " << x;
+        EXPECT_EQ(ink_coast, ink_at(map, 177, arc[2] == '-' ? 20 : 10));
+        EXPECT_EQ(ink_coast, ink_at(map, -177, arc[2] == '-' ? 10 : 20));
+        EXPECT_NE(0, std::count(map.bytes().begin(), map.bytes().end(), ink_coast));
+    }
+}
+
+TEST(Segment, AcrossTheAntimeridianLeavesNoGap)
+{
+    const std::vector<int> found = columns(map_of("[[170,10],[-170,10]]", 360), ink_coast);
+    std::vector<int> expected;
+    for (int x = 0; x < 360; ++x) {
+        if (x <= 10 || x >= 350)
+            expected.push_back(x);
+    }
+    EXPECT_EQ(expected, found);
+}
+
+TEST(Segment, HalfwayRoundTheGlobeIsDrawnAsItStands)
+{
+    EXPECT_EQ(181u, columns(map_of("[[-90,10],[90,10]]", 360), ink_coast).size());
+}
+
+TEST(Segment, AlongTheEdgeOfTheMapIsACutAndNotDrawn)
+{
+    for (const char *arc : {"[[180,10],[180,50]]", "[[-180,10],[-180,50]]", "[[-170,-90],[170,-90]]",
+                            "[[-100,-89.999],[100,-89.999]]", "[[-100,90],[100,90]]"})
+        EXPECT_TRUE(columns(map_of(arc, 360), ink_coast).empty()) << arc;
+}
+
+TEST(Segment, ThatOnlyEndsAtTheEdgeIsDrawn)
+{
+    EXPECT_EQ(10u, columns(map_of("[[170,10],[180,10]]", 360), ink_coast).size());
+    EXPECT_EQ(10u, columns(map_of("[[15,-80],[15,-90]]", 360), ink_coast).size());
+}
+
+TEST(Outlines, ThatAreSharedLieBelowThoseThatAreNot)
+{
+    const std::string objects = R"("a":{"type":"LineString","arcs":[0]},"b":{"type":"LineString","arcs":[-1]},
+                                   "c":{"type":"LineString","arcs":[1]})";
+    const Picture map = draw_map(decode(world(objects, "[[10,10],[20,10]],[[15,5],[15,15]]")), 360, no_progress);
+    EXPECT_EQ(ink_border, ink_at(map, 12, 10));
+    EXPECT_EQ(ink_coast, ink_at(map, 15, 10));
+}
+
+TEST(Map, IsHalfAsHighAsItIsWide)
+{
+    const Picture map = map_of("[[10,10],[20,10]]", 17);
+    EXPECT_EQ(17, map.width());
+    EXPECT_EQ(8, map.height());
+}

@@ -1,0 +1,237 @@
+#include <cstdlib>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <png.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "world.h"
+
+using namespace atlas;
+
+namespace {
+
+struct Outcome {
+    int code;
+    std::string out, err;
+};
+
+class Atlas : public testing::Test {
+protected:
+    /* Runs a command in the scratch directory, which its output is kept out of. */
+    Outcome run_command(std::vector<std::string> words)
+    {
+        std::vector<char *> arguments;
+        for (std::string &word : words)
+            arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+        const pid_t child = fork();
+        if (child == 0)
+            become(arguments.data());
+        int status = -1;
+        waitpid(child, &status, 0);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_whole(logs_ / "out"), read_whole(logs_ / "err")};
+    }
+
+    Outcome run(std::vector<std::string> arguments)
+    {
+        arguments.insert(arguments.begin(), ATLAS_PROGRAM);
+        return run_command(std::move(arguments));
+    }
+
+    /* Runs it with arguments that must be refused with this one line, without any file made. */
+    void expect_refusal(const std::vector<std::string> &arguments, const std::string &message)
+    {
+        const std::ptrdiff_t before = scratch_.entries();
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ("atlas: " + message + "\n", outcome.err);
+        EXPECT_EQ(1, outcome.code);
+        EXPECT_EQ("", outcome.out);
+        EXPECT_EQ(before, scratch_.entries());
+    }
+
+    ScratchDirectory scratch_, logs_;
+
+private:
+    [[noreturn]] void become(char **arguments)
+    {
+        const int flags = O_WRONLY | O_CREAT | O_TRUNC;
+        dup2(open((logs_ / "out").c_str(), flags, 0600), STDOUT_FILENO);
+        dup2(open((logs_ / "err").c_str(), flags, 0600), STDERR_FILENO);
+        if (chdir(scratch_.path().c_str()) == 0)
+            execvp(arguments[0], arguments);
+        _exit(127);
+    }
+};
+
+/* The picture's pixels, 3 bytes each. */
+std::vector<png_byte> pixels_of(const std::string &path, int width)
+{
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    EXPECT_TRUE(png_image_begin_read_from_file(&image, path.c_str())) << image.message;
+    EXPECT_EQ(static_cast<png_uint_32>(width), image.width);
+    EXPECT_EQ(static_cast<png_uint_32>(width / 2), image.height);
+    image.format = PNG_FORMAT_RGB;
+    std::vector<png_byte> pixels(PNG_IMAGE_SIZE(image));
+    EXPECT_TRUE(png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr)) << image.message;
+    return pixels;
+}
+
+std::vector<png_byte> pixels_of(const Picture &picture)
+{
+    std::vector<png_byte> pixels;
+    for (const std::uint8_t ink : picture.bytes()) {
+        const Colour &colour = palette[ink];
+        pixels.insert(pixels.end(), {colour.red, colour.green, colour.blue});
+    }
+    return pixels;
+}
+
+} // namespace
+
+TEST_F(Atlas, DrawsTheMapInItsColours)
+{
+    const Outcome outcome = run({shipped_path("110m"), "--out", "map.png", "--width", "361"});
+    EXPECT_EQ("", outcome.err);
+    ASSERT_EQ(0, outcome.code);
+    const Picture expected = draw_map(decode(shipped_world("110m")), 361, no_progress);
+    EXPECT_TRUE(pixels_of(expected) == pixels_of(scratch_ / "map.png", 361));
+    EXPECT_EQ(1, scratch_.entries());
+}
+
+TEST_F(Atlas, ReportsWhatItDrew)
+{
+    const Outcome outcome = run({shipped_path("110m")});
+    const std::string path = std::filesystem::canonical(scratch_ / "atlas.png").string();
+    const std::string bytes = std::to_string(std::filesystem::file_size(path));
+    const std::regex report("picture  " + path + "\n" + "size     2048 x 1024 pixels, " + bytes + " bytes\n" +
+                            "drawn    177 countries, 286 rings, 8246 points\n" +
+                            "time     read [0-9.]+ ms, decode [0-9.]+ ms, draw [0-9.]+ ms, write [0-9.]+ ms\n");
+    EXPECT_TRUE(std::regex_match(outcome.out, report)) << outcome.out;
+}
+
+TEST_F(Atlas, ReplacesAnOlderPicture)
+{
+    write_whole(scratch_ / "atlas.png", "old");
+    EXPECT_EQ(0, run({shipped_path("110m"), "--width=64"}).code);
+    EXPECT_EQ(64u * 32 * 3, pixels_of(scratch_ / "atlas.png", 64).size());
+}
+
+TEST_F(Atlas, CountsLines)
+{
+    write_whole(scratch_ / "in", world_of("LineString", "[0]", "[[0,0],[1,1]]"));
+    EXPECT_NE(std::string::npos, run({"in"}).out.find("1 countries, 0 rings, 1 lines, 2 points"));
+}
+
+TEST_F(Atlas, ShowsItsUsage)
+{
+    const Outcome outcome = run({"--help"});
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_EQ(0u, outcome.out.find("usage: atlas FILE [--out PNG] [--width N]\n"));
+    EXPECT_EQ("", outcome.err);
+}
+
+TEST_F(Atlas, RefusesABadCommandLine)
+{
+    expect_refusal({}, "no FILE given (see atlas --help)");
+    expect_refusal({"a", "b"}, "more than one FILE (see atlas --help)");
+    expect_refusal({"--colour", "a"}, "unknown option --colour (see atlas --help)");
+    expect_refusal({"-xy"}, "unknown option -x (see atlas --help)");
+    expect_refusal({"a", "--out"}, "--out needs a value (see atlas --help)");
+    for (const char *width : {"15", "32769", "65536", "-5", "0x40", "64.", "", "99999999999999999999"})
+        expect_refusal({"a", "--width", width},
+                       std::string("--width takes a whole number from 16 to 32768, not ") + width);
+}
+
+TEST_F(Atlas, RefusesAFileThatItCannotRead)
+{
+    expect_refusal({"none.json"}, "none.json: cannot be opened: No such file or directory");
+    expect_refusal({""}, "cannot be opened: No such file or directory");
+    expect_refusal({"/"}, "/: cannot be read: Is a directory");
+    expect_refusal({"a\nb\x1b"}, "a?b?: cannot be opened: No such file or directory");
+}
+
+TEST_F(Atlas, RefusesADamagedFile)
+{
+    const std::string whole = shipped_world("110m");
+    write_whole(scratch_ / "cut", whole.substr(0, 50000));
+    expect_refusal({"cut"}, "cut: the JSON ends too early, after 50000 bytes");
+    write_whole(scratch_ / "text", "Once upon a time");
+    expect_refusal({"text"}, "text: not valid JSON at byte 1");
+    write_whole(scratch_ / "open", world_of("Polygon", "[[0]]", "[[0,0],[1,1]]"));
+    expect_refusal({"open"}, "open: a ring is not closed");
+}
+
+TEST_F(Atlas, KeepsAnOlderPictureWhenItFails)
+{
+    write_whole(scratch_ / "atlas.png", "old");
+    expect_refusal({"none.json"}, "none.json: cannot be opened: No such file or directory");
+    EXPECT_EQ("old", read_whole(scratch_ / "atlas.png"));
+}
+
+TEST_F(Atlas, SaysWhyThePictureCannotBeWritten)
+{
+    const std::string world = shipped_path("110m");
+    expect_refusal({world, "--out", "none/a.png"}, "none/a.png: cannot be written: No such file or directory");
+    expect_refusal({world, "--out", "."}, ".: cannot be written: not an ordinary file");
+    ASSERT_EQ(0, mkfifo((scratch_ / "pipe").c_str(), 0600));
+    expect_refusal({world, "--out", "pipe"}, "pipe: cannot be written: not an ordinary file");
+}
+
+TEST_F(Atlas, LeavesNoPartOfAPictureWhenTheDiskIsFull)
+{
+    write_whole(scratch_ / "atlas.png", "old");
+    const Outcome outcome =
+        run_command({"sh", "-c", "ulimit -f 8; exec \"$0\" \"$1\"", ATLAS_PROGRAM, shipped_path("110m")});
+    EXPECT_EQ("atlas: atlas.png: cannot be written: File too large\n", outcome.err);
+    EXPECT_EQ(1, outcome.code);
+    EXPECT_EQ("old", read_whole(scratch_ / "atlas.png"));
+    EXPECT_EQ(1, scratch_.entries());
+}
+
+/* Sanitizers map more memory than the limit, and have their own way to run out of it. */
+#ifdef MOVA_MEMORY_CAN_BE_LIMITED
+TEST_F(Atlas, SaysWhenMemoryRunsOut)
+{
+    std::string arrays = "{\"arcs\":[[]";
+    for (int i = 0; i < 4000000; ++i)
+        arrays += ",[]";
+    write_whole(scratch_ / "arrays", arrays + "]}");
+    for (const std::string &arguments : {shipped_path("110m") + " --width 32768", std::string("arrays")}) {
+        const Outcome outcome = run_command({"sh", "-c", "ulimit -v 150000; exec \"$0\" " + arguments, ATLAS_PROGRAM});
+        EXPECT_EQ("atlas: " + arguments.substr(0, arguments.find(' ')) + ": out of memory\n", outcome.err);
+        EXPECT_EQ(1, outcome.code);
+        EXPECT_EQ(1, scratch_.entries());
+    }
+}
+
+TEST_F(Atlas, StopsReadingWhatHasNoEnd)
+{
+    const Outcome outcome = run_command({"sh", "-c", "ulimit -v 300000; exec \"$0\" /dev/zero", ATLAS_PROGRAM});
+    EXPECT_EQ("atlas: /dev/zero: larger than 64 MiB\n", outcome.err);
+    EXPECT_EQ(1, outcome.code);
+}
+
+#endif
+
+TEST_F(Atlas, NeverReplacesTheFileThatItReads)
+{
+    const std::string text = world_of("LineString", "[0]", "[[0,0],[1,1]]");
+    write_whole(scratch_ / "in", text);
+    expect_refusal({"in", "--out", "./in"}, "in: the picture would replace the file that it is drawn from");
+    EXPECT_EQ(text, read_whole(scratch_ / "in"));
+}
+
+TEST_F(Atlas, SaysWhenItsReportIsLost)
+{
+    const Outcome outcome =
+        run_command({"sh", "-c", "exec \"$0\" \"$1\" >/dev/full", ATLAS_PROGRAM, shipped_path("110m")});
+    EXPECT_EQ("atlas: the report could not be printed\n", outcome.err);
+    EXPECT_EQ(1, outcome.code);
+}

@@ -1,0 +1,220 @@
+#include "topology.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "error.h"
+#include "world.h"
+
+using namespace atlas;
+
+namespace {
+
+constexpr const char *square = "[[0,0],[10,0],[10,10],[0,0]]";
+
+std::vector<Point> points_of(const Topology &topology, int arc)
+{
+    GL_iterator arcs = GL_all_items(topology.arcs.get());
+    for (int i = 0; i < arc; ++i)
+        next_record<Arc>(arcs);
+    return next_record<Arc>(arcs)->points;
+}
+
+Point at(double longitude, double latitude)
+{
+    return {static_cast<Angle>(longitude * degree), static_cast<Angle>(latitude * degree)};
+}
+
+const Country *first_country(const Topology &topology)
+{
+    GL_iterator countries = GL_all_items(topology.countries.get());
+    return next_record<Country>(countries);
+}
+
+int count_arcs(const Topology &topology, GL_test test)
+{
+    GL_iterator arcs = GL_tested_items(topology.arcs.get(), test);
+    int count = 0;
+    while (next_record<Arc>(arcs))
+        ++count;
+    return count;
+}
+
+struct Counted {
+    explicit Counted(int *living) : living_(living) { ++*living_; }
+    ~Counted() { --*living_; }
+    int *living_;
+};
+
+} // namespace
+
+TEST(OwningList, FreesItsRecordsAtTheEndOfItsLife)
+{
+    int living = 0;
+    {
+        OwningList<Counted> list;
+        list.append(std::make_unique<Counted>(&living));
+        list.append(std::make_unique<Counted>(&living));
+        EXPECT_EQ(2, living);
+        EXPECT_EQ(2, GL_count_items(list.get()));
+    }
+    EXPECT_EQ(0, living);
+}
+
+TEST(OwningList, GivesItsRecordsAwayWhenItIsMoved)
+{
+    int living = 0;
+    OwningList<Counted> list;
+    Counted *record = list.append(std::make_unique<Counted>(&living));
+    const OwningList<Counted> target(std::move(list));
+    GL_iterator records = GL_all_items(target.get());
+    EXPECT_EQ(record, next_record<Counted>(records));
+    EXPECT_EQ(nullptr, next_record<Counted>(records));
+    EXPECT_EQ(1, living);
+}
+
+TEST(Arcs, WithoutATransformHoldDegrees)
+{
+    const Topology topology = decode(world_of("LineString", "[0]", "[[-180,90],[0.5,-0.25],[180,-90]]"));
+    EXPECT_EQ((std::vector{at(-180, 90), at(0.5, -0.25), at(180, -90)}), points_of(topology, 0));
+}
+
+TEST(Arcs, WithATransformAreDecodedStepByStep)
+{
+    const Topology topology = decode(R"({"type":"Topology","objects":{"a":{"type":"LineString","arcs":[0]}},
+        "transform":{"scale":[0.5,0.25],"translate":[-180,-90]},"arcs":[[[4,8],[2,-4],[-6,4]],[[1,1],[1,1]]]})");
+    EXPECT_EQ((std::vector{at(-178, -88), at(-177, -89), at(-180, -88)}), points_of(topology, 0));
+    EXPECT_EQ((std::vector{at(-179.5, -89.75), at(-179, -89.5)}), points_of(topology, 1));
+}
+
+TEST(Arcs, RoundToTheNearestUnit)
+{
+    const Topology topology = decode(world_of("LineString", "[0]", "[[0.0000001,-0.0000001],[0.0000002,-0.0000002]]"));
+    EXPECT_EQ((std::vector{Point{0, 0}, Point{1, -1}}), points_of(topology, 0));
+}
+
+TEST(Arcs, KeepTheirAccuracyHoweverFineTheGridIs)
+{
+    const Topology topology = decode(R"({"type":"Topology","objects":{"a":{"type":"LineString","arcs":[0]}},
+        "transform":{"scale":[0.00036000036000036,1],"translate":[-180,0]},"arcs":[[[0,0],[999999,0]]]})");
+    EXPECT_EQ((std::vector{at(-180, 0), at(180, 0)}), points_of(topology, 0));
+}
+
+TEST(Arcs, ComeRoundTheGlobe)
+{
+    const Topology topology = decode(world_of("LineString", "[0]", "[[190,1],[-190,2],[360,3],[180,4]]"));
+    EXPECT_EQ((std::vector{at(-170, 1), at(170, 2), at(0, 3), at(180, 4)}), points_of(topology, 0));
+}
+
+TEST(Arcs, ThatOvershootAPoleByRoundingEndThere)
+{
+    const Topology topology = decode(world_of("LineString", "[0]", "[[0,90.0001],[0,-90.0001]]"));
+    EXPECT_EQ((std::vector{at(0, 90), at(0, -90)}), points_of(topology, 0));
+}
+
+TEST(Arcs, MayHaveFurtherCoordinates)
+{
+    const Topology topology = decode(world_of("LineString", "[0]", "[[1,2,300],[3,4,500]]"));
+    EXPECT_EQ((std::vector{at(1, 2), at(3, 4)}), points_of(topology, 0));
+}
+
+TEST(Outlines, RunAlongArcsInBothDirections)
+{
+    const Topology topology = decode(world_of("Polygon", "[[0,-2]]", "[[0,0],[1,1],[2,0]],[[0,0],[1,-1],[2,0]]"));
+    GL_iterator polygons = GL_all_items(first_country(topology)->polygons.get());
+    GL_iterator rings = GL_all_items(next_record<Polygon>(polygons)->rings.get());
+    GL_iterator stretches = GL_all_items(next_record<Path>(rings)->stretches.get());
+    const Stretch *there = next_record<Stretch>(stretches), *back = next_record<Stretch>(stretches);
+    EXPECT_FALSE(there->reversed);
+    EXPECT_TRUE(back->reversed);
+    EXPECT_EQ(at(2, 0), back->start());
+    EXPECT_EQ(at(0, 0), back->end());
+    EXPECT_EQ(nullptr, next_record<Stretch>(stretches));
+}
+
+TEST(Outlines, OfEveryKindAreKept)
+{
+    const Topology topology = decode(world(R"("a":{"type":"GeometryCollection","geometries":[
+        {"type":"Polygon","arcs":[[0],[0]]},
+        {"type":"MultiPolygon","arcs":[[[0]],[[0],[0],[0]]]},
+        {"type":"LineString","arcs":[0]},
+        {"type":"MultiLineString","arcs":[[0],[-1]]}]})",
+                                           square));
+    const Totals sum = totals(topology);
+    EXPECT_EQ(4, sum.countries);
+    EXPECT_EQ(6, sum.rings);
+    EXPECT_EQ(3, sum.lines);
+    EXPECT_EQ(4, sum.points);
+}
+
+TEST(Outlines, AreFoundInNestedCollections)
+{
+    const std::string inner = R"({"type":"Polygon","arcs":[[0]]})";
+    const std::string nested = R"({"type":"GeometryCollection","geometries":[)" + inner +
+                               R"(,{"type":"GeometryCollection","geometries":[)" + inner + "]}]}";
+    EXPECT_EQ(2, totals(decode(world(R"("a":)" + nested, square))).countries);
+}
+
+TEST(Outlines, AreAllThatIsKept)
+{
+    const Topology topology = decode(world(R"("a":{"type":"GeometryCollection","geometries":[
+        null, {"type":null}, {"type":"Point","coordinates":[1,2]}, {"type":"MultiPoint","coordinates":[[1,2]]},
+        {"type":"Polygon","arcs":[]}, {"type":"MultiPolygon","arcs":[[]]}, {"type":"Polygon","arcs":[[0]]}]},
+        "b":null)",
+                                           square));
+    EXPECT_EQ(1, totals(topology).countries);
+}
+
+TEST(Objects, NamedCountriesArePreferred)
+{
+    const std::string land = R"("land":{"type":"Polygon","arcs":[[0]]})";
+    const std::string countries = R"("countries":{"type":"Polygon","arcs":[[1]]})";
+    const Topology both = decode(world(land + "," + countries, std::string(square) + ",[[5,5],[6,6],[5,5]]"));
+    EXPECT_EQ(1, totals(both).countries);
+    EXPECT_EQ(3, totals(both).points);
+}
+
+TEST(Objects, AreAllReadWhereNoneIsNamedCountries)
+{
+    const std::string objects = R"("a":{"type":"Polygon","arcs":[[0]]},"b":{"type":"Polygon","arcs":[[0]]})";
+    EXPECT_EQ(2, totals(decode(world(objects, square))).countries);
+}
+
+TEST(Arcs, ThatTwoOutlinesShareAreBorders)
+{
+    const std::string objects = R"("a":{"type":"Polygon","arcs":[[0]]},"b":{"type":"Polygon","arcs":[[-1],[1]]})";
+    const std::string arcs = std::string(square) + "," + square + "," + square;
+    const Topology topology = decode(world(objects, arcs));
+    EXPECT_EQ(1, count_arcs(topology, is_border));
+    EXPECT_EQ(1, count_arcs(topology, is_coast));
+    EXPECT_EQ(8, totals(topology).points);
+}
+
+TEST(ShippedWorlds, AreWhole)
+{
+    const Totals coarse = totals(decode(shipped_world("110m")));
+    EXPECT_EQ(177, coarse.countries);
+    EXPECT_EQ(286, coarse.rings);
+    EXPECT_EQ(8246, coarse.points);
+    const Totals fine = totals(decode(shipped_world("50m")));
+    EXPECT_EQ(241, fine.countries);
+    EXPECT_EQ(1629, fine.rings);
+    EXPECT_EQ(80617, fine.points);
+}
+
+TEST(ShippedWorlds, ReportHowFarTheyAreRead)
+{
+    const std::string text = shipped_world("110m");
+    std::size_t parsed = 0, decoded = 0;
+    decode_topology(text, [&](const char *step, std::size_t done, std::size_t all) {
+        EXPECT_LE(done, all);
+        std::size_t &seen = step == std::string("parsing") ? parsed : decoded;
+        EXPECT_LT(seen, done);
+        seen = done;
+    });
+    EXPECT_EQ(65536u, parsed);
+    EXPECT_EQ(595u, decoded);
+}

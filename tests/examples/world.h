@@ -1,0 +1,79 @@
+/* What the tests of the map share: small worlds, the shipped ones, and places to write to. */
+#ifndef TESTS_EXAMPLES_WORLD_H
+#define TESTS_EXAMPLES_WORLD_H
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "draw.h"
+#include "file.h"
+#include "topology.h"
+
+inline std::string shipped_path(const std::string &scale)
+{
+    return ATLAS_DATA "countries-" + scale + ".json";
+}
+
+inline std::string shipped_world(const std::string &scale)
+{
+    return atlas::read_file(shipped_path(scale), atlas::no_progress);
+}
+
+inline atlas::Topology decode(const std::string &text)
+{
+    return atlas::decode_topology(text, atlas::no_progress);
+}
+
+/* A topology without a transform, of the objects and the arcs given as JSON. */
+inline std::string world(const std::string &objects, const std::string &arcs)
+{
+    return R"({"type":"Topology","objects":{)" + objects + R"(},"arcs":[)" + arcs + "]}";
+}
+
+/* A topology of one geometry. */
+inline std::string world_of(const std::string &type, const std::string &numbers, const std::string &arcs)
+{
+    return world(R"("land":{"type":")" + type + R"(","arcs":)" + numbers + "}", arcs);
+}
+
+inline std::string read_whole(const std::filesystem::path &path)
+{
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+inline void write_whole(const std::filesystem::path &path, const std::string &text)
+{
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+/* A directory that is gone, with all that is in it, after the test. */
+class ScratchDirectory {
+public:
+    ScratchDirectory()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "atlas-test-XXXXXX").string();
+        if (!mkdtemp(name.data()))
+            throw std::runtime_error("no scratch directory");
+        path_ = name;
+    }
+    ~ScratchDirectory() { std::filesystem::remove_all(path_); }
+    ScratchDirectory(const ScratchDirectory &) = delete;
+    ScratchDirectory &operator=(const ScratchDirectory &) = delete;
+
+    std::filesystem::path operator/(const std::string &name) const { return path_ / name; }
+    const std::filesystem::path &path() const { return path_; }
+    std::ptrdiff_t entries() const
+    {
+        return std::distance(std::filesystem::directory_iterator(path_), std::filesystem::directory_iterator());
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
+#endif
