@@ -28,8 +28,8 @@ using timed_work = std::function<void(benchmark::State &)>;
 
 struct timed_peer {
     std::string name;
-    timed_work work;    /* none: the peer is not to be had on this machine */
-    double at_least;    /* the target for the peer's time divided by ours; 0 is no target */
+    timed_work work; /* none: the peer is not to be had on this machine */
+    double at_least; /* the target for the peer's time divided by ours; 0 is no target */
 };
 
 struct timed_row {

@@ -31,7 +31,8 @@ struct mimalloc_heap {
     static void give(void *block, size_t) { free_(block); }
 
     static inline void *library = dlopen("libmimalloc.so.2", RTLD_NOW | RTLD_LOCAL);
-    template <class F> static F *symbol(const char *name)
+    template <class F>
+    static F *symbol(const char *name)
     {
         return library ? reinterpret_cast<F *>(dlsym(library, name)) : nullptr;
     }
@@ -47,18 +48,21 @@ bool has_mimalloc()
 using block_list = std::vector<void *>;
 
 /* The same order every time, so that every contender meets the same one. */
-template <class T> void shuffle(std::vector<T> &what)
+template <class T>
+void shuffle(std::vector<T> &what)
 {
     std::shuffle(what.begin(), what.end(), std::mt19937(4197));
 }
 
-template <class Heap> void fill(block_list &blocks, size_t size)
+template <class Heap>
+void fill(block_list &blocks, size_t size)
 {
     for (void *&block : blocks)
         block = Heap::take(size);
 }
 
-template <class Heap> void release(const block_list &blocks, size_t size)
+template <class Heap>
+void release(const block_list &blocks, size_t size)
 {
     for (void *block : blocks)
         Heap::give(block, size);
@@ -75,7 +79,8 @@ std::vector<uint32_t> random_numbers(size_t count, uint32_t below)
 
 constexpr size_t churns = size_t{1} << 20;
 
-template <class Heap> void churn(benchmark::State &state, uint32_t live, size_t size)
+template <class Heap>
+void churn(benchmark::State &state, uint32_t live, size_t size)
 {
     std::vector<uint32_t> places = random_numbers(churns, live);
     block_list blocks(live);
@@ -90,7 +95,8 @@ template <class Heap> void churn(benchmark::State &state, uint32_t live, size_t 
     release<Heap>(blocks, size);
 }
 
-template <class Heap> void fill_and_release(benchmark::State &state, size_t count, size_t size)
+template <class Heap>
+void fill_and_release(benchmark::State &state, size_t count, size_t size)
 {
     block_list blocks(count);
     for (auto _ : state) {
@@ -107,7 +113,8 @@ struct node {
     void *item;
 };
 
-template <class Heap> node *build_list(size_t count)
+template <class Heap>
+node *build_list(size_t count)
 {
     node *first = nullptr;
     for (size_t i = 0; i < count; i++) {
@@ -120,7 +127,8 @@ template <class Heap> node *build_list(size_t count)
     return first;
 }
 
-template <class Heap> void release_list(node *first)
+template <class Heap>
+void release_list(node *first)
 {
     while (first) {
         node *next = first->next;
@@ -131,7 +139,8 @@ template <class Heap> void release_list(node *first)
 
 /* Before each turn every block of the heap is allocated, and released in random order. Nothing else is released
    meanwhile: a large block that goes back makes glibc put its free blocks in order. */
-template <class Heap> void walk_in_aged_heap(benchmark::State &state, size_t count)
+template <class Heap>
+void walk_in_aged_heap(benchmark::State &state, size_t count)
 {
     block_list blocks(count);
     for (auto _ : state) {
@@ -163,7 +172,8 @@ double resident_bytes()
 }
 
 /* The blocks hold themselves together, so that nothing but blocks is measured. */
-template <class Heap> double bytes_held(size_t count, size_t size)
+template <class Heap>
+double bytes_held(size_t count, size_t size)
 {
     double before = resident_bytes();
     void *last = nullptr;
@@ -192,7 +202,10 @@ void add_row(const char *id, const std::string &workload, double operations, con
     auto with = [work]<class Heap>(Heap heap) -> scoreboard::timed_work {
         return [=](benchmark::State &state) { work(heap, state); };
     };
-    scoreboard::add_timed({id, workload, operations, with(mova_heap{}),
+    scoreboard::add_timed({id,
+                           workload,
+                           operations,
+                           with(mova_heap{}),
                            {{"glibc", with(glibc_heap{}), wanted.glibc},
                             {"mimalloc", has_mimalloc() ? with(mimalloc_heap{}) : nullptr, wanted.mimalloc}}});
 }
@@ -218,8 +231,11 @@ void add_walk(const targets &wanted)
 void add_bytes(size_t size, double at_most)
 {
     constexpr size_t count = 1000000;
-    scoreboard::add_measured({"A4", "bytes held for a live block of " + std::to_string(size) + " B, 1e6 live", "bytes",
-                              [=] { return bytes_held<mova_heap>(count, size); }, at_most,
+    scoreboard::add_measured({"A4",
+                              "bytes held for a live block of " + std::to_string(size) + " B, 1e6 live",
+                              "bytes",
+                              [=] { return bytes_held<mova_heap>(count, size); },
+                              at_most,
                               {{"glibc", [=] { return bytes_held<glibc_heap>(count, size); }},
                                {"mimalloc", has_mimalloc() ? [=] { return bytes_held<mimalloc_heap>(count, size); }
                                                            : scoreboard::measured_work()}}});

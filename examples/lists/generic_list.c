@@ -1,7 +1,10 @@
 #include <mova/lists/generic_list.h>
 #include <stdio.h>
 
-static int is_even(void *item) { return *(int *)item % 2 == 0; }
+static int is_even(void *item)
+{
+    return *(int *)item % 2 == 0;
+}
 
 int main(void)
 {

@@ -33,10 +33,10 @@ extern "C" {
 
 /* The lines with which the service reports that memory ran out. */
 enum {
-    MOVA_MEMORY_SIZE_TOO_LARGE = 10,  /* the size is more than PTRDIFF_MAX */
-    MOVA_MEMORY_NO_ROOM = 20,         /* a block of up to 256 KiB */
-    MOVA_MEMORY_NO_MAPPING = 30,      /* a larger block */
-    MOVA_MEMORY_NO_ROOM_TO_GROW = 40  /* a block above 256 KiB that was to become larger or smaller */
+    MOVA_MEMORY_SIZE_TOO_LARGE = 10, /* the size is more than PTRDIFF_MAX */
+    MOVA_MEMORY_NO_ROOM = 20,        /* a block of up to 256 KiB */
+    MOVA_MEMORY_NO_MAPPING = 30,     /* a larger block */
+    MOVA_MEMORY_NO_ROOM_TO_GROW = 40 /* a block above 256 KiB that was to become larger or smaller */
 };
 
 /* The blocks of one size class. */

@@ -10,7 +10,8 @@
 
 namespace {
 
-template <class F> F *symbol(void *library, const char *name)
+template <class F>
+F *symbol(void *library, const char *name)
 {
     return reinterpret_cast<F *>(dlsym(library, name));
 }

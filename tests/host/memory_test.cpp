@@ -33,8 +33,8 @@ bool blocks_are_the_systems()
     return mova_memory_statistics().held_bytes == 0;
 }
 
-#define NEEDS_OWN_BLOCKS() \
-    if (blocks_are_the_systems()) \
+#define NEEDS_OWN_BLOCKS()                                                                                             \
+    if (blocks_are_the_systems())                                                                                      \
     GTEST_SKIP() << "under this sanitizer the blocks are the system's"
 
 unsigned seed()

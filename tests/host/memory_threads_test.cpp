@@ -168,10 +168,12 @@ TEST(MemoryThreads, ADestructorOfThreadSpecificDataMayAllocateAfterTheThreadsBlo
 {
     MM_dealloc_item(MM_alloc_item(800), 800);
     pthread_key_t key; /* later than the allocator's, so its destructor is called later */
-    ASSERT_EQ(pthread_key_create(&key, [](void *block) {
-        MM_dealloc_item(block, 800);
-        release(allocate(200, 800), 800);
-    }), 0);
+    ASSERT_EQ(pthread_key_create(&key,
+                                 [](void *block) {
+                                     MM_dealloc_item(block, 800);
+                                     release(allocate(200, 800), 800);
+                                 }),
+              0);
     mova_memory_class before = mova_memory_statistics_of_size(800);
     size_t held = mova_memory_statistics().held_bytes;
     std::thread([&] { pthread_setspecific(key, MM_alloc_item(800)); }).join();

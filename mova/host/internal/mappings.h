@@ -85,14 +85,30 @@ inline void *move(void *start, size_t old_size, size_t new_size)
     return moved == MAP_FAILED ? nullptr : moved;
 }
 
+/* Gives back the end of a mapping. Returns whether the system took it. */
+inline bool shorten(void *start, size_t old_size, size_t new_size)
+{
+    if (munmap(static_cast<char *>(start) + new_size, old_size - new_size) != 0)
+        return false;
+    held -= old_size - new_size;
+    return true;
+}
+
+inline bool extend(void *start, size_t old_size, size_t new_size)
+{
+    if (!well_aligned(start, new_size) || mremap(start, old_size, new_size, 0) == MAP_FAILED)
+        return false;
+    held += new_size - old_size;
+    return true;
+}
+
 /* Gives a mapping another size, where it is or elsewhere; no byte is copied. Returns its place, or null: then it is
    as it was. */
 inline void *remap(void *start, size_t old_size, size_t new_size)
 {
-    if (!well_aligned(start, new_size) || mremap(start, old_size, new_size, 0) == MAP_FAILED)
-        return move(start, old_size, new_size);
-    held += new_size - old_size;
-    return start;
+    if (new_size < old_size ? shorten(start, old_size, new_size) : extend(start, old_size, new_size))
+        return start;
+    return move(start, old_size, new_size);
 }
 
 } // namespace mova::mappings

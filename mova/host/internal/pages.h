@@ -31,7 +31,8 @@
 
 namespace mova::pages {
 
-template <class T> void link(T *&first, T *node)
+template <class T>
+void link(T *&first, T *node)
 {
     node->prev = nullptr;
     node->next = first;
@@ -40,7 +41,8 @@ template <class T> void link(T *&first, T *node)
     first = node;
 }
 
-template <class T> void unlink(T *&first, T *node)
+template <class T>
+void unlink(T *&first, T *node)
 {
     (node->prev ? node->prev->next : first) = node->next;
     if (node->next)
