@@ -1,7 +1,7 @@
 /* The host services: what the containers ask of the program that they are linked into.
 
    The containers allocate, print and report errors only through the functions declared here. They define none
-   of them: a program takes libmova_host, which supplies all of them, or defines a group of its own.
+   of them: a program takes libmova_host, which supplies all but the memory blocks, or defines a group of its own.
 
        group           functions                                            supplied by
        memory          MM_alloc_item  MM_dealloc_item  MM_realloc_item      mova/host/memory.h
@@ -69,10 +69,7 @@ void mb_free(mb_pool *pool, mb_handle *handle);
 
 /* Writes text to the debug output, in the manner of printf. It stands under this name because the C library owns
    the symbol `dprintf`, with another signature. */
-#ifdef __GNUC__
-__attribute__((format(printf, 1, 2)))
-#endif
-void mova_dprintf(const char *format, ...);
+__attribute__((format(printf, 1, 2))) void mova_dprintf(const char *format, ...);
 
 /* A place where a debugger may stop. Returns at once when none is attached. */
 void debug_break(void);

@@ -3,11 +3,9 @@
 #define MOVA_FRAME_INLINE_H
 
 /* MOVA_INLINE marks a public function. Its one symbol is the library's: a call that is not inlined, or a pointer to the
-   function, goes to that symbol, and no program carries a copy. The one source file that owns a header's symbols
-   defines MOVA_INLINE as nothing before it includes the header, which turns the same body into the exported function. */
-#ifndef MOVA_INLINE
+   function, goes to that symbol, and no program carries a copy. In the one source file that owns the symbol the header
+   leaves the mark out, which turns the same body into the exported function. */
 #define MOVA_INLINE extern inline __attribute__((gnu_inline))
-#endif
 
 /* MOVA_INLINE_PART marks what such functions share. It has no symbol anywhere. (A static function would do, but C
    forbids an inline function with external linkage to call one.) */

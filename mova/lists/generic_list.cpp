@@ -1,5 +1,4 @@
-/* This file owns the symbols of the functions whose bodies stand in the header. */
-#define MOVA_INLINE
+#define MOVA_OWN_GENERIC_LIST
 #include <mova/lists/generic_list.h>
 
 #include <mova/frame/host.h>

@@ -40,18 +40,21 @@
        inserting between `next` and `end`       the new node is delivered
        inserting beyond `end`                   the new node is not delivered
        moving a node to the front               the walk follows the links as they then are
+       swapping an item                         the node is delivered with the item that it then has
        joining two lists                        the iteration stops at its `end`, as before
        emptying or releasing the list           the iterator is dead
 
    Where `end` does not lie ahead of `next`, the iteration runs to the list's end.
 
    Ownership: the list owns its head and its nodes, the caller owns the items; only the total_ functions free or copy
-   items, through the caller's callback. A callback must not edit the list that calls it. An exception or a jump out
-   of a callback passes through; a list that was being released or emptied is then no longer usable, and one that was
-   being copied is unchanged.
+   items, through the caller's callback. A callback must not edit the list that calls it.
 
-   Nothing here raises an error or checks an argument: a null list (other than for GL_release), a null position and a
-   position of another list are undefined. A list and its iterators belong to one thread at a time.
+   Errors: nothing here raises an error, or checks an argument or an allocation. A null list (other than for GL_release),
+   a null position and a position of another list are undefined. An exception or a jump, out of a callback or out of the
+   memory service, passes through. An insertion has changed nothing then; of a copy that was being made, the source is
+   unchanged and the part that was made is lost; a list that was being released or emptied is no longer usable.
+
+   Threads: a list and its iterators belong to one thread at a time.
 
    Cost: constant, where nothing else is said. Heads and nodes come from MM_alloc_item, one block each. */
 #ifndef MOVA_LISTS_GENERIC_LIST_H
@@ -62,6 +65,13 @@
 
 #include <mova/frame/inline.h>
 #include <mova/lists/iterator_step.h>
+
+/* The source file that owns the symbols of the functions whose bodies stand here says so. */
+#ifdef MOVA_OWN_GENERIC_LIST
+#define GL_INLINE
+#else
+#define GL_INLINE MOVA_INLINE
+#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -172,7 +182,7 @@ void GL_swap_item(GL_node *position, void **item);
 /* ---- iteration: none of these allocates ------------------------------------------------------------------- */
 
 /* Returns an iterator that delivers nothing. */
-MOVA_INLINE GL_iterator GL_empty_iter(void)
+GL_INLINE GL_iterator GL_empty_iter(void)
 {
     GL_iterator iterator = {NULL, NULL, NULL, 1, NULL};
     return iterator;
@@ -181,8 +191,8 @@ MOVA_INLINE GL_iterator GL_empty_iter(void)
 /* Returns an iterator that delivers, of the nodes from `from` to `to`, both inclusive, those whose item `test`
    accepts. A null test accepts all. Walks towards the back where `forward` is non-zero, else towards the front.
    The list argument is not used. */
-MOVA_INLINE GL_iterator GL_tested_items_inbetween(const GL_list *list, GL_node *from, GL_node *to, int forward,
-                                                  GL_test test)
+GL_INLINE GL_iterator GL_tested_items_inbetween(const GL_list *list, GL_node *from, GL_node *to, int forward,
+                                                GL_test test)
 {
     GL_iterator iterator = {NULL, from, to, forward, test};
     (void)list;
@@ -190,25 +200,25 @@ MOVA_INLINE GL_iterator GL_tested_items_inbetween(const GL_list *list, GL_node *
 }
 
 /* As GL_tested_items_inbetween, without a test. */
-MOVA_INLINE GL_iterator GL_all_items_inbetween(const GL_list *list, GL_node *from, GL_node *to, int forward)
+GL_INLINE GL_iterator GL_all_items_inbetween(const GL_list *list, GL_node *from, GL_node *to, int forward)
 {
     return GL_tested_items_inbetween(list, from, to, forward, NULL);
 }
 
 /* Returns an iterator over the items that `test` accepts, first to last. */
-MOVA_INLINE GL_iterator GL_tested_items(const GL_list *list, GL_test test)
+GL_INLINE GL_iterator GL_tested_items(const GL_list *list, GL_test test)
 {
     return GL_tested_items_inbetween(list, list->first, list->last, 1, test);
 }
 
 /* Returns an iterator over all items, first to last. */
-MOVA_INLINE GL_iterator GL_all_items(const GL_list *list)
+GL_INLINE GL_iterator GL_all_items(const GL_list *list)
 {
     return GL_tested_items(list, NULL);
 }
 
 /* Returns an iterator over all items, last to first. */
-MOVA_INLINE GL_iterator GL_all_items_reversed(const GL_list *list)
+GL_INLINE GL_iterator GL_all_items_reversed(const GL_list *list)
 {
     return GL_tested_items_inbetween(list, list->last, list->first, 0, NULL);
 }
@@ -225,7 +235,7 @@ MOVA_INLINE_PART GL_node *mova_gl_take_next_node(GL_iterator *iterator)
 /* Returns 1 and stores the next accepted item in `*item`, or returns 0 when the iteration is over. The item is stored
    before the test is asked, so after a 0 that follows rejected items `*item` holds the last of them; after a 0 with
    nothing left to deliver it is untouched. Linear in the number of rejected items. */
-MOVA_INLINE int GL_next_item(GL_iterator *iterator, void **item)
+GL_INLINE int GL_next_item(GL_iterator *iterator, void **item)
 {
     while (iterator->next) {
         GL_node *node = mova_gl_take_next_node(iterator);
@@ -237,7 +247,7 @@ MOVA_INLINE int GL_next_item(GL_iterator *iterator, void **item)
 }
 
 /* As GL_next_item, but stores the node. The test is asked about the node's item. */
-MOVA_INLINE int GL_next_position(GL_iterator *iterator, GL_node **position)
+GL_INLINE int GL_next_position(GL_iterator *iterator, GL_node **position)
 {
     while (iterator->next) {
         GL_node *node = mova_gl_take_next_node(iterator);
@@ -252,5 +262,6 @@ MOVA_INLINE int GL_next_position(GL_iterator *iterator, GL_node **position)
 #ifdef __cplusplus
 }
 #endif
+#undef GL_INLINE
 
 #endif

@@ -1,4 +1,4 @@
-# Compiles every public header for itself, as C11, as C++11 for those who use the library, and as C++20; each before
+# Compiles every public header for itself, as C99 and C11, as C++11 for those who use the library, and as C++20; each before
 # and after the standard library's <stdio.h>, which declares names like the library's own.
 
 # Writes a source that includes the two headers in this order, the first one twice.
@@ -12,8 +12,9 @@ int header_@identifier@;
 ")
 endfunction()
 
-# add_header_checks(<name> <extension> <feature> <header of the standard library> <header>...)
-function(add_header_checks name extension feature stdio)
+# add_header_checks(<standard> <extension> <header of the standard library> <header>...)
+function(add_header_checks standard extension stdio)
+    set(name headers_as_${standard})
     add_library(${name} OBJECT)
     foreach(header ${ARGN})
         string(MAKE_C_IDENTIFIER ${header} identifier)
@@ -23,9 +24,8 @@ function(add_header_checks name extension feature stdio)
         target_sources(${name} PRIVATE ${path}_first.${extension} ${path}_last.${extension})
     endforeach()
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-    target_compile_features(${name} PRIVATE ${feature})
-    target_compile_options(${name} PRIVATE -Wall -Wextra -pedantic-errors -Werror)
-    set_target_properties(${name} PROPERTIES C_EXTENSIONS OFF CXX_EXTENSIONS OFF)
+    # Named by its option: a compiler feature asks for no more than "at least".
+    target_compile_options(${name} PRIVATE -std=${standard} -Wall -Wextra -pedantic-errors -Werror)
 endfunction()
 
 foreach(list container_headers host_headers)
@@ -33,6 +33,7 @@ foreach(list container_headers host_headers)
     list(TRANSFORM headers PREPEND mova/)
     list(APPEND public_headers ${headers})
 endforeach()
-add_header_checks(headers_as_c11 c c_std_11 stdio.h ${public_headers})
-add_header_checks(headers_as_cxx11 cpp cxx_std_11 cstdio ${public_headers})
-add_header_checks(headers_as_cxx20 cpp cxx_std_20 cstdio ${public_headers})
+add_header_checks(c99 c stdio.h ${public_headers})
+add_header_checks(c11 c stdio.h ${public_headers})
+add_header_checks(c++11 cpp cstdio ${public_headers})
+add_header_checks(c++20 cpp cstdio ${public_headers})

@@ -1,5 +1,5 @@
-/* Every public record, field by field. On a 32-bit platform a word is four bytes and each record must match the layout of
-   the original to the byte; on a 64-bit one the order of the fields is the same. */
+/* Every public record, field by field. On a 32-bit platform a word is four bytes and each record must have the layout that
+   programs of the 32-bit system were compiled for, to the byte; on a 64-bit one the order of the fields is the same. */
 #include <mova/container.h>
 #include <mova/frame/host.h>
 
