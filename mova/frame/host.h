@@ -69,7 +69,7 @@ void mb_free(mb_pool *pool, mb_handle *handle);
 
 /* Writes text to the debug output, in the manner of printf. It stands under this name because the C library owns
    the symbol `dprintf`, with another signature. */
-__attribute__((format(printf, 1, 2))) void mova_dprintf(const char *format, ...);
+void mova_dprintf(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
 /* A place where a debugger may stop. Returns at once when none is attached. */
 void debug_break(void);

@@ -1,30 +1,30 @@
 /* Blocks of memory by size class. The caller gives the exact size on release, so no block carries a header.
 
-        thread A            thread B                    the pages of a class: # in use, . free
-        a bin a class       a bin a class               +---------------------+   +---------------------+
-       +-------------+     +-------------+              | # # . # . . # # # # |   | . . . # # . . # . . |
-       | 64 pointers |     | 64 pointers |              +---------------------+   +---------------------+
-       +-------------+     +-------------+                         ^                         ^
-          ^        |          ^        |                +--------------------------------------------+
-       refill    flush     refill    flush              | the class: lock, pages with a free block   |
-          +--------+----------+--------+--------------> +--------------------------------------------+
-                                                             ^ a page of 64 KiB           | an empty
-                                                             | when none is left          v page
-                                                        +--------------------------------------------+
-                                                        | chunks of 2 MiB from the system            |
-                                                        +--------------------------------------------+
+       thread A            thread B
+       +-------------+     +-------------+
+       | 64 pointers |     | 64 pointers |          a bin for each class
+       +-------------+     +-------------+
+           ^  |                ^  |  32 blocks
+           |  v                |  v                 pages of 64 KiB: # taken, . free
+       +---------------------------------+          +---------------+   +---------------+
+       | a class: its lock, and its      | -------> | # # . # . . # |   | . . # # . . # |
+       | pages with a free block         |          +---------------+   +---------------+
+       +---------------------------------+
+           ^  |  a page whose blocks are all free
+           |  v
+       +---------------------------------+
+       | chunks of 2 MiB                 | <------> the system
+       +---------------------------------+
 
    Small blocks, up to 1 KiB: a thread takes them from its bin and puts them back there, without a lock and without
    touching the block. An empty bin is refilled with what one word of a page's bitmap has free, to be handed out in
    order of address: blocks allocated in a row lie side by side, however the heap has aged. A full bin gives its
    older half back to the bitmaps. A thread that ends gives back all.
-   Middle blocks, up to 256 KiB: from the bitmaps and back, one at a time.
-   Large blocks: a mapping each.
+   Middle blocks, up to 256 KiB: from the bitmaps and back, one at a time. Large blocks: a mapping each.
 
    Invariants, beside those of internal/pages.h and internal/large_blocks.h:
-     1. A block's class follows from its size.
-     2. A bin is its thread's alone, but for its top, which others may read. The list of caches is touched under its
-        lock. A class counts the blocks in bins as taken, and their bits are clear.
+     1. A block's class follows from its size. A block in a bin is not free in its page.
+     2. A bin is its thread's alone, but for its top, which others may read.
      3. Locks are taken in the order caches, class, chunks, and no error is raised under one. */
 #include <mova/host/memory.h>
 
@@ -49,19 +49,18 @@ using namespace mova;
 using namespace mova::size_classes;
 
 /* Under a sanitizer every block is the system's, so that the sanitizer sees it, unless the build asks otherwise. */
-#ifdef MOVA_MEMORY_OWN_PAGES
-constexpr bool own_pages = true;
-#elif defined __SANITIZE_ADDRESS__ || defined __SANITIZE_THREAD__
-constexpr bool own_pages = false;
-#elif defined __has_feature
+#if defined __has_feature && !defined MOVA_MEMORY_OWN_PAGES
 constexpr bool own_pages =
     !(__has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer));
+#elif (defined __SANITIZE_ADDRESS__ || defined __SANITIZE_THREAD__) && !defined MOVA_MEMORY_OWN_PAGES
+constexpr bool own_pages = false;
 #else
 constexpr bool own_pages = true;
 #endif
 
 constexpr uint32_t bin_size = 64, flushed = bin_size / 2;
 constexpr size_t bin_bytes = bin_size * sizeof(void *);
+constexpr auto relaxed = std::memory_order_relaxed;
 
 /* Begins at a multiple of twice its size: so its top tells by itself whether it is empty or full. */
 struct alignas(2 * bin_bytes) bin {
@@ -74,6 +73,7 @@ struct cache {
     cache *next, *prev;
 
     uint32_t count(unsigned index) const { return static_cast<uint32_t>(tops[index] - bins[index].blocks); }
+    void set_count(unsigned index, uint32_t to) { tops[index].store(bins[index].blocks + to, relaxed); }
 };
 
 constinit std::mutex caches_lock;
@@ -111,7 +111,7 @@ bool begin_thread()
     }
     own_cache = new (room) cache;
     for (unsigned i = 0; i < small_classes; i++)
-        own_cache->tops[i] = own_cache->bins[i].blocks;
+        own_cache->set_count(i, 0);
     auto guard = locked(caches_lock);
     pages::link(caches, own_cache);
     return true;
@@ -134,7 +134,7 @@ void *allocate(unsigned index)
     uint32_t count = pages::take(index, blocks, bin_size);
     if (count == 0)
         return nullptr;
-    own_cache->tops[index] = blocks + count - 1;
+    own_cache->set_count(index, count - 1);
     return blocks[count - 1];
 }
 
@@ -163,19 +163,11 @@ void *allocate(unsigned index)
     uint32_t count = own_cache->count(index);
     if (count == bin_size) {
         pages::give(index, blocks, flushed);
-        std::memmove(blocks, blocks + flushed, (bin_size - flushed) * sizeof *blocks);
+        std::memcpy(blocks, blocks + flushed, flushed * sizeof *blocks);
         count -= flushed;
     }
     blocks[count] = item;
-    own_cache->tops[index] = blocks + count + 1;
-}
-
-void *resize_large(void *item, unsigned from, unsigned to)
-{
-    void *resized = large_blocks::resize(item, from, to);
-    if (!resized && large_blocks::drop_kept())
-        resized = large_blocks::resize(item, from, to);
-    return resized ? resized : exhausted(MOVA_MEMORY_NO_ROOM_TO_GROW);
+    own_cache->set_count(index, count + 1);
 }
 
 /* Requires `caches_lock`. */
@@ -196,9 +188,9 @@ void *MM_alloc_item(size_t size)
 {
     if (size <= small_limit && own_cache) [[likely]] {
         std::atomic<void **> &own_top = own_cache->tops[class_of(size)];
-        void **top = own_top.load(std::memory_order_relaxed);
+        void **top = own_top.load(relaxed);
         if (reinterpret_cast<uintptr_t>(top) % sizeof(bin) != 0) [[likely]] {
-            own_top.store(top - 1, std::memory_order_relaxed);
+            own_top.store(top - 1, relaxed);
             return top[-1];
         }
     }
@@ -209,10 +201,10 @@ void MM_dealloc_item(void *item, size_t size)
 {
     if (size <= small_limit && own_cache) [[likely]] {
         std::atomic<void **> &own_top = own_cache->tops[class_of(size)];
-        void **top = own_top.load(std::memory_order_relaxed);
+        void **top = own_top.load(relaxed);
         if (reinterpret_cast<uintptr_t>(top) % sizeof(bin) < bin_bytes) [[likely]] {
             *top = item;
-            own_top.store(top + 1, std::memory_order_relaxed);
+            own_top.store(top + 1, relaxed);
             return;
         }
     }
@@ -226,8 +218,10 @@ void *MM_realloc_item(void *item, size_t old_size, size_t new_size)
     unsigned from = class_of(old_size), to = class_of(new_size);
     if (own_pages && from == to)
         return item;
-    if (own_pages && std::min(from, to) >= first_large_class)
-        return resize_large(item, from, to);
+    if (own_pages && std::min(from, to) >= first_large_class) {
+        void *resized = large_blocks::resize(item, from, to);
+        return resized ? resized : exhausted(MOVA_MEMORY_NO_ROOM_TO_GROW);
+    }
     void *moved = MM_alloc_item(new_size);
     if (moved) {
         std::memcpy(moved, item, std::min(old_size, new_size));

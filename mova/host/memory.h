@@ -16,7 +16,7 @@
      lines below. Where the error's handler returns, MM_alloc_item and MM_realloc_item return null, and the block that
      was to be reallocated is as it was.
 
-   Under the address, thread and memory sanitizers every block is a block of the system's allocator, and every figure
+   Under the address, thread and memory sanitizers every block is a block of the system's allocator, and every count
    below is 0.
 
    Units: sizes are bytes. A block counts with the block size of its class, which is what it occupies. */
@@ -47,12 +47,13 @@ typedef struct mova_memory_class {
     size_t cached_blocks; /* free blocks that threads hold ready for themselves */
 } mova_memory_class;
 
-/* All blocks. */
+/* All blocks. What is in use is in pages of 64 KiB, each of which holds blocks of one class; a page is in use while one
+   of its blocks is live or cached. A large block is in use while it is live. */
 typedef struct mova_memory_totals {
     size_t live_blocks;  /* blocks that the program holds */
     size_t live_bytes;   /* what they occupy */
     size_t cached_bytes; /* what the free blocks occupy that threads hold ready for themselves */
-    size_t peak_bytes;   /* the most that live_bytes and cached_bytes together ever were */
+    size_t peak_bytes;   /* the most that pages and large blocks in use ever occupied together */
     size_t held_bytes;   /* address space held from the system: blocks, live or free, and all records about them */
 } mova_memory_totals;
 

@@ -29,6 +29,19 @@ TEST(MemoryDlopen, ALibraryThatIsLoadedLateServesAllThreads)
         release(std::memset(allocate(24), 2, 24), 24);
         release(block, 24);
     }).join();
+    EXPECT_EQ(dlclose(library), 0);
+}
+
+TEST(MemoryDlopen, AThreadThatOutlivesItsUseOfTheLibraryEndsWell)
+{
+    std::thread([] {
+        void *library = dlopen(MOVA_HOST_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(library, nullptr) << dlerror();
+        auto *allocate = symbol<void *(size_t)>(library, "MM_alloc_item");
+        auto *release = symbol<void(void *, size_t)>(library, "MM_dealloc_item");
+        release(allocate(24), 24);
+        EXPECT_EQ(dlclose(library), 0);
+    }).join();
 }
 
 } // namespace

@@ -120,6 +120,8 @@ TEST_F(MemoryExhaustion, AFailureLeavesTheFiguresAlone)
 
 /* ---- with little address space ---------------------------------------------------------------------------- */
 
+using MemoryLimit = MemoryExhaustion;
+
 enum : int { as_expected = 0, not_limited = 77 };
 
 size_t address_space()
@@ -186,7 +188,7 @@ size_t release_all(void *block, size_t size)
     return count;
 }
 
-TEST_F(MemoryExhaustion, OrdinaryBlocksThatRunOutAreReportedAndTheServiceGoesOn)
+TEST_F(MemoryLimit, OrdinaryBlocksThatRunOutAreReportedAndTheServiceGoesOn)
 {
     for (size_t size : {size_t{48}, size_t{5000}, size_t{200000}}) {
         with_little_room(64 * mib, [=] {
@@ -201,7 +203,7 @@ TEST_F(MemoryExhaustion, OrdinaryBlocksThatRunOutAreReportedAndTheServiceGoesOn)
     }
 }
 
-TEST_F(MemoryExhaustion, LargeBlocksThatRunOutAreReportedAndTheServiceGoesOn)
+TEST_F(MemoryLimit, LargeBlocksThatRunOutAreReportedAndTheServiceGoesOn)
 {
     with_little_room(64 * mib, [] {
         void *blocks = allocate_all(2 * mib);
@@ -211,7 +213,7 @@ TEST_F(MemoryExhaustion, LargeBlocksThatRunOutAreReportedAndTheServiceGoesOn)
     });
 }
 
-TEST_F(MemoryExhaustion, ALargeBlockThatRunsOutOfRoomToGrowIsAsItWas)
+TEST_F(MemoryLimit, ALargeBlockThatRunsOutOfRoomToGrowIsAsItWas)
 {
     with_little_room(40 * mib, [] {
         auto *block = static_cast<char *>(MM_alloc_item(8 * mib));
@@ -225,7 +227,7 @@ TEST_F(MemoryExhaustion, ALargeBlockThatRunsOutOfRoomToGrowIsAsItWas)
     });
 }
 
-TEST_F(MemoryExhaustion, KeptBlocksGoBackBeforeMemoryRunsOut)
+TEST_F(MemoryLimit, KeptBlocksGoBackBeforeMemoryRunsOut)
 {
     with_little_room(40 * mib, [] {
         reports = 0;
@@ -237,7 +239,7 @@ TEST_F(MemoryExhaustion, KeptBlocksGoBackBeforeMemoryRunsOut)
     });
 }
 
-TEST_F(MemoryExhaustion, AnErrorThrownForWantOfMemoryLeavesTheServiceUsable)
+TEST_F(MemoryLimit, AnErrorThrownForWantOfMemoryLeavesTheServiceUsable)
 {
     with_little_room(64 * mib, [] {
         throws = true;

@@ -1,10 +1,11 @@
 #include <mova/frame/host.h>
 #include <mova/host/memory.h>
+#include <tests/support/byte_source.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <map>
 #include <random>
 #include <vector>
@@ -27,20 +28,22 @@ struct before_and_after_main {
 };
 const before_and_after_main early;
 
-/* Under a sanitizer the blocks of the library are the system's. */
-bool blocks_are_the_systems()
-{
-    return mova_memory_statistics().held_bytes == 0;
-}
+/* What holds of the service's own blocks. Under a sanitizer those of the library are the system's. */
+class MemoryPages : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        MM_dealloc_item(MM_alloc_item(1), 1);
+        if (mova_memory_statistics().held_bytes == 0)
+            GTEST_SKIP() << "under this sanitizer the blocks are the system's";
+    }
+};
 
-#define NEEDS_OWN_BLOCKS()                                                                                             \
-    if (blocks_are_the_systems())                                                                                      \
-    GTEST_SKIP() << "under this sanitizer the blocks are the system's"
+using MemoryStatistics = MemoryPages;
 
 unsigned seed()
 {
-    const char *given = std::getenv("MOVA_TEST_SEED");
-    unsigned chosen = given ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device{}();
+    unsigned chosen = mova::test::test_seed(std::random_device{}());
     std::printf("MOVA_TEST_SEED=%u\n", chosen);
     return chosen;
 }
@@ -190,10 +193,32 @@ TEST(Memory, BlocksNeverOverlapAndKeepTheirBytes)
         blocks.release();
 }
 
-TEST(Memory, ABlockThatGrowsWithinItsSizeClassStaysWhereItIs)
+/* Keeps every n-th of many blocks, and releases the others in random order or in a row. */
+void refill_the_gaps(size_t every, bool at_random)
 {
-    void *probe = MM_alloc_item(1);
-    NEEDS_OWN_BLOCKS();
+    std::vector<void *> kept, others;
+    for (void *block : allocate(20000, 40))
+        ((kept.size() + others.size()) % every == 0 ? kept : others).push_back(block);
+    if (at_random)
+        std::ranges::shuffle(others, std::mt19937(4197));
+    release(others, 40);
+    for (void *block : allocate(20000, 40))
+        kept.push_back(block);
+    std::ranges::sort(kept);
+    EXPECT_EQ(std::ranges::adjacent_find(kept), kept.end()) << every;
+    release(kept, 40);
+}
+
+TEST(Memory, BlocksThatFillTheGapsBetweenOthersAreDistinct)
+{
+    for (size_t every : std::initializer_list<size_t>{2, 3, 63, 64, 65, 1000}) {
+        refill_the_gaps(every, true);
+        refill_the_gaps(every, false);
+    }
+}
+
+TEST_F(MemoryPages, ABlockThatGrowsWithinItsSizeClassStaysWhereItIs)
+{
     for (size_t size : {size_t{1}, size_t{41}, size_t{1025}, 5 * kib, 50 * kib, 100 * kib, 257 * kib, 5 * mib}) {
         size_t room = mova_memory_statistics_of_size(size).largest_size;
         ASSERT_GE(room, size);
@@ -202,14 +227,12 @@ TEST(Memory, ABlockThatGrowsWithinItsSizeClassStaysWhereItIs)
         EXPECT_EQ(MM_realloc_item(block, room, size), block) << size;
         MM_dealloc_item(block, size);
     }
-    MM_dealloc_item(probe, 1);
 }
 
-TEST(Memory, ABlockThatGrowsBySmallStepsMovesOnceASizeClassAtMost)
+TEST_F(MemoryPages, ABlockThatGrowsBySmallStepsMovesOnceASizeClassAtMost)
 {
     size_t size = 2 * kib, moves = 0, classes = 1;
     auto *block = static_cast<unsigned char *>(MM_alloc_item(size));
-    NEEDS_OWN_BLOCKS();
     std::fill_n(block, size, '\1');
     for (size_t step = kib; size < 16 * mib; size += step) {
         auto *grown = static_cast<unsigned char *>(MM_realloc_item(block, size, size + step));
@@ -226,10 +249,9 @@ TEST(Memory, ABlockThatGrowsBySmallStepsMovesOnceASizeClassAtMost)
     MM_dealloc_item(block, size);
 }
 
-TEST(Memory, ALargeBlockThatShrinksKeepsItsBytesAndGivesRoomBack)
+TEST_F(MemoryPages, ALargeBlockThatShrinksKeepsItsBytesAndGivesRoomBack)
 {
     char *block = static_cast<char *>(MM_alloc_item(32 * mib));
-    NEEDS_OWN_BLOCKS();
     std::memset(block, 's', mib);
     size_t held = mova_memory_statistics().held_bytes;
     block = static_cast<char *>(MM_realloc_item(block, 32 * mib, 2 * mib));
@@ -239,31 +261,49 @@ TEST(Memory, ALargeBlockThatShrinksKeepsItsBytesAndGivesRoomBack)
     MM_dealloc_item(block, 3000);
 }
 
-TEST(Memory, AReleasedLargeBlockIsKeptForTheNextOfItsClass)
+TEST_F(MemoryPages, ALargeBlockThatMovedAsItGrewLeavesNothingBehind)
 {
-    void *block = MM_alloc_item(20 * mib);
-    NEEDS_OWN_BLOCKS();
-    MM_dealloc_item(block, 20 * mib);
-    void *next = MM_alloc_item(30 * mib);
-    if (sizeof(void *) == 8) {
-        EXPECT_EQ(next, block);
+    void *block = MM_alloc_item(mib);
+    size_t held = mova_memory_statistics().held_bytes, size = mib, moves = 0;
+    for (; size < 64 * mib; size *= 2) {
+        void *neighbour = MM_alloc_item(mib);
+        void *grown = MM_realloc_item(block, size, 2 * size);
+        moves += grown != block;
+        block = grown;
+        MM_dealloc_item(neighbour, mib);
     }
-    MM_dealloc_item(next, 30 * mib);
-    void *same = MM_alloc_item(30 * mib);
-    EXPECT_EQ(same, next);
-    MM_dealloc_item(same, 30 * mib);
+    EXPECT_GT(moves, 0u);
+    MM_dealloc_item(MM_alloc_item(mib), mib);
+    EXPECT_LE(mova_memory_statistics().held_bytes - held, 64 * mib);
+    MM_dealloc_item(block, size);
 }
 
-TEST(Memory, AVeryLargeReleasedBlockGoesBackToTheSystem)
+TEST_F(MemoryPages, AReleasedLargeBlockIsKeptForTheNextOfItsClass)
+{
+    constexpr size_t size = 30 * mib;
+    void *block = MM_alloc_item(size);
+    size_t held = mova_memory_statistics().held_bytes;
+    MM_dealloc_item(block, size);
+    EXPECT_EQ(mova_memory_statistics().held_bytes, held);
+    EXPECT_EQ(MM_alloc_item(size), block);
+    EXPECT_EQ(mova_memory_statistics().held_bytes, held);
+    void *second = MM_alloc_item(size);
+    MM_dealloc_item(block, size);
+    MM_dealloc_item(second, size);
+    EXPECT_EQ(mova_memory_statistics().held_bytes, held);
+    EXPECT_EQ(MM_alloc_item(size), second);
+    MM_dealloc_item(second, size);
+}
+
+TEST_F(MemoryPages, AVeryLargeReleasedBlockGoesBackToTheSystem)
 {
     void *block = MM_alloc_item(200 * mib);
-    NEEDS_OWN_BLOCKS();
     size_t held = mova_memory_statistics().held_bytes;
     MM_dealloc_item(block, 200 * mib);
     EXPECT_GE(held - mova_memory_statistics().held_bytes, 200 * mib);
 }
 
-TEST(Memory, ABlockOf600MiBFitsIntoASmallAddressSpace)
+TEST_F(MemoryPages, ABlockOf600MiBFitsIntoASmallAddressSpace)
 {
     void *block = MM_alloc_item(600 * mib);
     ASSERT_NE(block, nullptr);
@@ -273,11 +313,10 @@ TEST(Memory, ABlockOf600MiBFitsIntoASmallAddressSpace)
     MM_dealloc_item(block, 600 * mib);
 }
 
-TEST(Memory, InAnAgedHeapBlocksAllocatedInARowLieSideBySide)
+TEST_F(MemoryPages, InAnAgedHeapBlocksAllocatedInARowLieSideBySide)
 {
     constexpr size_t count = 50000, size = 72;
     std::vector<void *> blocks = allocate(count, size);
-    NEEDS_OWN_BLOCKS();
     std::ranges::shuffle(blocks, std::mt19937(seed()));
     release(blocks, size);
     blocks = allocate(count, size);
@@ -288,10 +327,9 @@ TEST(Memory, InAnAgedHeapBlocksAllocatedInARowLieSideBySide)
     release(blocks, size);
 }
 
-TEST(Memory, EmptyPagesServeOtherSizes)
+TEST_F(MemoryPages, EmptyPagesServeOtherSizes)
 {
     std::vector<void *> blocks = allocate(100000, 88);
-    NEEDS_OWN_BLOCKS();
     release(blocks, 88);
     size_t held = mova_memory_statistics().held_bytes;
     blocks = allocate(50000, 120);
@@ -301,10 +339,9 @@ TEST(Memory, EmptyPagesServeOtherSizes)
     release(blocks, 120);
 }
 
-TEST(Memory, UnusedChunksBeyondAReserveGoBackToTheSystem)
+TEST_F(MemoryPages, UnusedChunksBeyondAReserveGoBackToTheSystem)
 {
     std::vector<void *> blocks = allocate(800, 256 * kib);
-    NEEDS_OWN_BLOCKS();
     size_t held = mova_memory_statistics().held_bytes;
     EXPECT_GE(held, 800 * 256 * kib);
     release(blocks, 256 * kib);
@@ -312,9 +349,8 @@ TEST(Memory, UnusedChunksBeyondAReserveGoBackToTheSystem)
     EXPECT_GE(held - mova_memory_statistics().held_bytes, 800 * 256 * kib - 128 * mib);
 }
 
-TEST(MemoryStatistics, TheClassesCoverAllSizesWithoutAGap)
+TEST_F(MemoryStatistics, TheClassesCoverAllSizesWithoutAGap)
 {
-    void *probe = MM_alloc_item(1);
     size_t size = 0, before = 0;
     while (size < PTRDIFF_MAX) {
         mova_memory_class served = mova_memory_statistics_of_size(size);
@@ -329,7 +365,6 @@ TEST(MemoryStatistics, TheClassesCoverAllSizesWithoutAGap)
         size = served.largest_size + 1;
     }
     EXPECT_EQ(mova_memory_statistics_of_size(size_t{PTRDIFF_MAX} + 2).block_size, 0u);
-    MM_dealloc_item(probe, 1);
 }
 
 /* What a class gains while it lives. */
@@ -340,11 +375,10 @@ struct growth {
     size_t size, live_before;
 };
 
-TEST(MemoryStatistics, LiveBlocksAreThoseThatTheProgramHolds)
+TEST_F(MemoryStatistics, LiveBlocksAreThoseThatTheProgramHolds)
 {
     growth small(200), middle(5000), large(mib);
     std::vector<void *> smalls = allocate(1000, 200), middles = allocate(10, 5000), larges = allocate(3, mib);
-    NEEDS_OWN_BLOCKS();
     EXPECT_EQ(small.live(), 1000u);
     EXPECT_EQ(middle.live(), 10u);
     EXPECT_EQ(large.live(), 3u);
@@ -356,30 +390,27 @@ TEST(MemoryStatistics, LiveBlocksAreThoseThatTheProgramHolds)
     EXPECT_EQ(large.live(), 0u);
 }
 
-TEST(MemoryStatistics, AReallocatedBlockCountsInItsNewClass)
+TEST_F(MemoryStatistics, AReallocatedBlockCountsInItsNewClass)
 {
     growth from(mib), to(8 * mib);
     void *block = MM_realloc_item(MM_alloc_item(mib), mib, 8 * mib);
-    NEEDS_OWN_BLOCKS();
     EXPECT_EQ(from.live(), 0u);
     EXPECT_EQ(to.live(), 1u);
     MM_dealloc_item(block, 8 * mib);
 }
 
-TEST(MemoryStatistics, AThreadHoldsUpTo64FreeBlocksOfAClass)
+TEST_F(MemoryStatistics, AThreadHoldsUpTo64FreeBlocksOfAClass)
 {
     growth of(344);
     std::vector<void *> blocks = allocate(500, 344);
-    NEEDS_OWN_BLOCKS();
     release(blocks, 344);
     EXPECT_GT(of.cached(), 0u);
     EXPECT_LE(of.cached(), 64u);
 }
 
-TEST(MemoryStatistics, TheTotalsAreTheSumsOfTheClasses)
+TEST_F(MemoryStatistics, TheTotalsAreTheSumsOfTheClasses)
 {
     std::vector<void *> smalls = allocate(777, 24), larges = allocate(2, 300 * kib);
-    NEEDS_OWN_BLOCKS();
     mova_memory_totals totals = mova_memory_statistics();
     size_t blocks = 0, bytes = 0, cached = 0;
     for (size_t size = 0; size < PTRDIFF_MAX; size = mova_memory_statistics_of_size(size).largest_size + 1) {
@@ -396,10 +427,9 @@ TEST(MemoryStatistics, TheTotalsAreTheSumsOfTheClasses)
     release(larges, 300 * kib);
 }
 
-TEST(MemoryStatistics, ThePeakIsTheMostThatEverWasInUse)
+TEST_F(MemoryStatistics, ThePeakIsTheMostThatEverWasInUse)
 {
     std::vector<void *> blocks = allocate(1, 100 * mib);
-    NEEDS_OWN_BLOCKS();
     size_t peak = mova_memory_statistics().peak_bytes;
     EXPECT_GE(peak, mova_memory_statistics().live_bytes);
     while (mova_memory_statistics().peak_bytes == peak && blocks.size() < 16)

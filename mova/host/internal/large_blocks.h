@@ -48,18 +48,6 @@ inline void give(unsigned index, void *block)
         mappings::unmap(block, block_size(index));
 }
 
-/* Returns the block's new place, or null where memory has run out: then the block is as it was. */
-inline void *resize(void *block, unsigned from, unsigned to)
-{
-    void *resized = mappings::remap(block, block_size(from), block_size(to));
-    if (!resized)
-        return nullptr;
-    auto guard = locked(lock);
-    count(from, -1);
-    count(to, 1);
-    return resized;
-}
-
 /* Gives the kept blocks back to the system. Returns whether there were any. */
 inline bool drop_kept()
 {
@@ -72,6 +60,20 @@ inline bool drop_kept()
         dropped = true;
     }
     return dropped;
+}
+
+/* Returns the block's new place, or null where memory has run out: then the block is as it was. */
+inline void *resize(void *block, unsigned from, unsigned to)
+{
+    void *resized = mappings::remap(block, block_size(from), block_size(to));
+    if (!resized && drop_kept())
+        resized = mappings::remap(block, block_size(from), block_size(to));
+    if (!resized)
+        return nullptr;
+    auto guard = locked(lock);
+    count(from, -1);
+    count(to, 1);
+    return resized;
 }
 
 } // namespace mova::large_blocks

@@ -82,32 +82,49 @@ struct page {
         uint64_t word = free_bits[first_word];
         uint32_t count = std::min(static_cast<uint32_t>(std::popcount(word)), wanted);
         size_t size = block_size;
-        char *base = start + size * 64 * first_word;
-        for (uint32_t i = count; i-- > 0; word &= word - 1)
-            taken[i] = base + size * static_cast<size_t>(std::countr_zero(word));
+        char *at = start + size * 64 * first_word;
+        if (count == 64) {
+            for (void **to = taken + 64; to != taken; at += size)
+                *--to = at;
+            word = 0;
+        } else {
+            for (void **to = taken + count; to != taken; word &= word - 1)
+                *--to = at + size * static_cast<unsigned>(__builtin_ctzll(word));
+        }
         free_bits[first_word] = word;
         free_blocks -= count;
         return count;
     }
 
-    /* Takes back the first of the blocks and those after it, up to one of another page. Returns where that is. */
-    void *const *give(void *const *given, void *const *end)
+    /* Takes back one block. Returns 1. */
+    uint32_t give(const void *block)
     {
-        uint64_t factor = reciprocal;
-        uint32_t first = first_word, count = free_blocks;
-        uintptr_t address = reinterpret_cast<uintptr_t>(*given), place = address / page_size;
-        do {
-            auto number = static_cast<uint32_t>(address % page_size * factor >> 32);
-            free_bits[number / 64] |= uint64_t{1} << number % 64;
-            first = std::min(first, number / 64);
-            count++;
-            if (++given == end)
-                break;
-            address = reinterpret_cast<uintptr_t>(*given);
-        } while (address / page_size == place);
-        first_word = first;
-        free_blocks = count;
-        return given;
+        uint32_t number = number_of(block);
+        free_bits[number / 64] |= uint64_t{1} << number % 64;
+        first_word = std::min(first_word, number / 64);
+        free_blocks++;
+        return 1;
+    }
+
+    /* Takes back the first of the blocks, and as many after it as lie side by side in one bitmap word, which is then
+       written once. (Blocks that lie side by side are in one page: a page is not filled to its end, or with whole
+       words.) Returns their number. */
+    uint32_t give_row(void *const *given, uint32_t most)
+    {
+        uint32_t number = number_of(given[0]), count = 1;
+        uint64_t bit = uint64_t{1} << number % 64, bits = bit;
+        const char *neighbour = static_cast<const char *>(given[0]) + block_size;
+        for (; count < most && bit << 1 != 0 && given[count] == neighbour; neighbour += block_size, count++)
+            bits |= bit <<= 1;
+        free_bits[number / 64] |= bits;
+        first_word = std::min(first_word, number / 64);
+        free_blocks += count;
+        return count;
+    }
+
+    uint32_t number_of(const void *block) const
+    {
+        return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(block) % page_size * uint64_t{reciprocal} >> 32);
     }
 };
 
@@ -130,7 +147,8 @@ inline chunk *chunk_of(const void *address)
 /* The page, or the first of the run of pages, that the block lies in. */
 inline page *page_of(const void *block)
 {
-    return &chunk_of(block)->pages[reinterpret_cast<uintptr_t>(block) % chunk_size / page_size];
+    uintptr_t address = reinterpret_cast<uintptr_t>(block), index = address % chunk_size / page_size;
+    return reinterpret_cast<page *>(address - address % chunk_size + offsetof(chunk, pages) + index * sizeof(page));
 }
 
 /* As many ones as a block takes pages. */
@@ -234,21 +252,31 @@ inline uint32_t take(unsigned index, void **blocks, uint32_t wanted)
     return count;
 }
 
-inline void give(unsigned index, void *const *blocks, uint32_t count)
+/* Takes back blocks of any places. `in_rows` is for those of which many lie side by side. */
+template <bool in_rows>
+void give_each(size_class &own, void *const *blocks, uint32_t count)
 {
-    size_class &own = classes[index];
-    auto guard = locked(own.lock);
-    own.taken -= count;
-    for (void *const *end = blocks + count; blocks != end;) {
-        page *to = page_of(*blocks);
+    for (uint32_t given = 0; given < count;) {
+        page *to = page_of(blocks[given]);
         if (to->free_blocks == 0)
             link(own.pages, to);
-        blocks = to->give(blocks, end);
+        given += in_rows ? to->give_row(blocks + given, count - given) : to->give(blocks[given]);
         if (to->free_blocks == to->blocks) {
             unlink(own.pages, to);
             give_page(to);
         }
     }
+}
+
+inline void give(unsigned index, void *const *blocks, uint32_t count)
+{
+    size_class &own = classes[index];
+    auto guard = locked(own.lock);
+    own.taken -= count;
+    if (count > 1 && static_cast<char *>(blocks[0]) + size_classes::block_size(index) == blocks[1])
+        give_each<true>(own, blocks, count);
+    else
+        give_each<false>(own, blocks, count);
 }
 
 } // namespace mova::pages
