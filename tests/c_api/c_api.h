@@ -2,7 +2,11 @@
 #ifndef MOVA_TESTS_C_API_C_API_H
 #define MOVA_TESTS_C_API_C_API_H
 
+void drive_double_list(void);
+void drive_element_list(void);
+void drive_element_stack(void);
 void drive_generic_list(void);
 void drive_host(void);
+void drive_simple_list(void);
 
 #endif

@@ -1,7 +1,18 @@
-/* A caller's loop, which an optimising compiler is to put together without a call of the library. */
+/* A caller's loops, which an optimising compiler is to put together without a call of the library. */
+#include <mova/lists/element_list.h>
 #include <mova/lists/generic_list.h>
+#include <mova/lists/simple_list.h>
 
 long sum_of_items(const GL_list *list);
+long sum_of_elements(const EL_list *list);
+long sum_of_copied_elements(const EL_list *list);
+long number_of_positions(const EL_list *list);
+long sum_of_records(const SL_list *list);
+
+struct record {
+    struct record *prev, *next;
+    int number;
+};
 
 long sum_of_items(const GL_list *list)
 {
@@ -10,5 +21,45 @@ long sum_of_items(const GL_list *list)
     GL_iterator iterator = GL_all_items(list);
     while (GL_next_item(&iterator, &item))
         sum += *(int *)item;
+    return sum;
+}
+
+long sum_of_elements(const EL_list *list)
+{
+    long sum = 0;
+    void *element;
+    EL_iterator iterator = EL_all_items(list);
+    while (EL_next_item(&iterator, &element))
+        sum += *(int *)element;
+    return sum;
+}
+
+long sum_of_copied_elements(const EL_list *list)
+{
+    long sum = 0;
+    int element;
+    EL_iterator iterator = EL_all_items_reversed(list);
+    while (EL_next_item_copy(&iterator, &element))
+        sum += element;
+    return sum;
+}
+
+long number_of_positions(const EL_list *list)
+{
+    long number = 0;
+    EL_node *position;
+    EL_iterator iterator = EL_all_items_inbetween(list, list->first, list->last, 1);
+    while (EL_next_position(&iterator, &position))
+        ++number;
+    return number;
+}
+
+long sum_of_records(const SL_list *list)
+{
+    long sum = 0;
+    void *item;
+    SL_iterator iterator = SL_all_items(list);
+    while (SL_next_item(&iterator, &item))
+        sum += ((struct record *)item)->number;
     return sum;
 }

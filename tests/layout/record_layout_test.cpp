@@ -45,4 +45,71 @@ TEST(RecordLayout, GenericListIteratorIsFiveWords)
     EXPECT_EQ(sizeof(GL_iterator), 5 * word);
 }
 
+/* Two links, a 16-bit size, and two 32-bit words where their own size aligns them. */
+TEST(RecordLayout, ElementListHeadIsTwoLinksASizeACountAndAFlag)
+{
+    EXPECT_EQ(offsetof(EL_list, first), 0u);
+    EXPECT_EQ(offsetof(EL_list, last), word);
+    EXPECT_EQ(offsetof(EL_list, element_size), 2 * word);
+    EXPECT_EQ(sizeof(EL_list::element_size), 2u);
+    EXPECT_EQ(offsetof(EL_list, count), 2 * word + 4);
+    EXPECT_EQ(sizeof(EL_list::count), 4u);
+    EXPECT_EQ(offsetof(EL_list, closed), 2 * word + 8);
+    EXPECT_EQ(sizeof(EL_list::closed), 4u);
+    EXPECT_EQ(sizeof(EL_list), word == 4 ? 20u : 32u);
+}
+
+TEST(RecordLayout, ElementListNodeIsTwoLinksWithTheElementBehindThem)
+{
+    EXPECT_EQ(offsetof(EL_node, prev), 0u);
+    EXPECT_EQ(offsetof(EL_node, next), word);
+    EXPECT_EQ(sizeof(EL_node), 2 * word);
+    EL_node node;
+    EXPECT_EQ(EL_element(&node), &node + 1);
+}
+
+TEST(RecordLayout, ElementListIteratorHasItsFieldsInOrder)
+{
+    EXPECT_EQ(offsetof(EL_iterator, current), 0u);
+    EXPECT_EQ(offsetof(EL_iterator, next), word);
+    EXPECT_EQ(offsetof(EL_iterator, end), 2 * word);
+    EXPECT_EQ(offsetof(EL_iterator, forward), 3 * word);
+    EXPECT_EQ(sizeof(EL_iterator::forward), 4u);
+    EXPECT_EQ(offsetof(EL_iterator, element_size), 3 * word + 4);
+    EXPECT_EQ(sizeof(EL_iterator::element_size), 4u);
+    EXPECT_EQ(offsetof(EL_iterator, test), 3 * word + 8);
+    EXPECT_EQ(sizeof(EL_iterator), 4 * word + 8);
+}
+
+TEST(RecordLayout, SimpleListHeadIsTwoLinksACountAndAFlag)
+{
+    EXPECT_EQ(offsetof(SL_list, first), 0u);
+    EXPECT_EQ(offsetof(SL_list, last), word);
+    EXPECT_EQ(offsetof(SL_list, count), 2 * word);
+    EXPECT_EQ(sizeof(SL_list::count), 4u);
+    EXPECT_EQ(offsetof(SL_list, closed), 2 * word + 4);
+    EXPECT_EQ(sizeof(SL_list::closed), 4u);
+    EXPECT_EQ(sizeof(SL_list), 2 * word + 8);
+}
+
+TEST(RecordLayout, SimpleListItemsBeginWithTwoLinks)
+{
+    EXPECT_EQ(offsetof(mova_sl_links, prev), 0u);
+    EXPECT_EQ(offsetof(mova_sl_links, next), word);
+    EXPECT_EQ(sizeof(mova_sl_links), 2 * word);
+}
+
+TEST(RecordLayout, SimpleListIteratorHasItsFieldsInOrder)
+{
+    EXPECT_EQ(offsetof(SL_iterator, current), 0u);
+    EXPECT_EQ(offsetof(SL_iterator, upcoming), word);
+    EXPECT_EQ(offsetof(SL_iterator, end), 2 * word);
+    EXPECT_EQ(offsetof(SL_iterator, forward), 3 * word);
+    EXPECT_EQ(sizeof(SL_iterator::forward), 4u);
+    EXPECT_EQ(offsetof(SL_iterator, unused), 3 * word + 4);
+    EXPECT_EQ(sizeof(SL_iterator::unused), 4u);
+    EXPECT_EQ(offsetof(SL_iterator, test), 3 * word + 8);
+    EXPECT_EQ(sizeof(SL_iterator), 4 * word + 8);
+}
+
 } // namespace

@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace mova::chain {
 
@@ -116,6 +117,76 @@ void unlink(List &list, Node *node, shape shape)
     } else {
         node->next->prev = node->prev;
     }
+}
+
+/* Links the ends of a list to each other, where it has any. */
+template <class Node, class List>
+void close(List &list)
+{
+    if (list.first)
+        first_of<Node>(list)->prev = last_of<Node>(list);
+    if (list.last)
+        last_of<Node>(list)->next = first_of<Node>(list);
+}
+
+/* Ends the list at its first and its last node. */
+template <class Node, class List>
+void open(List &list)
+{
+    if (list.first)
+        first_of<Node>(list)->prev = nullptr;
+    if (list.last)
+        last_of<Node>(list)->next = nullptr;
+}
+
+/* Reverses an open chain. */
+template <class Node, class List>
+void reverse(List &list)
+{
+    for (Node *node = first_of<Node>(list); node; node = node->prev)
+        std::swap(node->prev, node->next);
+    std::swap(list.first, list.last);
+}
+
+/* Makes `node` the first of a ring. */
+template <class List, class Node>
+void roll(List &list, Node *node)
+{
+    list.first = node;
+    list.last = node->prev;
+}
+
+/* Returns the node `steps` links on, or back for a negative number; null where a null link comes before that. */
+template <class Node>
+Node *advance(Node *node, int32_t steps)
+{
+    for (; node && steps > 0; --steps)
+        node = node->next;
+    for (; node && steps < 0; ++steps)
+        node = node->prev;
+    return node;
+}
+
+/* Returns the number of steps back from `node` to the first. */
+template <class Node, class List>
+int32_t index_of(const List &list, const Node *node)
+{
+    int32_t index = 0;
+    for (; node != list.first; node = node->prev)
+        ++index;
+    return index;
+}
+
+/* Returns the node with this index, without walking past the last one, or null. */
+template <class Node, class List>
+Node *node_at(const List &list, int32_t index)
+{
+    if (index < 0)
+        return nullptr;
+    Node *node = first_of<Node>(list);
+    for (; index > 0 && node != list.last; --index)
+        node = node->next;
+    return index == 0 ? node : nullptr;
 }
 
 /* Moves all nodes of the open chain `source` behind those of the open chain `target`; `source` still names them. */

@@ -1,0 +1,147 @@
+/* Double list: a list of double-precision numbers.
+
+   It is an element list (mova/lists/element_list.h) whose elements are doubles, handed over by value. Positions and
+   iterators are the element list's, and so are the invariants, the ownership, what edits do to positions and
+   iterators, and the two errors, which pass through under the module name "egenlist".
+
+       DBLL_list: EL_list with element_size 8        node: | prev | next | double |
+
+   Some functions assume, and do not check, a list that is open and ascending; they say so. Comparisons are those of
+   the arithmetic: a NaN is neither less than nor near anything, and the two zeroes are equal.
+
+   Cost: constant, where nothing else is said. */
+#ifndef MOVA_LISTS_DOUBLE_LIST_H
+#define MOVA_LISTS_DOUBLE_LIST_H
+
+#include <mova/lists/element_list.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+typedef EL_list DBLL_list;
+
+/* ---- creation, disposal, state --------------------------------------------------------------------------- */
+
+/* Returns a new empty, open list. */
+DBLL_list *DBLL_create(void);
+
+/* Returns a new list of two values, in the order given. */
+DBLL_list *DBLL_create_with_two(double first, double second);
+
+/* Frees all nodes and the head, and sets `*list` to null. Linear. */
+void DBLL_release(DBLL_list **list);
+
+/* Frees all nodes. The list is empty and open afterwards. Linear. */
+void DBLL_make_empty(DBLL_list *list);
+
+/* Returns the number of values. */
+int32_t DBLL_size(const DBLL_list *list);
+
+/* Returns the number of values from `from` along `next` to `to`, both inclusive. Linear. */
+int32_t DBLL_size_inbetween(const DBLL_list *list, EL_node *from, EL_node *to);
+
+/* Returns 1 when the list holds no value, else 0. It looks at the ends, not at the count. */
+int DBLL_is_empty(const DBLL_list *list);
+
+/* Makes the list a ring, or open. */
+void DBLL_set_closed(DBLL_list *list);
+void DBLL_reset_closed(DBLL_list *list);
+
+/* Returns 16 for each value: what the values and their links occupied on the 32-bit machine. It checks nothing. */
+int32_t DBLL_check(const DBLL_list *list);
+
+/* ---- insertion, removal, replacement ---------------------------------------------------------------------- */
+
+/* Adds a value at the back. Returns its position, as the next four do. */
+EL_node *DBLL_add_double(DBLL_list *list, double value);
+
+/* Adds a value before, or after, `position`. */
+EL_node *DBLL_insert_before(DBLL_list *list, EL_node *position, double value);
+EL_node *DBLL_insert_after(DBLL_list *list, EL_node *position, double value);
+
+/* Adds a value before, or after, the one with this index, counted from 0. Where there is none, inserts nothing and
+   returns null. Linear in the index. */
+EL_node *DBLL_insert_before_index(DBLL_list *list, int32_t index, double value);
+EL_node *DBLL_insert_after_index(DBLL_list *list, int32_t index, double value);
+
+/* Inserts `value` into an ascending list, unless a value lies within `tolerance` of it, the tolerance included.
+   Returns 1 when it was inserted beside an element, and 0 when it was not inserted or was appended to the end: 0
+   does not tell these two apart. From 9 elements on the search begins at the end that the value is nearer to; a
+   value past the end is then inserted after the last node, with result 1. Linear. */
+int DBLL_add_double_unique(DBLL_list *list, double value, double tolerance);
+
+/* Removes the node. */
+void DBLL_remove_double(DBLL_list *list, EL_node *position);
+
+/* Removes the value with this index and returns 1, or returns 0 where there is none. Linear in the index. */
+int DBLL_remove_at_index(DBLL_list *list, int32_t index);
+
+/* Sorts the list, as DBLL_sort does, and thins out neighbours that differ by less than `tolerance`, the tolerance
+   excluded. A value is compared with the last one that was kept; the first and the last value of the sorted list
+   are never removed. Linear beside the sorting. */
+void DBLL_remove_double_occ(DBLL_list *list, double tolerance);
+
+/* Sets the value at `position`. */
+void DBLL_replace_double(EL_node *position, double value);
+
+/* Replaces the values from `from` along `next` to `to`, both inclusive, by those of `source` from its first.
+   Linear.
+   Raises what EL_replace_items_inbetween raises. */
+void DBLL_replace_doubles_inbetween(DBLL_list *list, EL_node *from, EL_node *to, DBLL_list *source);
+
+/* ---- values ---------------------------------------------------------------------------------------------- */
+
+/* Return the first and the last value, 0.0 of an empty list. */
+double DBLL_begin_value(const DBLL_list *list);
+double DBLL_end_value(const DBLL_list *list);
+
+/* Set the first and the last value. They do nothing on an empty list. */
+void DBLL_set_begin_value(DBLL_list *list, double value);
+void DBLL_set_end_value(DBLL_list *list, double value);
+
+/* Adds `offset` to every value. Linear. */
+void DBLL_add_to_all(DBLL_list *list, double offset);
+
+/* Returns the index of the value that is nearest to `value`, of those nearer than twice `distance` (twice: that is
+   deliberate), the first of several; −1 where there is none. Stores how near it is in `*nearest_distance`, or twice
+   `distance` where there is none. The list need not be sorted. Linear. */
+int32_t DBLL_find_index_of_nearest(const DBLL_list *list, double value, double distance, double *nearest_distance);
+
+/* Sorts the values in ascending order; the positions stay where they are and get other values. Equal values, the
+   two zeroes among them, keep their order. A NaN keeps its place, and no value moves past it: the values between
+   two NaNs are sorted among themselves. A ring is sorted from `first` to `last` and stays a ring. Linear for a list
+   that is in order, else n log n, with room for n doubles from the standard library. */
+void DBLL_sort(DBLL_list *list);
+
+/* ---- positions, copies, rings ----------------------------------------------------------------------------- */
+
+/* As EL_advance, EL_reverse, EL_total_copy, EL_total_copy_inbetween and EL_roll. */
+EL_node *DBLL_advance(const DBLL_list *list, EL_node *position, int32_t steps);
+void DBLL_reverse(DBLL_list *list);
+DBLL_list *DBLL_copy(DBLL_list *list);
+DBLL_list *DBLL_copy_inbetween(DBLL_list *list, EL_node *from, EL_node *to);
+void DBLL_roll(DBLL_list *list, EL_node *position);
+
+/* ---- iteration: none of these allocates ------------------------------------------------------------------- */
+
+/* Return iterators over all values, or over those from `from` to `to`, both inclusive: along `next`, or along
+   `prev`. */
+EL_iterator DBLL_all_doubles(const DBLL_list *list);
+EL_iterator DBLL_all_doubles_reversed(const DBLL_list *list);
+EL_iterator DBLL_all_doubles_inbetween(const DBLL_list *list, EL_node *from, EL_node *to);
+EL_iterator DBLL_all_doubles_inbetween_reversed(const DBLL_list *list, EL_node *from, EL_node *to);
+
+/* Returns 1 and stores the next position, or returns 0 when the iteration is over. */
+int DBLL_next_position(EL_iterator *iterator, EL_node **position);
+
+/* Returns 1 and stores the next value, or returns 0 and leaves `*value` when the iteration is over. */
+int DBLL_next_double(EL_iterator *iterator, double *value);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+#endif
