@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "canvas.h"
+#include "fill.h"
+
 namespace atlas {
 
 const std::array<Colour, ink_count> palette = {{
@@ -10,6 +13,12 @@ const std::array<Colour, ink_count> palette = {{
     {52, 86, 114},   /* frame */
     {146, 156, 146}, /* border */
     {244, 225, 178}, /* coast */
+    {92, 122, 84},   /* land */
+    {140, 132, 86},
+    {110, 98, 74},
+    {74, 108, 104},
+    {150, 110, 84},
+    {122, 100, 114},
 }};
 
 Pixel project(Point point, int width, int height)
@@ -21,29 +30,53 @@ Pixel project(Point point, int width, int height)
             static_cast<int>(std::min<std::int64_t>(down * height * 2 / globe, height - 1))};
 }
 
-static void draw_meridian(Picture &picture, int longitude, Ink ink)
+static void draw_meridian(Canvas &canvas, int longitude)
 {
-    const int x = project({longitude * degree, 0}, picture.width(), picture.height()).x;
-    picture.line({x, 0}, {x, picture.height() - 1}, ink);
+    const int x = project({longitude * degree, 0}, canvas.width(), canvas.height()).x;
+    canvas.line({x, 0}, {x, canvas.height() - 1});
 }
 
-static void draw_parallel(Picture &picture, int latitude, Ink ink)
+static void draw_parallel(Canvas &canvas, int latitude)
 {
-    const int y = project({0, latitude * degree}, picture.width(), picture.height()).y;
-    picture.line({0, y}, {picture.width() - 1, y}, ink);
+    const int y = project({0, latitude * degree}, canvas.width(), canvas.height()).y;
+    canvas.line({0, y}, {canvas.width() - 1, y});
 }
 
 /* The frame is where the map ends, and the equator and the prime meridian. */
-static void draw_graticule(Picture &picture)
+static void draw_graticule(Canvas &canvas)
 {
+    const PenInHand pen(canvas, ink_graticule);
     for (int longitude = -150; longitude <= 150; longitude += 30)
-        draw_meridian(picture, longitude, ink_graticule);
+        draw_meridian(canvas, longitude);
     for (int latitude = -60; latitude <= 60; latitude += 30)
-        draw_parallel(picture, latitude, ink_graticule);
+        draw_parallel(canvas, latitude);
+    const PenInHand frame(canvas, ink_frame);
     for (const int side : {-1, 0, 1}) {
-        draw_meridian(picture, side * 180, ink_frame);
-        draw_parallel(picture, side * 90, ink_frame);
+        draw_meridian(canvas, side * 180);
+        draw_parallel(canvas, side * 90);
     }
+}
+
+static void fill_countries(Canvas &canvas, const Topology &topology, const Progress &progress)
+{
+    const std::vector<std::uint8_t> tints = choose_tints(topology);
+    Filler filler(canvas);
+    std::size_t done = 0;
+    GL_iterator countries = GL_all_items(topology.countries.get());
+    while (const Country *country = next_record<Country>(countries)) {
+        const PenInHand pen(canvas, static_cast<std::uint8_t>(ink_land + tints[done]));
+        filler.fill(*country, [&] { progress("filling", done, tints.size()); });
+        ++done;
+    }
+}
+
+Picture draw_countries(const Topology &topology, int width, const Progress &progress)
+{
+    Picture picture(width, width / 2, ink_sea);
+    Canvas canvas(picture);
+    draw_graticule(canvas);
+    fill_countries(canvas, topology, progress);
+    return picture;
 }
 
 /* Files cut polygons where the map ends, at 180° and at the poles. Such a cut is no coast. */
@@ -57,35 +90,38 @@ static bool is_cut(Point from, Point to)
 }
 
 /* Goes the shorter way round the globe. What then leaves the map on one side comes in again on the other. */
-static void draw_segment(Picture &picture, Point from, Point to, Ink ink)
+static void draw_segment(Canvas &canvas, Point from, Point to)
 {
     if (is_cut(from, to))
         return;
-    const int width = picture.width();
-    Pixel start = project(from, width, picture.height()), end = project(to, width, picture.height());
+    const int width = canvas.width();
+    const Pixel start = project(from, width, canvas.height()), end = project(to, width, canvas.height());
     const std::int64_t across = std::int64_t{to.longitude} - from.longitude;
     if (std::abs(across) <= 180 * degree)
-        return picture.line(start, end, ink);
+        return canvas.line(start, end);
     const int turn = across > 0 ? width : -width;
-    picture.line(start, {end.x - turn, end.y}, ink);
-    picture.line({start.x + turn, start.y}, end, ink);
+    canvas.line(start, {end.x - turn, end.y});
+    const PenInHand shifted(canvas, Pen{canvas.pen().ink, canvas.pen().shift + turn});
+    canvas.line(start, {end.x - turn, end.y});
 }
 
-static void draw_arc(Picture &picture, const Arc &arc, Ink ink)
+static void draw_arc(Canvas &canvas, const Arc &arc)
 {
     for (std::size_t i = 1; i < arc.points.size(); ++i)
-        draw_segment(picture, arc.points[i - 1], arc.points[i], ink);
+        draw_segment(canvas, arc.points[i - 1], arc.points[i]);
 }
 
 /* Every arc is drawn once, whoever uses it; coasts last, on top of the borders that end there. */
-static void draw_outlines(Picture &picture, const Topology &topology, const Progress &progress)
+void draw_outlines(Picture &picture, const Topology &topology, const Progress &progress)
 {
+    Canvas canvas(picture);
     const GL_list *arcs = topology.arcs.get();
     const std::size_t all = static_cast<std::size_t>(GL_count_items(arcs));
     std::size_t done = 0;
     const auto draw = [&](GL_iterator selected, Ink ink) {
+        const PenInHand pen(canvas, ink);
         while (const Arc *arc = next_record<Arc>(selected)) {
-            draw_arc(picture, *arc, ink);
+            draw_arc(canvas, *arc);
             progress("drawing", ++done, all);
         }
     };
@@ -95,8 +131,7 @@ static void draw_outlines(Picture &picture, const Topology &topology, const Prog
 
 Picture draw_map(const Topology &topology, int width, const Progress &progress)
 {
-    Picture picture(width, width / 2, ink_sea);
-    draw_graticule(picture);
+    Picture picture = draw_countries(topology, width, progress);
     draw_outlines(picture, topology, progress);
     return picture;
 }

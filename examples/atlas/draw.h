@@ -1,4 +1,4 @@
-/* Draws a topology's outlines as a world map in the equirectangular view: longitude to the right, latitude upwards,
+/* Draws a topology as a world map, countries filled and outlined, in the equirectangular view: longitude to the right, latitude upwards,
    both to the same scale. Nothing here computes with fractions, so that the same topology gives the same pixels
    everywhere. */
 #ifndef ATLAS_DRAW_H
@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "picture.h"
+#include "tints.h"
 #include "topology.h"
 
 namespace atlas {
@@ -16,7 +17,16 @@ namespace atlas {
 constexpr int narrowest_map = 16;
 constexpr int widest_map = 32768;
 
-enum Ink : std::uint8_t { ink_sea, ink_graticule, ink_frame, ink_border, ink_coast, ink_count };
+/* There are as many inks for land as there are tints. */
+enum Ink : std::uint8_t {
+    ink_sea,
+    ink_graticule,
+    ink_frame,
+    ink_border,
+    ink_coast,
+    ink_land,
+    ink_count = ink_land + tint_count
+};
 
 struct Colour {
     std::uint8_t red, green, blue;
@@ -28,7 +38,13 @@ extern const std::array<Colour, ink_count> palette;
 /* Returns the pixel that shows a point. The last column and row take in the map's right and lower edge. */
 Pixel project(Point point, int width, int height);
 
-/* Returns a map half as high as it is wide. */
+/* Returns a map half as high as it is wide: the sea, the graticule in it, and the countries. */
+Picture draw_countries(const Topology &topology, int width, const Progress &progress);
+
+/* Draws the borders and the coasts on top. */
+void draw_outlines(Picture &picture, const Topology &topology, const Progress &progress);
+
+/* Returns the whole map, which is these two. */
 Picture draw_map(const Topology &topology, int width, const Progress &progress);
 
 } // namespace atlas

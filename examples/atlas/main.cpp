@@ -33,7 +33,7 @@ private:
 };
 
 struct Times {
-    double read, decode, draw, write;
+    double read, decode, fill, draw, write;
 };
 
 struct Outcome {
@@ -66,7 +66,9 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     times.read = watch.lap();
     const Topology topology = decode_topology(text, progress);
     times.decode = watch.lap();
-    const Picture picture = draw_map(topology, options.width, progress);
+    Picture picture = draw_countries(topology, options.width, progress);
+    times.fill = watch.lap();
+    draw_outlines(picture, topology, progress);
     times.draw = watch.lap();
 
     subject = options.out;
@@ -85,8 +87,8 @@ static void print_outcome(const Options &options, const Outcome &outcome)
     if (drawn.lines > 0)
         std::printf("%" PRId64 " lines, ", drawn.lines);
     std::printf("%" PRId64 " points\n", drawn.points);
-    std::printf("time     read %.1f ms, decode %.1f ms, draw %.1f ms, write %.1f ms\n", times.read, times.decode,
-                times.draw, times.write);
+    std::printf("time     read %.1f ms, decode %.1f ms, fill %.1f ms, draw %.1f ms, write %.1f ms\n", times.read,
+                times.decode, times.fill, times.draw, times.write);
     if (std::fflush(stdout) != 0)
         throw Error("the report could not be printed");
 }

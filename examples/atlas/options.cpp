@@ -12,8 +12,8 @@ namespace atlas {
 
 const char *const usage = R"(usage: atlas FILE [--out PNG] [--width N]
 
-Draws the outlines in a TopoJSON file as a map of the world: of its object
-"countries" where it has one, otherwise of all its objects.
+Draws a TopoJSON file as a map of the world, areas filled and outlined: its object
+"countries" where it has one, otherwise all its objects.
 
   --out PNG    the picture to write (atlas.png)
   --width N    its width in pixels, 16 to 32768 (2048); it is half as high

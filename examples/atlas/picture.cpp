@@ -1,5 +1,6 @@
 #include "picture.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace atlas {
@@ -36,6 +37,13 @@ void Picture::line(Pixel from, Pixel to, std::uint8_t colour)
         }
         plot(at, colour);
     }
+}
+
+void Picture::span(int row, int from, int end, std::uint8_t colour)
+{
+    const int left = std::max(from, 0), right = std::min(end, width_);
+    if (row >= 0 && row < height_ && left < right)
+        std::fill_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset({left, row})), right - left, colour);
 }
 
 } // namespace atlas

@@ -1,4 +1,4 @@
-/* A picture of 8-bit colour numbers, row after row from the top, and straight lines in it. */
+/* A picture of 8-bit colour numbers, row after row from the top, and straight lines and rows of pixels in it. */
 #ifndef ATLAS_PICTURE_H
 #define ATLAS_PICTURE_H
 
@@ -22,9 +22,11 @@ public:
     const std::uint8_t *row(int y) const { return bytes_.data() + offset({0, y}); }
     std::uint8_t at(Pixel pixel) const { return bytes_[offset(pixel)]; }
 
-    /* Both leave out what lies outside the picture. */
+    /* All three leave out what lies outside the picture. */
     void plot(Pixel pixel, std::uint8_t colour);
     void line(Pixel from, Pixel to, std::uint8_t colour);
+    /* The columns from `from` up to, not including, `end`. */
+    void span(int row, int from, int end, std::uint8_t colour);
 
 private:
     std::size_t offset(Pixel pixel) const

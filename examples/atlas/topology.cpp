@@ -320,12 +320,24 @@ private:
             countries_.append(std::make_unique<Country>(std::move(country)));
     }
 
+    /* An arc of many points may be named many times: a small file may have endless outlines. */
+    void count_points(const Path &path)
+    {
+        GL_iterator stretches = GL_all_items(path.stretches.get());
+        while (const Stretch *stretch = next_record<Stretch>(stretches)) {
+            points_ += stretch->arc->points.size();
+            if (points_ > most_points)
+                throw Error("the outlines have more than " + std::to_string(most_points) + " points");
+        }
+    }
+
     void read_polygon(const json &rings, Country &country)
     {
         auto polygon = std::make_unique<Polygon>();
         for (const json &numbers : array(rings, "a polygon")) {
             const Path *ring = polygon->rings.append(read_path(numbers, arcs_));
             check_joints(*ring, true);
+            count_points(*ring);
         }
         if (GL_count_items(polygon->rings.get()) > 0)
             country.polygons.append(std::move(polygon));
@@ -339,6 +351,7 @@ private:
 
     const ArcIndex &arcs_;
     OwningList<Country> &countries_;
+    std::size_t points_ = 0;
 };
 
 static void read_objects(const json &objects, OutlineReader &reader)

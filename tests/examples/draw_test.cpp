@@ -24,6 +24,11 @@ std::uint8_t ink_at(const Picture &picture, int longitude, int latitude)
     return picture.at(project({longitude * degree, latitude * degree}, picture.width(), picture.height()));
 }
 
+bool is_land(std::uint8_t ink)
+{
+    return ink >= ink_land && ink < ink_count;
+}
+
 Picture map_of(const std::string &arc, int width)
 {
     return draw_map(decode(world_of("LineString", "[0]", arc)), width, no_progress);
@@ -71,9 +76,9 @@ TEST(Projection, StaysOnTheWidestMap)
 TEST(WorldMap, HasTheSamePixelsEverywhere)
 {
     const Topology topology = decode(shipped_world("110m"));
-    EXPECT_EQ(14294465350794965232u, checksum(draw_map(topology, 2048, no_progress)));
-    EXPECT_EQ(18085228913424671090u, checksum(draw_map(topology, 360, no_progress)));
-    EXPECT_EQ(7381186670269870549u, checksum(draw_map(topology, 37, no_progress)));
+    EXPECT_EQ(11085913110646379725u, checksum(draw_map(topology, 2048, no_progress)));
+    EXPECT_EQ(5101057580804344858u, checksum(draw_map(topology, 360, no_progress)));
+    EXPECT_EQ(4025136139616123387u, checksum(draw_map(topology, 37, no_progress)));
 }
 
 TEST(WorldMap, ShowsWhatIsThere)
@@ -85,6 +90,33 @@ TEST(WorldMap, ShowsWhatIsThere)
     EXPECT_EQ(ink_border, ink_at(map, 27, 22)) << "between Egypt and Sudan";
     EXPECT_EQ(ink_graticule, ink_at(map, -150, -45));
     EXPECT_EQ(ink_frame, ink_at(map, -25, 0)) << "the equator";
+    EXPECT_EQ(ink_sea, ink_at(map, 51, 40)) << "the Caspian Sea";
+    EXPECT_TRUE(is_land(ink_at(map, 0, 8)));
+}
+
+TEST(WorldMap, ShowsAnEnclaveInAColourOfItsOwn)
+{
+    const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
+    const std::uint8_t lesotho = ink_at(map, 28, -30), around = ink_at(map, 24, -30);
+    EXPECT_TRUE(is_land(lesotho) && is_land(around));
+    EXPECT_NE(lesotho, around);
+}
+
+TEST(WorldMap, FillsWhatCrossesTheEdgeOnBothSides)
+{
+    const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
+    EXPECT_TRUE(is_land(ink_at(map, 179, 67)));
+    EXPECT_EQ(ink_at(map, 179, 67), ink_at(map, -179, 67));
+}
+
+TEST(WorldMap, FillsAntarcticaToItsLowerEdge)
+{
+    for (const char *scale : {"110m", "50m"}) {
+        const Picture map = draw_map(decode(shipped_world(scale)), 2048, no_progress);
+        const std::vector<std::uint8_t> lowest(map.row(1023), map.row(1023) + 2048);
+        EXPECT_TRUE(is_land(lowest[0]));
+        EXPECT_EQ(std::vector<std::uint8_t>(2048, lowest[0]), lowest) << scale;
+    }
 }
 
 TEST(WorldMap, HasNoLineAcrossIt)

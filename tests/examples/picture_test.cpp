@@ -61,3 +61,23 @@ TEST(Line, IsCutWhereThePictureEnds)
     picture.line({-5, 4}, {14, 4}, 1);
     EXPECT_EQ(10, inked(picture));
 }
+
+TEST(Span, CoversTheColumnsUpToItsEnd)
+{
+    Picture picture(5, 3, 0);
+    picture.span(1, 1, 4, 1);
+    EXPECT_EQ((std::vector<std::uint8_t>{0, 0, 0, 0, 0, 0, 1, 1, 1, 0, 0, 0, 0, 0, 0}), picture.bytes());
+}
+
+TEST(Span, IsCutWhereThePictureEnds)
+{
+    Picture picture(5, 2, 0);
+    picture.span(-1, 0, 5, 1);
+    picture.span(2, 0, 5, 1);
+    picture.span(0, 3, 3, 1);
+    picture.span(0, 4, 2, 1);
+    picture.span(0, 5, 9, 1);
+    EXPECT_EQ(0, inked(picture));
+    picture.span(1, -7, 9, 1);
+    EXPECT_EQ(5, inked(picture));
+}

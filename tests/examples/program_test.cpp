@@ -110,9 +110,10 @@ TEST_F(Atlas, ReportsWhatItDrew)
     const Outcome outcome = run({shipped_path("110m")});
     const std::string path = std::filesystem::canonical(scratch_ / "atlas.png").string();
     const std::string bytes = std::to_string(std::filesystem::file_size(path));
-    const std::regex report("picture  " + path + "\n" + "size     2048 x 1024 pixels, " + bytes + " bytes\n" +
-                            "drawn    177 countries, 286 rings, 8246 points\n" +
-                            "time     read [0-9.]+ ms, decode [0-9.]+ ms, draw [0-9.]+ ms, write [0-9.]+ ms\n");
+    const std::regex report(
+        "picture  " + path + "\n" + "size     2048 x 1024 pixels, " + bytes + " bytes\n" +
+        "drawn    177 countries, 286 rings, 8246 points\n" +
+        "time     read [0-9.]+ ms, decode [0-9.]+ ms, fill [0-9.]+ ms, draw [0-9.]+ ms, write [0-9.]+ ms\n");
     EXPECT_TRUE(std::regex_match(outcome.out, report)) << outcome.out;
 }
 
