@@ -1,6 +1,6 @@
-/* Draws a topology as a world map, countries filled and outlined, in the equirectangular view: longitude to the right, latitude upwards,
-   both to the same scale. Nothing here computes with fractions, so that the same topology gives the same pixels
-   everywhere. */
+/* Draws a topology as a world map, countries filled and outlined, in the equirectangular view: longitude to the right,
+   latitude upwards, both to the same scale. Nothing here computes with fractions, so that the same topology gives the
+   same pixels everywhere. */
 #ifndef ATLAS_DRAW_H
 #define ATLAS_DRAW_H
 

@@ -17,7 +17,8 @@ static int centres_before(std::int64_t line)
     return static_cast<int>(ceil_divided(line - grid / 2, grid));
 }
 
-/* Returns how many pixel centres of the row lie to the left of the edge. The products take 50 bits at most. */
+/* Returns how many pixel centres of the row lie to the left of the edge: a whole number, which a double holds exactly.
+   The sum takes 51 bits at most. */
 double Filler::Edge::column(int row) const
 {
     const std::int64_t below_start = row * grid + grid / 2 - y;

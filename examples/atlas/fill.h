@@ -1,8 +1,8 @@
 /* Fills countries, scanline by scanline.
 
    A pixel is filled when its centre lies inside; a centre on the outline lies inside where the country is to the right
-   of it, or below it where it is level, so that neighbours share no pixel and leave none out between them. Corners are rounded, to the
-   right and upwards at most, to a grid of 1024 lines a pixel; from there on everything is exact. */
+   of it, or below it where it is level. So neighbours share no pixel, and leave none out between them. Corners are
+   rounded to a grid of 1024 lines a pixel, to the left and upwards; from there on everything is exact. */
 #ifndef ATLAS_FILL_H
 #define ATLAS_FILL_H
 
@@ -24,7 +24,7 @@ public:
     Filler(const Filler &) = delete;
     Filler &operator=(const Filler &) = delete;
 
-    /* Fills what the country's polygons cover. Calls `after_row` now and then. */
+    /* Fills what the country's polygons cover. Calls `after_row` after each row. */
     void fill(const Country &country, const std::function<void()> &after_row);
 
 private:

@@ -1,8 +1,10 @@
 #include "shapes.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "division.h"

@@ -275,10 +275,22 @@ static void check_joints(const Path &path, bool ring)
         throw Error("a ring is not closed");
 }
 
+/* A short file can name a long arc without end. Maps run along an arc once or twice, nested ones a few times more. */
+static std::size_t most_points(const ArcIndex &arcs)
+{
+    std::size_t points = 0;
+    for (const Arc *arc : arcs)
+        points += arc->points.size();
+    return std::min(points * most_runs, most_ring_points);
+}
+
 /* Reads the geometries of an object, as deep as they are nested, into countries. */
 class OutlineReader {
 public:
-    OutlineReader(const ArcIndex &arcs, OwningList<Country> &countries) : arcs_(arcs), countries_(countries) {}
+    OutlineReader(const ArcIndex &arcs, OwningList<Country> &countries)
+        : arcs_(arcs), countries_(countries), points_left_(most_points(arcs))
+    {
+    }
 
     void read(const json &geometry, int depth = 0)
     {
@@ -320,14 +332,14 @@ private:
             countries_.append(std::make_unique<Country>(std::move(country)));
     }
 
-    /* An arc of many points may be named many times: a small file may have endless outlines. */
     void count_points(const Path &path)
     {
         GL_iterator stretches = GL_all_items(path.stretches.get());
         while (const Stretch *stretch = next_record<Stretch>(stretches)) {
-            points_ += stretch->arc->points.size();
-            if (points_ > most_points)
-                throw Error("the outlines have more than " + std::to_string(most_points) + " points");
+            const std::size_t points = stretch->arc->points.size();
+            if (points > points_left_)
+                throw Error("the outlines have too many points: they run along the same arcs again and again");
+            points_left_ -= points;
         }
     }
 
@@ -351,7 +363,7 @@ private:
 
     const ArcIndex &arcs_;
     OwningList<Country> &countries_;
-    std::size_t points_ = 0;
+    std::size_t points_left_;
 };
 
 static void read_objects(const json &objects, OutlineReader &reader)

@@ -76,12 +76,15 @@ struct Topology {
     OwningList<Country> countries;
 };
 
-/* All rings together, each with all its points: far more than any file of honest maps has. */
-constexpr std::size_t most_points = std::size_t{1} << 24;
+/* How many points all rings may have together, each with all of its own: so many times those of the arcs, and no more
+   than so many. */
+constexpr std::size_t most_runs = 32;
+constexpr std::size_t most_ring_points = std::size_t{1} << 24;
 
 /* Decodes the text of a TopoJSON file: of its object `countries` where there is one, otherwise of all its objects.
    Points and null geometries have no outlines and are skipped. Throws Error where the text is damaged, is not a
-   topology, lies outside the globe, has no outlines at all, or has rings of more than `most_points` points. */
+   topology, lies outside the globe, has no outlines at all, or has rings of too
+   many points. */
 Topology decode_topology(std::string_view text, const Progress &progress);
 
 /* Tests for a list of arcs: whether several outlines share the arc, or just one uses it. An arc that only objects

@@ -81,7 +81,7 @@ public:
     }
 
 private:
-    /* The last point is the first. */
+    /* Each stretch's last point is the next one's first. */
     static std::vector<atlas::Point> points_of(const atlas::Path &ring)
     {
         std::vector<atlas::Point> points;
@@ -89,27 +89,20 @@ private:
         while (const atlas::Stretch *stretch = atlas::next_record<atlas::Stretch>(stretches)) {
             const std::vector<atlas::Point> &along = stretch->arc->points;
             if (stretch->reversed)
-                points.insert(points.end(), along.rbegin(), along.rend());
+                points.insert(points.end(), along.rbegin(), along.rend() - 1);
             else
-                points.insert(points.end(), along.begin(), along.end());
+                points.insert(points.end(), along.begin(), along.end() - 1);
         }
         return points;
     }
 
-    /* The fill rounds a ring's average without its last point, and each joint once. */
-    static bool pole_is_below(const std::vector<atlas::Point> &points)
-    {
-        std::int64_t sum = 0;
-        for (std::size_t i = 1; i < points.size(); ++i)
-            sum += points[i] == points[i - 1] ? 0 : points[i].latitude;
-        return sum < 0;
-    }
-
     void add(const std::vector<atlas::Point> &points)
     {
-        const bool below = pole_is_below(points);
-        for (std::size_t i = 1; i < points.size(); ++i)
-            add(points[i - 1], points[i], below);
+        std::int64_t sum = 0;
+        for (const atlas::Point &point : points)
+            sum += point.latitude;
+        for (std::size_t i = 0; i < points.size(); ++i)
+            add(points[i], points[(i + 1) % points.size()], sum < 0);
     }
 
     void add(atlas::Point from, atlas::Point to, bool below)

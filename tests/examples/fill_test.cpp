@@ -230,10 +230,10 @@ TEST(Fill, IsRightForEveryCountryOfTheShippedWorlds)
 TEST(Fill, LeavesNoPixelToTwoCountries)
 {
     const Topology topology = decode(shipped_world("110m"));
-    std::vector<int> owners(2048 * 1024);
+    std::vector<int> owners(1024 * 512);
     int twice = 0;
     for (const Country *country : countries_of(topology)) {
-        const Picture picture = filled(*country, 2048);
+        const Picture picture = filled(*country, 1024);
         for (std::size_t i = 0; i < owners.size(); ++i)
             twice += picture.bytes()[i] == ink && owners[i]++ > 0;
     }

@@ -193,6 +193,18 @@ TEST(Arcs, ThatTwoOutlinesShareAreBorders)
     EXPECT_EQ(8, totals(topology).points);
 }
 
+TEST(Rings, MayRunAlongTheSameArcsManyTimesButNotForEver)
+{
+    const auto world_of_runs = [](std::size_t runs) {
+        std::string numbers = "[[0]";
+        for (std::size_t i = 1; i < runs; ++i)
+            numbers += ",[0]";
+        return world_of("Polygon", numbers + "]", square);
+    };
+    EXPECT_EQ(static_cast<std::int64_t>(most_runs), totals(decode(world_of_runs(most_runs))).rings);
+    EXPECT_THROW(decode(world_of_runs(most_runs + 1)), Error);
+}
+
 TEST(ShippedWorlds, AreWhole)
 {
     const Totals coarse = totals(decode(shipped_world("110m")));
