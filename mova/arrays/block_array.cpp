@@ -101,8 +101,9 @@ int32_t GB_count_items(const GB_block *block)
 int32_t GB_append_after_last(GB_block *block, const void *element)
 {
     make_room_for_one(block);
-    elements_of(block).put(block->count, element);
-    return block->count++;
+    const int32_t index = block->count++;
+    elements_of(block).put(index, element);
+    return index;
 }
 
 int32_t GB_append_block(GB_block *block, GB_block *other)

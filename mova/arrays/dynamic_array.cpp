@@ -69,6 +69,23 @@ bool is_readable_as(const DA_array *destination, const DA_array *source)
     return bytes_of(source->nitems, destination->element_size) <= storage_bytes(source);
 }
 
+/* Copies last, so that the copy's call ends the function. */
+void append_in_place(DA_array *array, const void *source, int32_t n)
+{
+    if (!array->data)
+        return;
+    const int32_t end = array->nitems;
+    array->nitems = end + n;
+    elements_of(array).write(end, source, n);
+}
+
+/* Apart from the usual append, which so has no registers to save. */
+[[gnu::noinline]] void extend_and_append(DA_array *array, const void *source, int32_t n)
+{
+    DA_extend(array, array->nitems + n);
+    append_in_place(array, source, n);
+}
+
 void insert_before(DA_array *array, int32_t i, const void *source, int32_t n)
 {
     if (!make_room(array, array->nitems + n))
@@ -217,10 +234,10 @@ void DA_put_item(DA_array *array, int32_t i, const void *source)
 
 void DA_append(DA_array *array, const void *source, int32_t n)
 {
-    if (!make_room(array, array->nitems + n))
-        return;
-    elements_of(array).write(array->nitems, source, n);
-    array->nitems += n;
+    if (array->nalloc < array->nitems + n)
+        extend_and_append(array, source, n);
+    else
+        append_in_place(array, source, n);
 }
 
 void DA_insert(DA_array *array, int32_t i, const void *source, int32_t n)

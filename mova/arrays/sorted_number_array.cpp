@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <span>
 
+#include <mova/arrays/internal/number_passes.h>
+
 namespace {
 
 std::span<int32_t> numbers_of(const DA_array *array)
@@ -28,17 +30,31 @@ int32_t midpoint(int32_t low, int32_t high)
     return static_cast<int32_t>((static_cast<uint32_t>(low) + static_cast<uint32_t>(high)) / 2);
 }
 
+/* Makes `high` the index before `middle` where `number` belongs before `other`, else `low` the one behind. */
+void narrow(int32_t &low, int32_t &high, int32_t middle, int32_t number, int32_t other)
+{
+    const int32_t before = middle - 1, behind = middle + 1;
+#if defined(__x86_64__) || defined(__i386__)
+    /* Compilers turn every way to say this into a branch, which the processor guesses wrong every other time. */
+    asm("cmp %3, %2\n\tcmovl %4, %1\n\tcmovge %5, %0"
+        : "+r"(low), "+r"(high)
+        : "r"(number), "r"(other), "r"(before), "r"(behind)
+        : "cc");
+#else
+    high = number < other ? before : high;
+    low = number < other ? low : behind;
+#endif
+}
+
 /* Leaves the processor nothing to guess but where the search ends. */
 place search_without_branches(const int32_t *numbers, int32_t count, int32_t number)
 {
     int32_t low = 0, high = count - 1;
     while (high >= low) {
-        const int32_t middle = midpoint(low, high);
-        if (number == numbers[middle])
+        const int32_t middle = midpoint(low, high), other = numbers[middle];
+        narrow(low, high, middle, number, other);
+        if (number == other)
             return {middle, true};
-        const bool before = number < numbers[middle];
-        high = before ? middle - 1 : high;
-        low = before ? low : middle + 1;
     }
     return {low, false};
 }
@@ -72,30 +88,26 @@ place search(const DA_array *array, int32_t number)
 
 /* ---- rolling ---- */
 
-/* The index of the last number below `bound`, 0 where there is none. */
-int32_t last_below(std::span<const int32_t> numbers, int32_t bound)
-{
-    int32_t last = 0;
-    for (size_t i = 0; i < numbers.size(); ++i)
-        last = numbers[i] < bound ? static_cast<int32_t>(i) : last;
-    return last;
-}
+/* What there is to know before numbers are rolled. */
+struct roll_survey {
+    int32_t bound, greatest;
+    int32_t last_below = 0; /* the index of the last number below `bound`, 0 where there is none */
+    int32_t outside = 0;    /* negative where a number lies outside 0 … `greatest` */
 
-bool all_are_indices(std::span<const int32_t> numbers, int32_t count)
-{
-    uint32_t outside = 0;
-    for (int32_t number : numbers)
-        outside |= static_cast<uint32_t>(number) >= static_cast<uint32_t>(count);
-    return count >= 0 && outside == 0;
-}
-
-/* As roll_any, for indices of an array of `count` entries: their sum with `count` - n is below twice the count. */
-void roll_indices(std::span<int32_t> numbers, uint32_t n, uint32_t count)
-{
-    for (int32_t &number : numbers) {
-        const uint32_t sum = static_cast<uint32_t>(number) + (count - n);
-        number = wrapped(std::min(sum, sum - count));
+    void operator()(int32_t number, int32_t index)
+    {
+        last_below = std::max(last_below, number < bound ? index : 0);
+        outside |= number | wrapped(static_cast<uint32_t>(greatest) - static_cast<uint32_t>(number));
     }
+};
+
+/* As roll_any, for indices of an array of `count` entries and 0 <= `n` <= `count`: their sum is below twice the count. */
+void roll_indices(std::span<int32_t> numbers, int32_t n, int32_t count)
+{
+    mova::for_each_number(numbers, [n, count](int32_t &number, int32_t) {
+        const int32_t difference = number - n;
+        number = difference + (difference < 0 ? count : 0);
+    });
 }
 
 /* The remainder has the sign of the sum. */
@@ -128,33 +140,37 @@ int SA_check_number(const DA_array *array, int32_t number)
 
 void SA_adapt_for_insert(DA_array *array, int32_t position)
 {
-    for (int32_t &number : numbers_of(array))
+    mova::for_each_number(numbers_of(array), [position](int32_t &number, int32_t) {
         number = wrapped(static_cast<uint32_t>(number) + (number >= position ? 1 : 0));
+    });
 }
 
 void SA_adapt_for_remove(DA_array *array, int32_t position)
 {
     SA_remove_number(array, position);
-    for (int32_t &number : numbers_of(array))
+    mova::for_each_number(numbers_of(array), [position](int32_t &number, int32_t) {
         number = wrapped(static_cast<uint32_t>(number) - (number > position ? 1 : 0));
+    });
 }
 
 void SA_adapt_for_reverse(DA_array *array, int32_t count)
 {
-    for (int32_t &number : numbers_of(array))
+    mova::for_each_number(numbers_of(array), [count](int32_t &number, int32_t) {
         number = wrapped(static_cast<uint32_t>(count) - static_cast<uint32_t>(number) - 1);
+    });
     DA_reverse(array);
 }
 
 void SA_adapt_for_roll(DA_array *array, int32_t n, int32_t count)
 {
     const std::span<int32_t> numbers = numbers_of(array);
-    /* Deliberately the index of that number, not how many there are: see the header. */
-    const int32_t first = last_below(numbers, n);
-    if (n >= 0 && n <= count && all_are_indices(numbers, count))
-        roll_indices(numbers, static_cast<uint32_t>(n), static_cast<uint32_t>(count));
+    const roll_survey survey =
+        mova::for_each_number(numbers, roll_survey{n, wrapped(static_cast<uint32_t>(count) - 1)});
+    if (n >= 0 && n <= count && survey.outside >= 0)
+        roll_indices(numbers, n, count);
     else
         roll_any(numbers, n, count);
-    if (first > 0)
-        DA_roll(array, first);
+    /* Deliberately the index of that number, not how many there are: see the header. */
+    if (survey.last_below > 0)
+        DA_roll(array, survey.last_below);
 }
