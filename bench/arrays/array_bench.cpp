@@ -175,20 +175,32 @@ void add_insert(double target)
 
 /* ---- numbers ---------------------------------------------------------------------------------------------- */
 
-/* The loops word by word. */
-void roll_numbers(numbers &all, int32_t n, int32_t count)
+/* The loops as one writes them first: a remainder for each number, elements moved one at a time by the size that the array
+   states. */
+void roll_elements(numbers &all, size_t first, size_t size)
 {
-    size_t k = 0;
-    for (size_t i = 0; i < all.size(); i++) {
-        if (all[i] < n)
-            k = i;
-        all[i] = (all[i] + count - n) % count;
-    }
-    std::rotate(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(k), all.end());
+    auto *bytes = reinterpret_cast<char *>(all.data());
+    const size_t behind = all.size() - first;
+    std::vector<char> buffer(first * size);
+    std::memcpy(buffer.data(), bytes, first * size);
+    for (size_t i = 0; i < behind; i++)
+        std::memcpy(bytes + i * size, bytes + (i + first) * size, size);
+    std::memcpy(bytes + behind * size, buffer.data(), first * size);
 }
 
-/* Without vectors, as a compiler leaves it at -O2. */
-[[gnu::optimize("no-tree-vectorize")]] void shift_numbers(numbers &all, int32_t position)
+void roll_numbers(numbers &all, int32_t n, int32_t count)
+{
+    size_t last_below = 0, size = sizeof(int32_t);
+    DoNotOptimize(size);
+    for (size_t i = 0; i < all.size(); i++) {
+        if (all[i] < n)
+            last_below = i;
+        all[i] = (all[i] + count - n) % count;
+    }
+    roll_elements(all, last_below, size);
+}
+
+void shift_numbers(numbers &all, int32_t position)
 {
     for (int32_t &number : all) {
         if (number >= position)
