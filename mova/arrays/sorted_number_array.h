@@ -30,7 +30,8 @@
    On an array that is not in order SA_check_number, SA_add_number and SA_remove_number may miss a number that is there:
    they search by halves, as on any array.
 
-   Numbers are compared as signed. What would not fit in 32 bits wraps around. No errors but those of DA_insert, when the
+   Numbers are compared as signed. A number that would not fit in 32 bits wraps around; a roll computes in more bits, and
+   its remainder always fits. No errors but those of DA_insert, when the
    array cannot grow for SA_add_number; the array is then as that function leaves it.
 
    Ownership: the array is the caller's. One thread at a time.

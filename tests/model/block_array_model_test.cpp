@@ -3,10 +3,10 @@
 
 TEST(BlockArrayModel, RandomOperationsBehaveAsOnVectors)
 {
-    mova::test::run_random(mova::test::run_block_array_model, 400, 1500);
+    mova::test::run_random(mova::test::run_block_array_model, 150, 1500);
 }
 
 TEST(BlockArrayModel, ShortRunsOnNearlyEmptyArraysBehaveAsOnVectors)
 {
-    mova::test::run_random(mova::test::run_block_array_model, 3000, 40);
+    mova::test::run_random(mova::test::run_block_array_model, 1500, 40);
 }

@@ -3,10 +3,10 @@
 
 TEST(DynamicArrayModel, RandomOperationsBehaveAsOnVectors)
 {
-    mova::test::run_random(mova::test::run_dynamic_array_model, 400, 1500);
+    mova::test::run_random(mova::test::run_dynamic_array_model, 150, 1500);
 }
 
 TEST(DynamicArrayModel, ShortRunsOnNearlyEmptyArraysBehaveAsOnVectors)
 {
-    mova::test::run_random(mova::test::run_dynamic_array_model, 3000, 40);
+    mova::test::run_random(mova::test::run_dynamic_array_model, 1500, 40);
 }

@@ -3,10 +3,10 @@
 
 TEST(SortedNumberArrayModel, RandomEditsOfACompanionAreFollowed)
 {
-    mova::test::run_random(mova::test::run_sorted_number_array_model, 300, 1500);
+    mova::test::run_random(mova::test::run_sorted_number_array_model, 150, 1500);
 }
 
 TEST(SortedNumberArrayModel, ShortRunsOnNearlyEmptyCompanionsAreFollowed)
 {
-    mova::test::run_random(mova::test::run_sorted_number_array_model, 2000, 40);
+    mova::test::run_random(mova::test::run_sorted_number_array_model, 1500, 40);
 }
