@@ -2,6 +2,10 @@
 #ifndef MOVA_CONTAINER_H
 #define MOVA_CONTAINER_H
 
+#include <mova/arrays/block_array.h>
+#include <mova/arrays/dynamic_array.h>
+#include <mova/arrays/id_lookup_table.h>
+#include <mova/arrays/sorted_number_array.h>
 #include <mova/lists/double_list.h>
 #include <mova/lists/element_list.h>
 #include <mova/lists/element_stack.h>

@@ -2,11 +2,15 @@
 #ifndef MOVA_TESTS_C_API_C_API_H
 #define MOVA_TESTS_C_API_C_API_H
 
+void drive_block_array(void);
 void drive_double_list(void);
+void drive_dynamic_array(void);
 void drive_element_list(void);
 void drive_element_stack(void);
 void drive_generic_list(void);
 void drive_host(void);
+void drive_id_lookup_table(void);
 void drive_simple_list(void);
+void drive_sorted_number_array(void);
 
 #endif

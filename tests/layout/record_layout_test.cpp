@@ -112,4 +112,58 @@ TEST(RecordLayout, SimpleListIteratorHasItsFieldsInOrder)
     EXPECT_EQ(sizeof(SL_iterator), 4 * word + 8);
 }
 
+/* A pointer, three 32-bit words and two 16-bit ones, without a gap. */
+TEST(RecordLayout, BlockArrayIsItsStorageItsSizesAndTwo16BitWords)
+{
+    EXPECT_EQ(offsetof(GB_block, data), 0u);
+    EXPECT_EQ(offsetof(GB_block, element_size), word);
+    EXPECT_EQ(sizeof(GB_block::element_size), 4u);
+    EXPECT_EQ(offsetof(GB_block, count), word + 4);
+    EXPECT_EQ(sizeof(GB_block::count), 4u);
+    EXPECT_EQ(offsetof(GB_block, capacity), word + 8);
+    EXPECT_EQ(sizeof(GB_block::capacity), 4u);
+    EXPECT_EQ(offsetof(GB_block, increment), word + 12);
+    EXPECT_EQ(sizeof(GB_block::increment), 2u);
+    EXPECT_EQ(offsetof(GB_block, closed), word + 14);
+    EXPECT_EQ(sizeof(GB_block::closed), 2u);
+    EXPECT_EQ(sizeof(GB_block), word == 4 ? 20u : 24u);
+}
+
+TEST(RecordLayout, DynamicArrayHeadIsFour32BitWordsAndItsStorage)
+{
+    EXPECT_EQ(offsetof(DA_array, element_size), 0u);
+    EXPECT_EQ(sizeof(DA_array::element_size), 4u);
+    EXPECT_EQ(offsetof(DA_array, increment), 4u);
+    EXPECT_EQ(sizeof(DA_array::increment), 4u);
+    EXPECT_EQ(offsetof(DA_array, nalloc), 8u);
+    EXPECT_EQ(sizeof(DA_array::nalloc), 4u);
+    EXPECT_EQ(offsetof(DA_array, nitems), 12u);
+    EXPECT_EQ(sizeof(DA_array::nitems), 4u);
+    EXPECT_EQ(offsetof(DA_array, data), 16u);
+    EXPECT_EQ(sizeof(DA_array), word == 4 ? 20u : 24u);
+}
+
+TEST(RecordLayout, DynamicArrayIteratorHasItsFieldsInOrder)
+{
+    EXPECT_EQ(offsetof(DA_iterator, array), 0u);
+    EXPECT_EQ(offsetof(DA_iterator, forward), word);
+    EXPECT_EQ(sizeof(DA_iterator::forward), 4u);
+    EXPECT_EQ(offsetof(DA_iterator, current), word + 4);
+    EXPECT_EQ(sizeof(DA_iterator::current), 4u);
+    EXPECT_EQ(offsetof(DA_iterator, last), word + 8);
+    EXPECT_EQ(sizeof(DA_iterator::last), 4u);
+    EXPECT_EQ(offsetof(DA_iterator, test), word == 4 ? 16u : 24u);
+    EXPECT_EQ(sizeof(DA_iterator), word == 4 ? 20u : 32u);
+}
+
+TEST(RecordLayout, IdTableIteratorIsTheStorageACountAndAnIndex)
+{
+    EXPECT_EQ(offsetof(io_lut_iterator, storage), 0u);
+    EXPECT_EQ(offsetof(io_lut_iterator, count), word);
+    EXPECT_EQ(sizeof(io_lut_iterator::count), 4u);
+    EXPECT_EQ(offsetof(io_lut_iterator, next), word + 4);
+    EXPECT_EQ(sizeof(io_lut_iterator::next), 4u);
+    EXPECT_EQ(sizeof(io_lut_iterator), word + 8);
+}
+
 } // namespace

@@ -26,6 +26,20 @@ public:
         call("dealloc " + host_.name_of(block) + " " + std::to_string(size));
     }
 
+    /* `old_name` is what the host calls the block that dies. */
+    void realloc(const std::string &old_name, std::size_t old_size, std::size_t new_size)
+    {
+        call("realloc " + old_name + " " + std::to_string(old_size) + " -> " + std::to_string(new_size) + " = #" +
+             std::to_string(++blocks_));
+    }
+
+    /* A block that is released in the same call. */
+    void buffer(std::size_t size)
+    {
+        alloc(size);
+        call("dealloc #" + std::to_string(blocks_) + " " + std::to_string(size));
+    }
+
     void raise(const std::string &module, int32_t line, int32_t code)
     {
         call("raise " + module + " " + std::to_string(line) + " " + std::to_string(code));

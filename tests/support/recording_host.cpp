@@ -68,6 +68,12 @@ bool recording_host::is_live(const void *block) const
     return live_.contains(block);
 }
 
+std::size_t recording_host::size_of(const void *block) const
+{
+    auto found = live_.find(block);
+    return found == live_.end() ? static_cast<std::size_t>(-1) : found->second.size;
+}
+
 bool recording_host::allocation_fails()
 {
     return allocations_until_failure_ > 0 && --allocations_until_failure_ == 0;

@@ -47,6 +47,9 @@ public:
     std::string name_of(const void *block) const;
     bool is_live(const void *block) const;
 
+    /* The bytes of a live block; -1 for anything else. */
+    std::size_t size_of(const void *block) const;
+
     /* Makes the n-th allocation or reallocation from now (1 is the next one) return null. */
     void fail_allocation(int n) { allocations_until_failure_ = n; }
 
