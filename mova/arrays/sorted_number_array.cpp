@@ -37,7 +37,7 @@ void narrow(int32_t &low, int32_t &high, int32_t middle, int32_t number, int32_t
 #if defined(__x86_64__) || defined(__i386__)
     /* Compilers turn every way to say this into a branch, which the processor guesses wrong every other time. */
     asm("cmp %3, %2\n\tcmovl %4, %1\n\tcmovge %5, %0"
-        : "+r"(low), "+r"(high)
+        : "+r"(low), "+&r"(high)
         : "r"(number), "r"(other), "r"(before), "r"(behind)
         : "cc");
 #else
