@@ -7,5 +7,6 @@
 #include <mova/lists/element_stack.h>
 #include <mova/lists/generic_list.h>
 #include <mova/lists/simple_list.h>
+#include <mova/tree/balanced_tree.h>
 
 #endif
