@@ -112,4 +112,39 @@ TEST(RecordLayout, SimpleListIteratorHasItsFieldsInOrder)
     EXPECT_EQ(sizeof(SL_iterator), 4 * word + 8);
 }
 
+TEST(RecordLayout, BalancedTreeHeadIsSixWords)
+{
+    EXPECT_EQ(offsetof(tree, root), 0u);
+    EXPECT_EQ(offsetof(tree, first), word);
+    EXPECT_EQ(offsetof(tree, last), 2 * word);
+    EXPECT_EQ(offsetof(tree, compare), 3 * word);
+    EXPECT_EQ(offsetof(tree, dupl_allowed), 4 * word);
+    EXPECT_EQ(sizeof(tree::dupl_allowed), 4u);
+    EXPECT_EQ(offsetof(tree, iterators), 5 * word);
+    EXPECT_EQ(sizeof(tree), word == 4 ? 24u : 48u);
+}
+
+TEST(RecordLayout, BalancedTreeNodeIsSixWords)
+{
+    EXPECT_EQ(offsetof(tree_item, item), 0u);
+    EXPECT_EQ(offsetof(tree_item, left), word);
+    EXPECT_EQ(offsetof(tree_item, right), 2 * word);
+    EXPECT_EQ(offsetof(tree_item, prev), 3 * word);
+    EXPECT_EQ(offsetof(tree_item, next), 4 * word);
+    EXPECT_EQ(offsetof(tree_item, balance), 5 * word);
+    EXPECT_EQ(sizeof(tree_item::balance), 4u);
+    EXPECT_EQ(sizeof(tree_item), word == 4 ? 24u : 48u);
+}
+
+TEST(RecordLayout, BalancedTreeIteratorIsFiveWords)
+{
+    EXPECT_EQ(offsetof(tree_iter, cursor), 0u);
+    EXPECT_EQ(offsetof(tree_iter, current), word);
+    EXPECT_EQ(offsetof(tree_iter, tree), 2 * word);
+    EXPECT_EQ(offsetof(tree_iter, condition), 3 * word);
+    EXPECT_EQ(offsetof(tree_iter, mode), 4 * word);
+    EXPECT_EQ(sizeof(tree_iter::mode), 4u);
+    EXPECT_EQ(sizeof(tree_iter), word == 4 ? 20u : 40u);
+}
+
 } // namespace
