@@ -19,11 +19,21 @@ public:
 
     void call(std::string text) { calls_.push_back(std::move(text)); }
 
-    void alloc(std::size_t size) { call("alloc " + std::to_string(size) + " = #" + std::to_string(++blocks_)); }
+    /* Returns the number of the block. */
+    int alloc(std::size_t size)
+    {
+        call("alloc " + std::to_string(size) + " = #" + std::to_string(++blocks_));
+        return blocks_;
+    }
 
     void dealloc(const void *block, std::size_t size)
     {
         call("dealloc " + host_.name_of(block) + " " + std::to_string(size));
+    }
+
+    void dealloc(int block, std::size_t size)
+    {
+        call("dealloc #" + std::to_string(block) + " " + std::to_string(size));
     }
 
     void raise(const std::string &module, int32_t line, int32_t code)
