@@ -11,7 +11,7 @@ using mova::test::modelled_tree;
 
 TEST(BalancedTreeModel, RandomOperationsBehaveAsOnAMultiset)
 {
-    mova::test::run_random(mova::test::run_balanced_tree_model, 150, 2000);
+    mova::test::run_random(mova::test::run_balanced_tree_model, 250, 2000);
 }
 
 TEST(BalancedTreeModel, ShortRunsOnNearlyEmptyTreesBehaveAsOnAMultiset)
