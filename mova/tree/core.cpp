@@ -4,19 +4,13 @@
 
 #include <mova/tree/internal/iterators.h>
 #include <mova/tree/internal/operation_state.h>
+#include <mova/tree/internal/prefetch.h>
 #include <mova/tree/internal/rebalancing.h>
 #include <mova/tree/internal/records.h>
 
 using namespace mova::gt;
 
 namespace {
-
-/* The comparison takes a while: meanwhile either of the nodes that may come next is on its way from memory. */
-void prefetch_children(const tree_item *node)
-{
-    __builtin_prefetch(node->left);
-    __builtin_prefetch(node->right);
-}
 
 /* ---- creation and disposal ---- */
 
@@ -104,6 +98,7 @@ void insert_node(insertion_state &op, tree_item **p)
 /* Returns the link through which the way leads on, or null where the node itself is in the way. */
 tree_item **next_link(insertion_state &op, tree_item *node)
 {
+    /* The comparison takes a while: meanwhile either of the nodes that may come next is on its way from memory. */
     prefetch_children(node);
     const int32_t c = op.op_compare(op.op_key, node->item);
     if (c < 0) {

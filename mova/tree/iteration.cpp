@@ -1,6 +1,7 @@
 #include <mova/tree/balanced_tree.h>
 
 #include <mova/tree/internal/iterators.h>
+#include <mova/tree/internal/prefetch.h>
 #include <mova/tree/internal/records.h>
 
 using namespace mova::gt;
@@ -28,11 +29,20 @@ tree_iter *create(tree *t, tree_item *cursor, mode mode, GT_condition condition)
     return iterator;
 }
 
+/* Sends for the nodes that the walk will meet for the first time: it goes down to the right of the next node, whose other
+   neighbours it has met before. */
+void prefetch_ahead(const tree_item *next)
+{
+    if (next && next->right)
+        prefetch_children(next->right);
+}
+
 /* Makes the next accepted node the current one and returns it, or returns null when there is none. */
 tree_item *advance(tree_iter *iterator)
 {
     while (tree_item *node = iterator->cursor) {
         iterator->cursor = node->next;
+        prefetch_ahead(node->next);
         if (iterator->mode == every_item || iterator->condition(node->item)) {
             iterator->current = node;
             return node;
