@@ -584,6 +584,12 @@ TEST_F(BalancedTree, RemovalOfAPositionOfAnotherTreeRaises)
     expect_raise(545, [&] { GT_remove_item_global(t, &stranger); });
 }
 
+TEST_F(BalancedTree, AnEmptyTreeHasNoPositionNotEvenNull)
+{
+    expect_raise(481, [&] { GT_remove_item(t, nullptr); });
+    expect_raise(545, [&] { GT_remove_item_global(t, nullptr); });
+}
+
 TEST_F(BalancedTree, GlobalRemovalVisitsEveryNodeWhereTheComparisonsDoNotLeadToTheItem)
 {
     insert_all({4, 2, 6, 1, 3, 5, 7});
