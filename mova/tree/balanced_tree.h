@@ -62,6 +62,8 @@
    (where nothing is said about it), a position of another tree, an iterator that has ended and a failed allocation are
    undefined. An exception out of a comparison leaves the tree as it was, other than in GT_sort.
 
+   Lines 1728, 1760 and 1799 guard the steps of a removal. Only the first can be raised, by GT_remove_first_item.
+
    Callbacks must not call a function of this family. All trees share counters, so the whole family belongs to one
    thread at a time.
 
@@ -141,7 +143,7 @@ void GT_total_make_empty(tree *t, size_t item_size);
    Asks one comparison a level: O(log n).
    Raises line 1181 or 1236 where a `balance` that the insertion must change on its left or its right side is not one of
    -1, 0, +1. The item is in the tree by then. Where the host returns, that balance is left alone and the ancestors are
-   rebalanced as if the subtree had grown. */
+   rebalanced as if the subtree had grown, up to a rotation whose nodes are not all there. */
 tree_item *GT_insert_item(tree *t, void *item);
 
 /* Finds the node that holds the pointer `item` itself: it is compared by identity first, and by the tree's comparison

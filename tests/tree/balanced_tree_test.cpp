@@ -326,6 +326,25 @@ TEST_F(BalancedTree, InsertionGoesOnUpwardsAsGrownWhenTheHostReturnsFromTheRaise
     EXPECT_EQ(t->root->balance, 0);
 }
 
+TEST_F(BalancedTree, RebalancingEndsAtARotationWithoutItsNodesWhenTheHostReturnsFromTheRaise)
+{
+    host.set_raise_mode(recording_host::raise_mode::returns);
+    insert_all({6, 4, 2});
+    insert_all({1});
+    ASSERT_EQ(shape(), "((1 2- .) 4- 6)");
+    at(1)->balance = 5;
+    insert(0);
+    EXPECT_EQ(unverified_shape(), "(((0 1+ .) 2- .) 4- 6)");
+    EXPECT_EQ(at(1)->balance, 5);
+    EXPECT_EQ(taken("raise"), log{"raise gentree 1181 4297"});
+    GT_make_empty(t);
+    insert_all({4, 6, 2, 7});
+    at(7)->balance = 5;
+    insert(8);
+    EXPECT_EQ(unverified_shape(), "(2 4+ (. 6+ (. 7+ 8)))");
+    EXPECT_EQ(taken("raise"), log{"raise gentree 1236 4297"});
+}
+
 TEST_F(BalancedTree, ABalanceOnTheWayThatNeedNotChangeIsNotLookedAt)
 {
     insert_all({8, 4, 12, 10});
@@ -357,6 +376,8 @@ TEST_F(BalancedTree, ATreeThatWasMadeDeepIsGoneThroughToItsEnd)
     EXPECT_EQ(insert(count), added);
     GT_remove_item(t, added);
     EXPECT_EQ(GT_count_items(t), count);
+    for (tree_item *node = t->root; node; node = node->right)
+        EXPECT_EQ(node->balance, 0);
 }
 
 /* ---- search ---- */

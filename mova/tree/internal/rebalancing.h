@@ -77,8 +77,12 @@ void rotate_grown(tree_item **p)
 {
     tree_item *a = *p;
     tree_item *b = child<High>(a);
-    if (b->balance != High)
-        return rotate_double<High>(p);
+    if (b->balance != High) {
+        /* Where the host returned from a raise, `b` may have any balance, and no `c`. */
+        if (child<-High>(b))
+            rotate_double<High>(p);
+        return;
+    }
     rotate_single<High>(p);
     a->balance = b->balance = 0;
 }
