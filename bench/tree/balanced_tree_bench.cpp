@@ -1,4 +1,5 @@
-/* The balanced tree beside GLib's, the standard library's and Boost's, all asking the same comparison through a pointer. */
+/* The balanced tree beside GLib's, the standard library's and Boost's, all asking the same comparison through a
+   pointer. */
 #include <algorithm>
 #include <numeric>
 #include <optional>

@@ -227,8 +227,8 @@ void remove_node(removal_state &op, tree_item **p)
 
 void remove_below(removal_state &op, tree_item **p);
 
-/* Returns the link through which the way to op_node leads on from a node. Where the comparison says equal, it may lie on
-   either side: then it is removed if it is on the left. */
+/* Returns the link through which the way to op_node leads on from a node. Where the comparison says equal, it may lie
+   on either side: then it is removed if it is on the left. */
 tree_item **removal_link(removal_state &op, tree_item *node)
 {
     prefetch_children(node);

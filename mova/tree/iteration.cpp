@@ -29,8 +29,8 @@ tree_iter *create(tree *t, tree_item *cursor, mode mode, GT_condition condition)
     return iterator;
 }
 
-/* Sends for the nodes that the walk will meet for the first time: it goes down to the right of the next node, whose other
-   neighbours it has met before. */
+/* Sends for the nodes that the walk will meet for the first time: it goes down to the right of the next node, whose
+   other neighbours it has met before. */
 void prefetch_ahead(const tree_item *next)
 {
     if (next && next->right)

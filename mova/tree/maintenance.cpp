@@ -8,8 +8,8 @@
 
 namespace {
 
-/* Carries items up the chain from `start`, the first node, to `bound`; from there on all are in their place. Returns the
-   last node that an item was carried into, or `start`. */
+/* Carries items up the chain from `start`, the first node, to `bound`; from there on all are in their place. Returns
+   the last node that an item was carried into, or `start`. */
 tree_item *sort_pass(tree *t, tree_item *start, const tree_item *bound)
 {
     tree_item *last_swap = start;

@@ -9,9 +9,9 @@
 
 namespace mova::test {
 
-/* A balanced tree beside its model: a reference_tree for its shape, a multiset for the order of its items, and a copy of
-   each iterator that follows the rules of the header. Each operation does both, and says which calls it expects; compare()
-   throws mismatch where anything differs. The items are blocks of the recording host's. */
+/* A balanced tree beside its model: a reference_tree for its shape, a multiset for the order of its items, and a copy
+   of each iterator that follows the rules of the header. Each operation does both, and says which calls it expects;
+   compare() throws mismatch where anything differs. The items are blocks of the recording host's. */
 class modelled_tree {
 public:
     enum class raises { are_thrown, are_returned_from };
@@ -58,8 +58,8 @@ public:
 
     void start(predicate condition, int32_t mode);
     void start_from(std::size_t iterator, bool current, predicate condition, int32_t mode);
-    /* An edit may have left an iterator on a released record. Then it may not be copied from; with its `cursor` there, not
-       even be stepped. */
+    /* An edit may have left an iterator on a released record. Then it may not be copied from; with its `cursor`
+       there, not even be stepped. */
     bool may_step(std::size_t iterator) const;
     bool may_copy(std::size_t iterator) const;
     /* -1 where there is no current node in the tree. */

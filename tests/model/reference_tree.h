@@ -22,8 +22,8 @@ public:
     };
     using link = std::unique_ptr<node>;
 
-    /* Asked for each node on the way: negative is left, positive right, zero is here or, in a tree with duplicates, both
-       ways. */
+    /* Asked for each node on the way: negative is left, positive right, zero is here or, in a tree with duplicates,
+       both ways. */
     using compare = std::function<int32_t(void *item)>;
 
     static int height(const link &n) { return n ? 1 + std::max(height(n->left), height(n->right)) : 0; }

@@ -18,8 +18,8 @@ void for_each_iterator(const tree *t, Visit visit)
 /* `node` was linked into the tree and the chain. An iterator that delivered its predecessor last delivers it next. */
 void fix_up_insertion(const tree *t, tree_item *node);
 
-/* `node` is about to be replaced by its right, or its left, child, and is still in the chain.
-   Raise line 1728, or 1760, when it has a child on the other side; where the host returns, the iterators are seen to. */
+/* `node` is about to be replaced by its right, or its left, child, and is still in the chain. Raise line 1728, or
+   1760, when it has a child on the other side; where the host returns, the iterators are seen to. */
 void fix_up_removal_by_right_child(const tree *t, tree_item *node);
 void fix_up_removal_by_left_child(const tree *t, tree_item *node);
 

@@ -1,5 +1,5 @@
-/* The working variables of the tree's operations. Each call has its own, so that a comparison that throws leaves nothing
-   behind. */
+/* The working variables of the tree's operations. Each call has its own, so that a comparison that throws leaves
+   nothing behind. */
 #ifndef MOVA_TREE_INTERNAL_OPERATION_STATE_H
 #define MOVA_TREE_INTERNAL_OPERATION_STATE_H
 
