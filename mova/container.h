@@ -2,6 +2,8 @@
 #ifndef MOVA_CONTAINER_H
 #define MOVA_CONTAINER_H
 
+#include <mova/hash/hash_table.h>
+#include <mova/hash/pointer_lookup.h>
 #include <mova/lists/double_list.h>
 #include <mova/lists/element_list.h>
 #include <mova/lists/element_stack.h>

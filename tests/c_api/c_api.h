@@ -6,7 +6,9 @@ void drive_double_list(void);
 void drive_element_list(void);
 void drive_element_stack(void);
 void drive_generic_list(void);
+void drive_hash_table(void);
 void drive_host(void);
+void drive_pointer_lookup(void);
 void drive_simple_list(void);
 
 #endif

@@ -112,4 +112,35 @@ TEST(RecordLayout, SimpleListIteratorHasItsFieldsInOrder)
     EXPECT_EQ(sizeof(SL_iterator), 4 * word + 8);
 }
 
+TEST(RecordLayout, HashTableIsEightNumbersAndTwoArrays)
+{
+    EXPECT_EQ(offsetof(HSH_table, minimum_size), 0u);
+    EXPECT_EQ(offsetof(HSH_table, capacity), 4u);
+    EXPECT_EQ(offsetof(HSH_table, count), 8u);
+    EXPECT_EQ(offsetof(HSH_table, low_water_mark), 12u);
+    EXPECT_EQ(offsetof(HSH_table, high_water_mark), 16u);
+    EXPECT_EQ(offsetof(HSH_table, mask), 20u);
+    EXPECT_EQ(offsetof(HSH_table, shift), 24u);
+    EXPECT_EQ(offsetof(HSH_table, maximum_shift), 28u);
+    EXPECT_EQ(offsetof(HSH_table, keys), 32u);
+    EXPECT_EQ(offsetof(HSH_table, values), 32 + word);
+    EXPECT_EQ(sizeof(HSH_table), 32 + 2 * word);
+}
+
+TEST(RecordLayout, HashTableIteratorIsATableAndAnIndex)
+{
+    EXPECT_EQ(offsetof(HSH_iterator, table), 0u);
+    EXPECT_EQ(offsetof(HSH_iterator, index), word);
+    EXPECT_EQ(sizeof(HSH_iterator::index), 4u);
+    EXPECT_EQ(sizeof(HSH_iterator), 2 * word);
+}
+
+TEST(RecordLayout, PointerLookupIsThreeWords)
+{
+    EXPECT_EQ(offsetof(mova_lookup, front_key), 0u);
+    EXPECT_EQ(offsetof(mova_lookup, front_value), word);
+    EXPECT_EQ(offsetof(mova_lookup, table), 2 * word);
+    EXPECT_EQ(sizeof(mova_lookup), 3 * word);
+}
+
 } // namespace
