@@ -87,11 +87,8 @@ public:
 
     int32_t capacity() const { return capacity_; }
     int32_t count() const { return count_; }
-    int32_t high_water_mark() const { return high_water_mark_; }
-    const std::vector<mova_word> &keys() const { return keys_; }
-    const std::vector<mova_word> &values() const { return values_; }
-
-    int32_t home(mova_word key) const { return (static_cast<int32_t>(key) >> shift_) & mask_; }
+    mova_word key(int32_t slot) const { return keys_[static_cast<std::size_t>(slot)]; }
+    mova_word value(int32_t slot) const { return values_[static_cast<std::size_t>(slot)]; }
 
     /* Whether the library's table is the same in every field and every word of its arrays. */
     bool equals(const HSH_table &table) const
@@ -148,7 +145,7 @@ private:
 
     int32_t search(mova_word key, bool insert)
     {
-        int32_t slot = home(key);
+        int32_t slot = (static_cast<int32_t>(key) >> shift_) & mask_;
         while (key_at(slot) != 0) {
             if (key_at(slot) == key)
                 return slot;
