@@ -114,7 +114,8 @@ void take_out(HSH_table *table, size_t slot)
 {
     table->keys[slot] = 0;
     --table->count;
-    mova::hash::repair(table, slot).run();
+    if (table->keys[(slot + 1) & mask_of(table)])
+        mova::hash::repair(table, slot).run();
 }
 
 /* The slot of `key`, which is put into the table where it is absent. Its value is the caller's to store. */
