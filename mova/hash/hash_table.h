@@ -30,7 +30,7 @@
      5. From the home slot of each key, every slot as far as the key is occupied, and none before it holds that key.
    The value word of an empty slot means nothing; it keeps what was stored there last.
 
-   What an edit does to an iterator: HSH_set_value of a key that is stored does nothing to it. A new key or a removal may
+   What an edit does to an iterator: HSH_set_value of a stored key does nothing to it. A new key or a removal may
    move entries or resize the table, and the iterator may then repeat or skip entries; HSH_release kills it. Nothing
    detects this. To remove while walking, collect the keys first.
 
@@ -51,13 +51,15 @@
    home, and a search passes dozens of keys; with pages it passes thousands. Too large a shift gives neighbouring keys
    one home, with the same effect. Keys that agree in their low 32 bits always share a home; they are different keys
    all the same. A search for an absent key that falls into a long run walks to the run's end: dense keys are one run,
-   so mix them with other keys only where misses are rare.
+   so mix them with other keys only where misses are rare. Addresses that are thinly spread over several times the
+   table's width, with the shift that fits them, lap over each other and may crowd one part of it: searches for absent
+   keys then walk thousands of slots where a smaller shift, with more laps, walks dozens. Measure both.
 
    Ownership: the table owns its record and its two arrays, and never looks at what keys and values point to. Errors:
    nothing is checked and nothing is raised. A null table is undefined. One thread at a time.
 
    Cost: a search reads the keys from the home slot on; where keys spread well that is one or two cache lines. A removal
-   looks once through the rest of the run (twice and more where very many entries of it move). A resize is linear. */
+   looks once through the rest of the run, and once more for every 256 entries that move. A resize is linear. */
 #ifndef MOVA_HASH_HASH_TABLE_H
 #define MOVA_HASH_HASH_TABLE_H
 
@@ -97,8 +99,8 @@ HSH_table *HSH_create(uint32_t initial_size, int32_t maximum_shift);
 /* Frees the table and sets `*table` to null. Requires a table there. */
 void HSH_release(HSH_table **table);
 
-/* Stores `value` for `key`, in place of what was stored for it, and returns it. Does nothing and returns 0 where the key
-   is 0. A new key may resize the table: then linear. */
+/* Stores `value` for `key`, in place of what was stored for it, and returns it. Does nothing and returns 0 where the
+   key is 0. A new key may resize the table: then linear. */
 mova_word HSH_set_value(HSH_table *table, mova_word key, mova_word value);
 
 /* Returns the value of `key`, or 0 where it is absent. HSH_contains_key tells a stored 0 from an absent key. */
@@ -118,8 +120,8 @@ HSH_INLINE HSH_iterator HSH_all_entries(HSH_table *table)
     return iterator;
 }
 
-/* Stores the next key and its value and returns 1, or returns 0 and stores nothing when the iteration is over. Linear in
-   the number of empty slots that are passed. */
+/* Stores the next key and its value and returns 1, or returns 0 and stores nothing when the iteration is over. Linear
+   in the number of empty slots that are passed. */
 HSH_INLINE int HSH_next(HSH_iterator *iterator, mova_word *key, mova_word *value)
 {
     const HSH_table *table = iterator->table;

@@ -20,8 +20,8 @@
      - On release, the value in front is handed over unless it is 0; those in the table are handed over whatever they
        are.
 
-   The table takes the home of a key from its low bits. Pointers have the same low bits, so searches pass many keys where
-   there are many pointers: mova/hash/hash_table.h says more. Where that matters, use a hash table with a shift.
+   The table takes the home of a key from its low bits. Pointers have the same low bits, so searches pass many keys
+   where there are many pointers: mova/hash/hash_table.h says more. Where that matters, use a hash table with a shift.
 
    Ownership: the lookup owns its record and its table; the values are the caller's, who may free them in the callback
    of mova_lu_release. Errors: nothing is checked and nothing is raised. A null lookup is undefined, except on release.
