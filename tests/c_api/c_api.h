@@ -8,5 +8,6 @@ void drive_element_stack(void);
 void drive_generic_list(void);
 void drive_host(void);
 void drive_simple_list(void);
+void drive_swap_cache(void);
 
 #endif

@@ -8,5 +8,6 @@ int main(void)
     drive_generic_list();
     drive_host();
     drive_simple_list();
+    drive_swap_cache();
     return 0;
 }
