@@ -1,6 +1,8 @@
 #include <mova/host/memory_blocks.h>
 
+#include <algorithm>
 #include <new>
+#include <utility>
 
 #include <mova/host/internal/block_pool.h>
 
@@ -34,6 +36,8 @@ mb_pool *mb_create_pool(size_t budget)
 void mb_release_pool(mb_pool **pool)
 {
     mb_pool *released = std::exchange(*pool, nullptr);
+    if (!released)
+        return;
     released->~mb_pool();
     MM_dealloc_item(released, sizeof(mb_pool));
 }

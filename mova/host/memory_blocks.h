@@ -20,9 +20,10 @@
    - A handle is never 0, and names no other block until the pool has counted through all 32-bit numbers. To mb_get, a
      handle that is not live is no block: the result is null. To mb_free it is an error, as below; 0 is none, and frees
      nothing.
-   - Errors are reported under the module "memory blocks", with MOVA_PRECONDITION_BROKEN and the line below. A pool takes
-     its memory from the memory service, which reports where it has none; where its error's handler returns, the function
-     that asked returns null or 0, and the pool is as it was.
+   - Errors are reported under the module "memory blocks", with MOVA_PRECONDITION_BROKEN and the line below. Where the
+     handler returns, mb_free has freed nothing and clears the handle all the same.
+   - A pool takes its memory from the memory service, which reports where it has none. Where that error's handler returns,
+     the function that asked returns null or 0. The pool is as it was in either case.
 
    Cost: mb_get is constant. mb_alloc and mb_free are constant too, amortised over the growth of the pool's table, until
    blocks have to move. Blocks are moved only when no gap fits: those between some neighbouring gaps that are large enough
@@ -70,7 +71,7 @@ typedef struct mb_statistics {
    to is only reserved. */
 mb_pool *mb_create_pool(size_t budget);
 
-/* Frees the pool with all its blocks, and sets `*pool` to null. Constant. */
+/* Frees the pool with all its blocks, and sets `*pool` to null. A null pool is none to free. Constant. */
 void mb_release_pool(mb_pool **pool);
 
 /* Returns the pool's figures. Constant. */

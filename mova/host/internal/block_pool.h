@@ -132,8 +132,8 @@ public:
 private:
     static constexpr size_t first_capacity = 64;
 
-    /* So many gaps of one class are looked at for the one that fits best. */
-    static constexpr int most_looked_at = 8;
+    /* So many gaps of one class are looked at for the one that fits best; all, before anything is moved. */
+    static constexpr size_t most_looked_at = 8;
 
     /* A row of neighbours. Those after the first, up to the last, are moved up to the first; all gaps, from that of the
        first to that of the last, then are one. */
@@ -226,18 +226,20 @@ private:
         if (size == 0)
             return origin;
         const unsigned own = gap_classes::class_of(size);
-        const mb_handle found = best_of_class(own, size);
+        const mb_handle found = best_of_class(own, size, most_looked_at);
         if (found != none)
             return found;
         const unsigned larger = classes_.first_from(own + 1);
-        return larger == gap_classes::count ? none : best_of_class(larger, size);
+        if (larger != gap_classes::count)
+            return best_of_class(larger, size, most_looked_at);
+        return best_of_class(own, size, SIZE_MAX);
     }
 
-    mb_handle best_of_class(unsigned index, size_t size) const
+    mb_handle best_of_class(unsigned index, size_t size, size_t most) const
     {
         mb_handle best = none;
         mb_handle owner = heads_[index];
-        for (int looked_at = 0; owner != none && looked_at < most_looked_at; looked_at++) {
+        for (size_t looked_at = 0; owner != none && looked_at < most; looked_at++) {
             const block &looked_up = block_of(owner);
             if (looked_up.gap == size)
                 return owner;
