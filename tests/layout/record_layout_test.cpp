@@ -112,4 +112,29 @@ TEST(RecordLayout, SimpleListIteratorHasItsFieldsInOrder)
     EXPECT_EQ(sizeof(SL_iterator), 4 * word + 8);
 }
 
+TEST(RecordLayout, SwapCacheHeadIsThreeWords)
+{
+    EXPECT_EQ(offsetof(cc_cache, first), 0u);
+    EXPECT_EQ(offsetof(cc_cache, last), word);
+    EXPECT_EQ(offsetof(cc_cache, pool), 2 * word);
+    EXPECT_EQ(sizeof(cc_cache), 3 * word);
+}
+
+TEST(RecordLayout, SwapCacheEntryHasItsFieldsInOrder)
+{
+    EXPECT_EQ(offsetof(cc_entry, prev), 0u);
+    EXPECT_EQ(offsetof(cc_entry, next), word);
+    EXPECT_EQ(offsetof(cc_entry, item), 2 * word);
+    EXPECT_EQ(offsetof(cc_entry, handle), 3 * word);
+    EXPECT_EQ(sizeof(cc_entry::handle), 4u);
+    EXPECT_EQ(offsetof(cc_entry, size_fn), 4 * word);
+    EXPECT_EQ(offsetof(cc_entry, swap_in_fn), 5 * word);
+    EXPECT_EQ(offsetof(cc_entry, write_back_fn), 6 * word);
+    EXPECT_EQ(offsetof(cc_entry, release_fn), 7 * word);
+    EXPECT_EQ(offsetof(cc_entry, status), 8 * word);
+    EXPECT_EQ(sizeof(cc_entry::status), 1u);
+    EXPECT_EQ(sizeof(cc_entry), 9 * word);
+    EXPECT_EQ(sizeof(cc_debug), 4u);
+}
+
 } // namespace
