@@ -1,5 +1,5 @@
 /* The swap cache beside the cache that one writes with the standard library: the entries in a list, the last used first,
-   and a hash table from keys to their places in it. */
+   and a hash table from items to their places in it. */
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -21,30 +21,35 @@ using benchmark::DoNotOptimize;
 /* Every turn asks for so many bodies, at random. */
 constexpr size_t gets = size_t{1} << 16;
 
-std::vector<uint32_t> random_keys(uint32_t below)
+std::vector<uint32_t> random_numbers(uint32_t below)
 {
     std::mt19937 engine(4197);
-    std::uniform_int_distribution<uint32_t> key(0, below - 1);
-    std::vector<uint32_t> keys(gets);
-    std::ranges::generate(keys, [&] { return key(engine); });
-    return keys;
+    std::uniform_int_distribution<uint32_t> number(0, below - 1);
+    std::vector<uint32_t> numbers(gets);
+    std::ranges::generate(numbers, [&] { return number(engine); });
+    return numbers;
 }
 
 struct item {
-    uint32_t key, size;
+    uint32_t number, size;
 };
 
-/* Either is made for items with the keys 0, 1, …, and for bodies of which `room` fit. */
+std::vector<item> numbered_items(uint32_t count, uint32_t size)
+{
+    std::vector<item> items;
+    for (uint32_t number = 0; number < count; number++)
+        items.push_back({number, size});
+    return items;
+}
+
+/* Either is made for the bodies of some items, of which `room` of `size` bytes fit. */
 class mova_cache {
 public:
-    mova_cache(uint32_t items, uint32_t size, size_t room)
+    mova_cache(std::vector<item> &items, uint32_t size, size_t room)
         : pool_(mb_create_pool(room * size)), cache_(cc_create(pool_))
     {
-        items_.resize(items);
-        for (uint32_t key = 0; key < items; key++) {
-            items_[key] = {key, size};
-            entries_.push_back(cc_insert(cache_, &items_[key], 0, size_of, swap_in, write_back, release));
-        }
+        for (item &each : items)
+            entries_.push_back(cc_insert(cache_, &each, 0, size_of, swap_in, write_back, release));
     }
 
     ~mova_cache()
@@ -54,61 +59,67 @@ public:
         mb_release_pool(&pool_);
     }
 
-    const void *get(uint32_t key) { return cc_get(cache_, entries_[key]); }
+    const void *get(uint32_t number) { return cc_get(cache_, entries_[number]); }
 
 private:
     static uint32_t size_of(void *of) { return static_cast<item *>(of)->size; }
-    static void swap_in(void *of, void *block, uint32_t) { std::memcpy(block, of, sizeof(uint32_t)); }
+    static void swap_in(void *of, void *block, uint32_t) { std::memcpy(block, of, sizeof(item)); }
     static void write_back(void *, void *) {}
     static void release(void *) {}
 
     mb_pool *pool_;
     cc_cache *cache_;
-    std::vector<item> items_;
     std::vector<cc_entry *> entries_;
 };
 
 class standard_cache {
 public:
-    standard_cache(uint32_t, uint32_t size, size_t room) : size_(size), room_(room) {}
+    standard_cache(const std::vector<item> &items, uint32_t, size_t room) : items_(items), room_(room) {}
 
-    const void *get(uint32_t key)
+    const void *get(uint32_t number)
     {
-        auto found = places_.find(key);
-        if (found != places_.end()) {
-            bodies_.splice(bodies_.begin(), bodies_, found->second);
-            return found->second->bytes.get();
-        }
-        if (bodies_.size() == room_) {
-            places_.erase(bodies_.back().key);
-            bodies_.pop_back();
-        }
-        bodies_.push_front({key, std::unique_ptr<char[]>(new char[size_])});
-        places_.emplace(key, bodies_.begin());
-        std::memcpy(bodies_.front().bytes.get(), &key, sizeof key);
-        return bodies_.front().bytes.get();
+        auto found = places_.find(&items_[number]);
+        if (found == places_.end())
+            return fetch(items_[number]);
+        bodies_.splice(bodies_.begin(), bodies_, found->second);
+        return found->second->bytes.get();
     }
 
 private:
     struct body {
-        uint32_t key;
+        const item *of;
         std::unique_ptr<char[]> bytes;
     };
-    size_t size_, room_;
+
+    const void *fetch(const item &wanted)
+    {
+        if (bodies_.size() == room_) {
+            places_.erase(bodies_.back().of);
+            bodies_.pop_back();
+        }
+        bodies_.push_front({&wanted, std::unique_ptr<char[]>(new char[wanted.size])});
+        places_.emplace(&wanted, bodies_.begin());
+        std::memcpy(bodies_.front().bytes.get(), &wanted, sizeof wanted);
+        return bodies_.front().bytes.get();
+    }
+
+    const std::vector<item> &items_;
+    size_t room_;
     std::list<body> bodies_;
-    std::unordered_map<uint32_t, std::list<body>::iterator> places_;
+    std::unordered_map<const item *, std::list<body>::iterator> places_;
 };
 
 template <class Cache>
-void get(benchmark::State &state, uint32_t items, uint32_t size, size_t room)
+void get(benchmark::State &state, uint32_t count, uint32_t size, size_t room)
 {
+    std::vector<item> items = numbered_items(count, size);
     Cache cache(items, size, room);
-    const std::vector<uint32_t> keys = random_keys(items);
-    for (uint32_t key = 0; key < items; key++)
-        cache.get(key);
+    const std::vector<uint32_t> numbers = random_numbers(count);
+    for (const item &each : items)
+        cache.get(each.number);
     for (auto _ : state) {
-        for (uint32_t key : keys)
-            DoNotOptimize(cache.get(key));
+        for (uint32_t number : numbers)
+            DoNotOptimize(cache.get(number));
     }
 }
 

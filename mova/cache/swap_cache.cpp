@@ -23,6 +23,12 @@ uint32_t low_word(const void *address)
     return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(address));
 }
 
+/* The handle says the same as the flag, and lies beside the links: the flag may be a cache line away. */
+bool is_in_memory(const cc_entry *entry)
+{
+    return entry->handle != 0;
+}
+
 void clear(cc_entry *entry, uint8_t flag)
 {
     entry->status = static_cast<uint8_t>(entry->status & ~flag);
@@ -38,14 +44,21 @@ void make_first(cc_cache *cache, cc_entry *entry)
 
 void evict(cc_cache *cache, cc_entry *entry)
 {
-    if (!(entry->status & in_memory))
+    if (!is_in_memory(entry))
         return;
     if (entry->status & dirty) {
         entry->write_back_fn(entry->item, mb_get(cache->pool, entry->handle));
         clear(entry, dirty);
     }
     mb_free(cache->pool, &entry->handle);
+    entry->handle = 0;
     clear(entry, in_memory);
+}
+
+void *get_in_memory(cc_cache *cache, cc_entry *entry)
+{
+    make_first(cache, entry);
+    return mb_get(cache->pool, entry->handle);
 }
 
 /* Returns whether there was room for the body. */
@@ -61,6 +74,12 @@ bool fetch(cc_cache *cache, cc_entry *entry)
     if (cc_debug)
         mova_dprintf("cc_get %8X\n", low_word(entry));
     return true;
+}
+
+/* Not inline: the way of a body that is in memory needs no registers saved. */
+[[gnu::noinline]] void *get_fetched(cc_cache *cache, cc_entry *entry)
+{
+    return fetch(cache, entry) ? get_in_memory(cache, entry) : nullptr;
 }
 
 } // namespace
@@ -86,15 +105,12 @@ cc_entry *cc_insert(cc_cache *cache, void *item, mb_handle handle, cc_size_fn si
 
 void *cc_get(cc_cache *cache, cc_entry *entry)
 {
-    if (!(entry->status & in_memory) && !fetch(cache, entry))
-        return nullptr;
-    make_first(cache, entry);
-    return mb_get(cache->pool, entry->handle);
+    return is_in_memory(entry) ? get_in_memory(cache, entry) : get_fetched(cache, entry);
 }
 
 void cc_lazy_swap_out(cc_cache *cache, cc_entry *entry)
 {
-    if (entry->status & in_memory)
+    if (is_in_memory(entry))
         make_first(cache, entry);
 }
 
@@ -134,7 +150,7 @@ void cc_remove(cc_cache *cache, cc_entry **entry)
     cc_entry *removed = *entry;
     *entry = nullptr;
     chain::unlink(*cache, removed, shape::always_open);
-    if (removed->status & in_memory)
+    if (is_in_memory(removed))
         mb_free(cache->pool, &removed->handle);
     MM_dealloc_item(removed, sizeof(cc_entry));
     if (cc_debug)

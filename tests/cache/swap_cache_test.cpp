@@ -442,6 +442,15 @@ TEST_F(SwapCache, SwapOutOfABodyThatIsOutDoesNothing)
     EXPECT_EQ(text(), "A B!");
 }
 
+TEST_F(SwapCache, AnEntryThatIsOutHasNoHandleThoughThePoolDoesNotClearIt)
+{
+    host.pool().set_clears_handles(false);
+    fill("A!");
+    cc_swap_out(cache, entry('A'));
+    EXPECT_EQ(entry('A')->handle, 0u);
+    EXPECT_EQ(text(), "A");
+}
+
 TEST_F(SwapCache, AWriteBackThatThrowsLeavesTheEntryDirty)
 {
     fill("A!");

@@ -22,6 +22,7 @@ void recording_pool::reset()
     budget_ = SIZE_MAX;
     used_ = 0;
     last_ = first_handle;
+    clears_handles_ = true;
 }
 
 std::string recording_pool::name_of(mb_handle handle) const
@@ -94,7 +95,8 @@ void recording_pool::release(const mb_pool *pool, mb_handle *handle)
     used_ -= bytes_of(*handle).size();
     leave(std::move(found->second));
     live_.erase(found);
-    *handle = 0;
+    if (clears_handles_)
+        *handle = 0;
 }
 
 void recording_pool::check_bytes()

@@ -25,13 +25,17 @@ public:
     /* Writes calls and complaints where the host writes its own. */
     recording_pool(texts &log, texts &complaints) : log_(log), complaints_(complaints) {}
 
-    /* Forgets all blocks. The budget is without limit again. */
+    /* Forgets all blocks. The budget is without limit, and handles are cleared, again. */
     void reset();
 
     /* What stands for a pool in the calls. The pool complains of every other. */
     mb_pool *address() { return reinterpret_cast<mb_pool *>(this); }
 
     void set_budget(std::size_t budget) { budget_ = budget; }
+
+    /* Whether a release clears the caller's handle, as it does unless told otherwise. */
+    void set_clears_handles(bool clears) { clears_handles_ = clears; }
+
     std::size_t live_blocks() const { return live_.size(); }
     bool has_room_for(std::size_t size) const { return size <= budget_ - used_; }
 
@@ -61,6 +65,7 @@ private:
     std::vector<bytes> left_;
     std::size_t budget_ = SIZE_MAX, used_ = 0;
     mb_handle last_ = 0;
+    bool clears_handles_ = true;
 };
 
 } // namespace mova::test
