@@ -309,16 +309,18 @@ TEST_F(MemoryBlocks, NothingIsMovedWhileAGapFits)
     EXPECT_EQ(figures().moves, 0u);
 }
 
-/* Sizes of 64 and 65 units are of one class, in which the gap that fits is the oldest. */
+/* Gaps of 64 and 65 units are of one class. The one that fits was there first, and lies behind all others. */
 TEST_F(MemoryBlocks, TheOneGapThatFitsIsFoundAmongManyOfAlikeSize)
 {
-    make((65 + 20 * 64 + 21) * unit);
-    std::vector<mb_handle> gaps = {allocate(65)};
+    make((20 * 65 + 66) * unit);
+    std::vector<mb_handle> gaps;
     for (int i = 0; i < 20; i++) {
-        allocate(1);
         gaps.push_back(allocate(64));
+        allocate(1);
     }
+    const mb_handle fits = allocate(65);
     allocate(1);
+    free(fits);
     for (mb_handle gap : gaps)
         free(gap);
     allocate(65);
