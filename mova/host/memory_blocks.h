@@ -5,7 +5,7 @@
    enough for a new block although the gaps together are, it slides some blocks together.
 
        arena   | A A A A | B B | . . . | C C C C C | . | D | . . . |     three gaps, 7 units together
-       mb_alloc of 4 units: none of the gaps fits; between two of them lies D, the smallest thing to move
+       mb_alloc of 4 units: none of the gaps fits; between two of them lies D, the least that has to move
                | A A A A | B B | . . . | C C C C C | D | . . . . |
                | A A A A | B B | . . . | C C C C C | D | E E E E |
 
@@ -26,9 +26,9 @@
      the function that asked returns null or 0. The pool is as it was in either case.
 
    Cost: mb_get is constant. mb_alloc and mb_free are constant too, amortised over the growth of the pool's table, until
-   blocks have to move. Blocks are moved only when no gap fits: those between some neighbouring gaps that are large enough
-   together. The search for gaps with little between them takes about as long as the moving. The fuller a pool, the more
-   often that is: docs/performance.md gives figures.
+   blocks have to move. Blocks are moved only when no gap fits, for which every gap of about the size is looked at: those
+   between some neighbouring gaps that are large enough together. The search for gaps with little between them takes about
+   as long as the moving. The fuller a pool, the more often that is: docs/performance.md gives figures.
 
    A pool belongs to one thread at a time; different pools do not know of each other. A pool cannot tell another pool's
    handles from its own.
