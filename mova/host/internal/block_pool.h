@@ -299,7 +299,7 @@ private:
        further costs as much as moving the best row so far. All rows together are one that has the gaps. */
     row find_row(size_t size)
     {
-        constexpr size_t bytes_for_a_look = 64;
+        constexpr size_t bytes_for_a_look = 256;
         row best = {none, none, SIZE_MAX};
         row tried = {rover_, rover_, 0};
         size_t room = block_of(rover_).gap, looked = 0;
