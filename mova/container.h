@@ -2,6 +2,7 @@
 #ifndef MOVA_CONTAINER_H
 #define MOVA_CONTAINER_H
 
+#include <mova/clut/colour_table.h>
 #include <mova/lists/double_list.h>
 #include <mova/lists/element_list.h>
 #include <mova/lists/element_stack.h>

@@ -2,6 +2,7 @@
 #ifndef MOVA_TESTS_C_API_C_API_H
 #define MOVA_TESTS_C_API_C_API_H
 
+void drive_colour_table(void);
 void drive_double_list(void);
 void drive_element_list(void);
 void drive_element_stack(void);

@@ -2,6 +2,7 @@
 
 int main(void)
 {
+    drive_colour_table();
     drive_double_list();
     drive_element_list();
     drive_element_stack();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <type_traits>
 
 namespace {
 
@@ -110,6 +111,15 @@ TEST(RecordLayout, SimpleListIteratorHasItsFieldsInOrder)
     EXPECT_EQ(sizeof(SL_iterator::unused), 4u);
     EXPECT_EQ(offsetof(SL_iterator, test), 3 * word + 8);
     EXPECT_EQ(sizeof(SL_iterator), 4 * word + 8);
+}
+
+TEST(RecordLayout, ColourTableWordsAre32BitIntegersAndComponents16BitOnes)
+{
+    EXPECT_EQ(sizeof(clut_debug), 4u);
+    EXPECT_EQ(sizeof(GE_WHITE), 4u);
+    EXPECT_EQ(alignof(decltype(GE_WHITE)), 4u);
+    EXPECT_TRUE((std::is_same_v<CLUT_callback, void (*)(int32_t, int16_t, int16_t, int16_t)>));
+    EXPECT_TRUE((std::is_same_v<decltype(&RGBLUT_init), void (*)(int32_t, CLUT_callback, mova_word)>));
 }
 
 } // namespace
