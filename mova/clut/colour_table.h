@@ -23,7 +23,7 @@
        CLUT_get                    -                            -             -          -
        CLUT_copy, either index     raises 303                   -             -          -
 
-   Invariants, from an RGBLUT_init that did not raise on:
+   Invariants of a table that was made without a raise, until line 191 is raised or the host returns from a raise:
      1. Every state is free (0), hard (1) or dynamic (2).
      2. The spare word behind the last state is free. No function changes it; CLUT_statistics counts it.
      3. In the static phase no index is dynamic and the dirty index reads 0; after it the dirty index is dynamic.
