@@ -628,7 +628,7 @@ TEST_F(ColourTable, AFullTableOfSize0AnswersWith0AndTouchesNothing)
     EXPECT_EQ(*mova::clut::table.states, 0);
 }
 
-/* Free indices at every distance from where the search begins, in tables of every length modulo the search's step. */
+/* Free indices at every distance from where the search begins, in tables of several sizes. */
 TEST_F(ColourTable, TheSearchFindsTheLowestFreeIndexAtEveryDistance)
 {
     for (int32_t size = 80; size < 100; ++size) {
