@@ -915,8 +915,8 @@ TEST_F(ColourTable, CopyWithoutACallbackCallsNothing)
 TEST_F(ColourTable, CopyRaisesPastTheSize)
 {
     init(60, tell);
-    for (const auto &[destination, source] : {std::pair{60, 20}, {20, 60}, {60, 60}, {59, 61}})
-        expect_throws([=] { CLUT_copy(destination, source); }, 302);
+    for (const auto &pair : {std::pair{60, 20}, {20, 60}, {60, 60}, {59, 61}})
+        expect_throws([=] { CLUT_copy(pair.first, pair.second); }, 302);
     host.set_raise_mode(recording_host::raise_mode::returns);
     EXPECT_EQ(calls_of([] { CLUT_copy(20, 60); }), log{"raise RGBLUT 302 4297"});
     EXPECT_EQ(calls_of([] { CLUT_copy(60, 20); }), log{"raise RGBLUT 302 4297"});
@@ -927,8 +927,8 @@ TEST_F(ColourTable, CopyRaisesPastTheSize)
 TEST_F(ColourTable, CopyRaisesWhereAnIndexIsFree)
 {
     init(60, tell);
-    for (const auto &[destination, source] : {std::pair{50, 20}, {20, 50}, {50, 50}, {50, 51}})
-        expect_throws([=] { CLUT_copy(destination, source); }, 303);
+    for (const auto &pair : {std::pair{50, 20}, {20, 50}, {50, 50}, {50, 51}})
+        expect_throws([=] { CLUT_copy(pair.first, pair.second); }, 303);
     EXPECT_EQ(colour_of(50), black);
     EXPECT_EQ(colour_of(20), white);
 }
