@@ -22,8 +22,8 @@ using benchmark::DoNotOptimize;
 
 constexpr int32_t size = 65536;
 
-/* Each contender hands out the lowest index that is free, from `first` on. All rows run in processes of their own, which
-   have one colour table each. */
+/* Each contender hands out the lowest index that is free, from `first` on. Each row runs in a process of its own, which
+   has one colour table. */
 struct mova_indices {
     static void init()
     {

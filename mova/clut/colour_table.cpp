@@ -36,7 +36,7 @@ struct standard_colour {
     colour value;
 };
 
-/* The order in which the colours are set, which is the order in which the callback hears of them. GE_SYS32 gets none. */
+/* The order in which the colours are set, in which the callback hears of them too. GE_SYS32 gets none. */
 const standard_colour standard_colours[] = {
     {&GE_BLACK, {0, 0, 0}},         {&GE_WHITE, {255, 255, 255}},   {&GE_CLEAR, {255, 255, 255}},
     {&GE_RED, {255, 0, 0}},         {&GE_LRED, {237, 164, 164}},    {&GE_GREEN, {0, 255, 0}},

@@ -10,9 +10,9 @@
        colour  black   |  GE_WHITE … GE_DRKCYAN    |   black, until CLUT_set gives another one
                                                                                          spare word behind: 0 (free)
 
-   The table has two phases. RGBLUT_init begins the static phase, in which CLUT_alloc, and CLUT_set on a free index, make
-   indices hard: fixed for the life of the process. The first CLUT_new_index ends it for good. It reserves one index, the
-   dirty index, which it and all later requests answer with when the table is full; from then on indices are dynamic.
+   The table has two phases. RGBLUT_init begins the static phase, in which CLUT_alloc, and CLUT_set on a free index,
+   make indices hard: fixed for the life of the process. The first CLUT_new_index ends it for good. It reserves one index,
+   the dirty index, which it and all later requests answer with when the table is full; from then on indices are dynamic.
 
        what it does to an index    free                         hard          dynamic    the dirty index
        CLUT_alloc                  hard; raises 168 when        raises 169    raises     raises
@@ -115,8 +115,8 @@ void CLUT_release_index(int32_t index);
    Raises line 265 before RGBLUT_init, 266 when the index is not below the size, and what CLUT_alloc raises. */
 void CLUT_set(int32_t index, int16_t red, int16_t green, int16_t blue);
 
-/* As CLUT_set, with components from 0.0 to 1.0: each is multiplied by 255, truncated toward zero and cut to 16 bits. They
-   are not clamped; a product outside 32 bits, or that is no number, is undefined. */
+/* As CLUT_set, with components from 0.0 to 1.0: each is multiplied by 255, truncated toward zero and cut to 16 bits.
+   They are not clamped; a product outside 32 bits, or that is no number, is undefined. */
 void CLUT_set_RGB(int32_t index, float red, float green, float blue);
 
 /* Stores an index's colour through the three pointers: 255 each when the index is not below the size. Free indices have
