@@ -11,8 +11,9 @@
                                                                                          spare word behind: 0 (free)
 
    The table has two phases. RGBLUT_init begins the static phase, in which CLUT_alloc, and CLUT_set on a free index,
-   make indices hard: fixed for the life of the process. The first CLUT_new_index ends it for good. It reserves one index,
-   the dirty index, which it and all later requests answer with when the table is full; from then on indices are dynamic.
+   make indices hard: fixed for the life of the process. The first CLUT_new_index ends it for good. It reserves one
+   index, the dirty index, which it and all later requests answer with when the table is full; from then on indices are
+   dynamic.
 
        what it does to an index    free                         hard          dynamic    the dirty index
        CLUT_alloc                  hard; raises 168 when        raises 169    raises     raises
