@@ -144,14 +144,15 @@ TEST_F(ElementList, OnlyTheLow16BitsOfTheElementSizeCount)
 /* The undefined-behaviour sanitizer watches this one. */
 TEST_F(ElementList, ElementsOfSize0MayBeNull)
 {
+    void *volatile none = nullptr; /* the compiler would warn of a constant */
     EL_list *made = EL_create(0);
-    EL_node *node = EL_append_after_last(made, nullptr);
-    EL_insert_before(made, node, nullptr);
-    EL_replace_item(node, nullptr, 0);
+    EL_node *node = EL_append_after_last(made, none);
+    EL_insert_before(made, node, none);
+    EL_replace_item(node, none, 0);
     EL_iterator iterator = EL_all_items(made);
-    EXPECT_EQ(EL_next_item_copy(&iterator, nullptr), 1);
-    EXPECT_EQ(ES_inspect_top(made, nullptr), 1);
-    EXPECT_EQ(ES_pop(made, nullptr), 1);
+    EXPECT_EQ(EL_next_item_copy(&iterator, none), 1);
+    EXPECT_EQ(ES_inspect_top(made, none), 1);
+    EXPECT_EQ(ES_pop(made, none), 1);
     EXPECT_EQ(made->count, 1);
     EL_release(&made);
     host.take_log();
