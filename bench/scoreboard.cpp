@@ -207,7 +207,11 @@ void print(const timed_row &timed, const figures &result, tally &counts)
 void print(const measured_row &measured, const figures &result, tally &counts)
 {
     print_ours(measured, result[0], measured.unit);
-    std::printf("%-14s %9s   <= %4.1f  %s\n", "", "", measured.at_most, judged(result[0] <= measured.at_most, counts));
+    if (measured.at_most == 0)
+        std::printf("\n");
+    else
+        std::printf("%-14s %9s   <= %4.1f  %s\n", "", "", measured.at_most,
+                    judged(result[0] <= measured.at_most, counts));
     for (size_t i = 0; i < measured.peers.size(); i++) {
         const char *name = measured.peers[i].name.c_str();
         print_indent(false);

@@ -51,7 +51,7 @@ struct measured_peer {
 struct measured_row {
     std::string id, workload, unit;
     measured_work ours;
-    double at_most; /* the target for our figure */
+    double at_most; /* the target for our figure; 0 is no target */
     std::vector<measured_peer> peers;
 };
 

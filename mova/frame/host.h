@@ -1,11 +1,11 @@
 /* The host services: what the containers ask of the program that they are linked into.
 
    The containers allocate, print and report errors only through the functions declared here. They define none
-   of them: a program takes libmova_host, which supplies all but the memory blocks, or defines a group of its own.
+   of them: a program takes libmova_host, which supplies all of them, or defines a group of its own.
 
        group           functions                                            supplied by
        memory          MM_alloc_item  MM_dealloc_item  MM_realloc_item      mova/host/memory.h
-       memory blocks   mb_alloc  mb_get  mb_free                            the program that makes the pool
+       memory blocks   mb_alloc  mb_get  mb_free                            mova/host/memory_blocks.h
        messages        mova_dprintf  debug_break  MSG_Message               mova/host/messages.h
        errors          EX_raise_exception_line                              mova/host/errors.h
 

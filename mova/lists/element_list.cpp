@@ -22,14 +22,14 @@ size_t node_bytes(const EL_list *list)
     return sizeof(EL_node) + list->element_size;
 }
 
-/* Copies elements of one and two words in place: a call takes longer than their copy. */
+/* Copies elements of one and two words in place: a call takes longer than their copy. Those of size 0 may be null. */
 void copy_element(void *to, const void *from, size_t size)
 {
     if (size == 8)
         std::memcpy(to, from, 8);
     else if (size == 16)
         std::memcpy(to, from, 16);
-    else
+    else if (size != 0)
         std::memcpy(to, from, size);
 }
 
@@ -225,7 +225,8 @@ void EL_remove_items_inbetween(EL_list *list, EL_node *from, EL_node *to)
 void EL_replace_item(EL_node *position, const void *element, uint32_t size)
 {
     /* A node may be replaced by its own element, where the source is the list itself. */
-    std::memmove(EL_element(position), element, size);
+    if (size != 0)
+        std::memmove(EL_element(position), element, size);
 }
 
 void EL_replace_items_inbetween(EL_list *list, EL_node *from, EL_node *to, EL_list *source, uint32_t size)

@@ -113,7 +113,7 @@ static inline void *EL_element(EL_node *position)
 /* ---- creation, disposal, state --------------------------------------------------------------------------- */
 
 /* Returns a new empty, open list of elements of `element_size` bytes. Only the low 16 bits count: elements have 0
-   to 65535 bytes, and 65536 makes elements of 0. */
+   to 65535 bytes, and 65536 makes elements of 0, for which every pointer to an element or buffer may be null. */
 EL_list *EL_create(uint32_t element_size);
 
 /* Frees every node from first to last and the head, and sets `*list` to null. Requires a list. Linear. */
@@ -291,7 +291,8 @@ EL_INLINE int EL_next_item_copy(EL_iterator *iterator, void *buffer)
     while (iterator->next) {
         EL_node *node = mova_el_take_next_node(iterator);
         if (!iterator->test || iterator->test(mova_el_element(node))) {
-            memcpy(buffer, mova_el_element(node), iterator->element_size);
+            if (iterator->element_size != 0)
+                memcpy(buffer, mova_el_element(node), iterator->element_size);
             return 1;
         }
     }

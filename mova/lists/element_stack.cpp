@@ -44,6 +44,7 @@ int ES_inspect_top(const ES_stack *stack, void *buffer)
 {
     if (ES_is_empty(stack))
         return 0;
-    std::memcpy(buffer, EL_element(stack->last), stack->element_size);
+    if (stack->element_size != 0)
+        std::memcpy(buffer, EL_element(stack->last), stack->element_size);
     return 1;
 }

@@ -3,6 +3,7 @@
 #include <mova/frame/host.h>
 #include <mova/host/errors.h>
 #include <mova/host/memory.h>
+#include <mova/host/memory_blocks.h>
 #include <mova/host/messages.h>
 
 #include "c_api.h"
@@ -56,9 +57,45 @@ static void memory(void)
     MM_dealloc_item(block, 40);
 }
 
+static void memory_blocks(void)
+{
+    mb_pool *pool = mb_create_pool(64);
+    mb_handle front = mb_alloc(pool, 30), back = mb_alloc(pool, 16);
+    memcpy(mb_get(pool, back), "behind", 7);
+    mb_free(pool, &front);
+    CHECK(front == 0 && back != 0);
+    CHECK(mb_alloc(pool, 49) == 0);
+    /* The room is at both ends: the block in the middle moves. */
+    mb_handle large = mb_alloc(pool, 48);
+    CHECK(large != 0 && large != back);
+    CHECK(strcmp(mb_get(pool, back), "behind") == 0);
+    const mb_statistics figures = mb_pool_statistics(pool);
+    CHECK(figures.budget == 64 && figures.live_bytes == 64 && figures.live_blocks == 2);
+    CHECK(figures.moves == 1 && figures.moved_bytes == MB_UNIT);
+    mb_release_pool(&pool);
+    CHECK(pool == NULL);
+}
+
+static void dead_handle(void)
+{
+    mb_pool *pool = mb_create_pool(64);
+    mb_handle handle = mb_alloc(pool, 0);
+    mb_handle copy = handle;
+    mb_free(pool, &handle);
+    CHECK(mb_get(pool, copy) == NULL);
+    mova_set_error_handler(keep_error);
+    mb_free(pool, &copy);
+    mova_set_error_handler(NULL);
+    CHECK(code == MOVA_PRECONDITION_BROKEN && copy == 0);
+    CHECK(strstr(text, "memory blocks, line 10:") == text);
+    mb_release_pool(&pool);
+}
+
 void drive_host(void)
 {
     messages();
     errors();
     memory();
+    memory_blocks();
+    dead_handle();
 }

@@ -1,4 +1,5 @@
 /* A caller's loops, which an optimising compiler is to put together without a call of the library. */
+#include <mova/hash/hash_table.h>
 #include <mova/lists/element_list.h>
 #include <mova/lists/generic_list.h>
 #include <mova/lists/simple_list.h>
@@ -8,6 +9,7 @@ long sum_of_elements(const EL_list *list);
 long sum_of_copied_elements(const EL_list *list);
 long number_of_positions(const EL_list *list);
 long sum_of_records(const SL_list *list);
+mova_word sum_of_entries(HSH_table *table);
 
 struct record {
     struct record *prev, *next;
@@ -61,5 +63,14 @@ long sum_of_records(const SL_list *list)
     SL_iterator iterator = SL_all_items(list);
     while (SL_next_item(&iterator, &item))
         sum += ((struct record *)item)->number;
+    return sum;
+}
+
+mova_word sum_of_entries(HSH_table *table)
+{
+    mova_word sum = 0, key, value;
+    HSH_iterator iterator = HSH_all_entries(table);
+    while (HSH_next(&iterator, &key, &value))
+        sum += key + value;
     return sum;
 }

@@ -48,6 +48,17 @@ TEST(ModuleRecords, TheTreeCountsItsTreesNodesAndIteratorsFromZero)
     EXPECT_LT(&modules.gentree.live_nodes, &modules.gentree.live_iterators);
 }
 
+TEST(ModuleRecords, TheColourTableStartsItsSearchAt20InItsStaticPhase)
+{
+    EXPECT_EQ(modules.rgblut.first_free_index, 20);
+    EXPECT_EQ(modules.rgblut.full_warning, 0);
+    EXPECT_EQ(modules.rgblut.initialised, 0);
+    EXPECT_EQ(modules.rgblut.static_phase, 1);
+    EXPECT_LT(&modules.rgblut.first_free_index, &modules.rgblut.full_warning);
+    EXPECT_LT(&modules.rgblut.full_warning, &modules.rgblut.initialised);
+    EXPECT_LT(&modules.rgblut.initialised, &modules.rgblut.static_phase);
+}
+
 struct raise_arguments {
     const char *module = nullptr;
     int32_t line = 0;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <type_traits>
 
 namespace {
 
@@ -164,6 +165,106 @@ TEST(RecordLayout, IdTableIteratorIsTheStorageACountAndAnIndex)
     EXPECT_EQ(offsetof(io_lut_iterator, next), word + 4);
     EXPECT_EQ(sizeof(io_lut_iterator::next), 4u);
     EXPECT_EQ(sizeof(io_lut_iterator), word + 8);
+}
+
+TEST(RecordLayout, SwapCacheHeadIsThreeWords)
+{
+    EXPECT_EQ(offsetof(cc_cache, first), 0u);
+    EXPECT_EQ(offsetof(cc_cache, last), word);
+    EXPECT_EQ(offsetof(cc_cache, pool), 2 * word);
+    EXPECT_EQ(sizeof(cc_cache), 3 * word);
+}
+
+TEST(RecordLayout, SwapCacheEntryHasItsFieldsInOrder)
+{
+    EXPECT_EQ(offsetof(cc_entry, prev), 0u);
+    EXPECT_EQ(offsetof(cc_entry, next), word);
+    EXPECT_EQ(offsetof(cc_entry, item), 2 * word);
+    EXPECT_EQ(offsetof(cc_entry, handle), 3 * word);
+    EXPECT_EQ(sizeof(cc_entry::handle), 4u);
+    EXPECT_EQ(offsetof(cc_entry, size_fn), 4 * word);
+    EXPECT_EQ(offsetof(cc_entry, swap_in_fn), 5 * word);
+    EXPECT_EQ(offsetof(cc_entry, write_back_fn), 6 * word);
+    EXPECT_EQ(offsetof(cc_entry, release_fn), 7 * word);
+    EXPECT_EQ(offsetof(cc_entry, status), 8 * word);
+    EXPECT_EQ(sizeof(cc_entry::status), 1u);
+    EXPECT_EQ(sizeof(cc_entry), 9 * word);
+    EXPECT_EQ(sizeof(cc_debug), 4u);
+}
+
+TEST(RecordLayout, BalancedTreeHeadIsSixWords)
+{
+    EXPECT_EQ(offsetof(tree, root), 0u);
+    EXPECT_EQ(offsetof(tree, first), word);
+    EXPECT_EQ(offsetof(tree, last), 2 * word);
+    EXPECT_EQ(offsetof(tree, compare), 3 * word);
+    EXPECT_EQ(offsetof(tree, dupl_allowed), 4 * word);
+    EXPECT_EQ(sizeof(tree::dupl_allowed), 4u);
+    EXPECT_EQ(offsetof(tree, iterators), 5 * word);
+    EXPECT_EQ(sizeof(tree), word == 4 ? 24u : 48u);
+}
+
+TEST(RecordLayout, BalancedTreeNodeIsSixWords)
+{
+    EXPECT_EQ(offsetof(tree_item, item), 0u);
+    EXPECT_EQ(offsetof(tree_item, left), word);
+    EXPECT_EQ(offsetof(tree_item, right), 2 * word);
+    EXPECT_EQ(offsetof(tree_item, prev), 3 * word);
+    EXPECT_EQ(offsetof(tree_item, next), 4 * word);
+    EXPECT_EQ(offsetof(tree_item, balance), 5 * word);
+    EXPECT_EQ(sizeof(tree_item::balance), 4u);
+    EXPECT_EQ(sizeof(tree_item), word == 4 ? 24u : 48u);
+}
+
+TEST(RecordLayout, BalancedTreeIteratorIsFiveWords)
+{
+    EXPECT_EQ(offsetof(tree_iter, cursor), 0u);
+    EXPECT_EQ(offsetof(tree_iter, current), word);
+    EXPECT_EQ(offsetof(tree_iter, tree), 2 * word);
+    EXPECT_EQ(offsetof(tree_iter, condition), 3 * word);
+    EXPECT_EQ(offsetof(tree_iter, mode), 4 * word);
+    EXPECT_EQ(sizeof(tree_iter::mode), 4u);
+    EXPECT_EQ(sizeof(tree_iter), word == 4 ? 20u : 40u);
+}
+
+TEST(RecordLayout, HashTableIsEightNumbersAndTwoArrays)
+{
+    EXPECT_EQ(offsetof(HSH_table, minimum_size), 0u);
+    EXPECT_EQ(offsetof(HSH_table, capacity), 4u);
+    EXPECT_EQ(offsetof(HSH_table, count), 8u);
+    EXPECT_EQ(offsetof(HSH_table, low_water_mark), 12u);
+    EXPECT_EQ(offsetof(HSH_table, high_water_mark), 16u);
+    EXPECT_EQ(offsetof(HSH_table, mask), 20u);
+    EXPECT_EQ(offsetof(HSH_table, shift), 24u);
+    EXPECT_EQ(offsetof(HSH_table, maximum_shift), 28u);
+    EXPECT_EQ(offsetof(HSH_table, keys), 32u);
+    EXPECT_EQ(offsetof(HSH_table, values), 32 + word);
+    EXPECT_EQ(sizeof(HSH_table), 32 + 2 * word);
+}
+
+TEST(RecordLayout, HashTableIteratorIsATableAndAnIndex)
+{
+    EXPECT_EQ(offsetof(HSH_iterator, table), 0u);
+    EXPECT_EQ(offsetof(HSH_iterator, index), word);
+    EXPECT_EQ(sizeof(HSH_iterator::index), 4u);
+    EXPECT_EQ(sizeof(HSH_iterator), 2 * word);
+}
+
+TEST(RecordLayout, PointerLookupIsThreeWords)
+{
+    EXPECT_EQ(offsetof(mova_lookup, front_key), 0u);
+    EXPECT_EQ(offsetof(mova_lookup, front_value), word);
+    EXPECT_EQ(offsetof(mova_lookup, table), 2 * word);
+    EXPECT_EQ(sizeof(mova_lookup), 3 * word);
+}
+
+TEST(RecordLayout, ColourTableWordsAre32BitIntegersAndComponents16BitOnes)
+{
+    EXPECT_EQ(sizeof(clut_debug), 4u);
+    EXPECT_EQ(sizeof(GE_WHITE), 4u);
+    EXPECT_EQ(alignof(decltype(GE_WHITE)), 4u);
+    EXPECT_TRUE((std::is_same_v<CLUT_callback, void (*)(int32_t, int16_t, int16_t, int16_t)>));
+    EXPECT_TRUE((std::is_same_v<decltype(&RGBLUT_init), void (*)(int32_t, CLUT_callback, mova_word)>));
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include <mova/lists/element_list.h>
+#include <mova/lists/element_stack.h>
 
 #include <tests/support/recording_host_test_case.h>
 #include <tests/support/verify_element_list.h>
@@ -138,6 +139,23 @@ TEST_F(ElementList, OnlyTheLow16BitsOfTheElementSizeCount)
         EXPECT_EQ(made->element_size, kept);
         EL_release(&made);
     }
+}
+
+/* The undefined-behaviour sanitizer watches this one. */
+TEST_F(ElementList, ElementsOfSize0MayBeNull)
+{
+    void *volatile none = nullptr; /* the compiler would warn of a constant */
+    EL_list *made = EL_create(0);
+    EL_node *node = EL_append_after_last(made, none);
+    EL_insert_before(made, node, none);
+    EL_replace_item(node, none, 0);
+    EL_iterator iterator = EL_all_items(made);
+    EXPECT_EQ(EL_next_item_copy(&iterator, none), 1);
+    EXPECT_EQ(ES_inspect_top(made, none), 1);
+    EXPECT_EQ(ES_pop(made, none), 1);
+    EXPECT_EQ(made->count, 1);
+    EL_release(&made);
+    host.take_log();
 }
 
 TEST_F(ElementList, NodesAreTheirLinksAndTheElement)

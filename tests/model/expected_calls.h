@@ -19,11 +19,21 @@ public:
 
     void call(std::string text) { calls_.push_back(std::move(text)); }
 
-    void alloc(std::size_t size) { call("alloc " + std::to_string(size) + " = #" + std::to_string(++blocks_)); }
+    /* Returns the number of the block. */
+    int alloc(std::size_t size)
+    {
+        call("alloc " + std::to_string(size) + " = #" + std::to_string(++blocks_));
+        return blocks_;
+    }
 
     void dealloc(const void *block, std::size_t size)
     {
         call("dealloc " + host_.name_of(block) + " " + std::to_string(size));
+    }
+
+    void dealloc(int block, std::size_t size)
+    {
+        call("dealloc #" + std::to_string(block) + " " + std::to_string(size));
     }
 
     /* `old_name` is what the host calls the block that dies. */
@@ -34,11 +44,7 @@ public:
     }
 
     /* A block that is released in the same call. */
-    void buffer(std::size_t size)
-    {
-        alloc(size);
-        call("dealloc #" + std::to_string(blocks_) + " " + std::to_string(size));
-    }
+    void buffer(std::size_t size) { dealloc(alloc(size), size); }
 
     void raise(const std::string &module, int32_t line, int32_t code)
     {

@@ -34,6 +34,7 @@ void recording_host::reset()
             ::operator delete(const_cast<void *>(address));
         blocks->clear();
     }
+    pool_.reset();
     log_.clear();
     complaints_.clear();
     last_number_ = 0;
@@ -49,6 +50,7 @@ std::vector<std::string> recording_host::take_log()
 std::vector<std::string> recording_host::take_complaints()
 {
     check_released_blocks();
+    pool_.check_bytes();
     return std::exchange(complaints_, {});
 }
 

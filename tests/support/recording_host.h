@@ -8,6 +8,8 @@
 
 #include <mova/frame/host.h>
 
+#include <tests/support/recording_pool.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -43,6 +45,9 @@ public:
 
     std::size_t live_blocks() const { return live_.size(); }
 
+    /* The memory blocks, which are written down in the same log. */
+    recording_pool &pool() { return pool_; }
+
     /* "#n" for a block, live or released; "null" or "?" otherwise. */
     std::string name_of(const void *block) const;
     bool is_live(const void *block) const;
@@ -77,6 +82,7 @@ private:
 
     std::vector<std::string> log_;
     std::vector<std::string> complaints_;
+    recording_pool pool_{log_, complaints_};
     std::map<const void *, block_record> live_;
     std::map<const void *, block_record> released_;
     int last_number_ = 0;

@@ -19,6 +19,7 @@ protected:
     {
         EXPECT_EQ(host.take_complaints(), log{});
         EXPECT_EQ(host.live_blocks(), 0u);
+        EXPECT_EQ(host.pool().live_blocks(), 0u);
         host.reset();
     }
 

@@ -13,7 +13,7 @@ module_records modules = {
     .darray = {"darray"},
     .sortar = {"sortar"},
     .plut = {"plut"},
-    .rgblut = {"RGBLUT"},
+    .rgblut = {{"RGBLUT"}, 20, 0, 0, 1},
 };
 
 } // namespace mova

@@ -18,6 +18,14 @@ struct tree_module_record : module_record {
     int32_t live_iterators;
 };
 
+/* The colour table's record holds where its search for a free index starts, and three flags. */
+struct clut_module_record : module_record {
+    int32_t first_free_index;
+    int32_t full_warning;
+    int32_t initialised;
+    int32_t static_phase;
+};
+
 /* All records, in the order in which they are laid out. Two modules bear the name "egenlist", so their errors
    read the same. Flags and words that a program may set by name are not kept here: a program that is linked at a
    fixed address owns the copy of every variable that it names, and a field of a record cannot move there. */
@@ -32,7 +40,7 @@ struct module_records {
     module_record darray;
     module_record sortar;
     module_record plut;
-    module_record rgblut;
+    clut_module_record rgblut;
 };
 
 extern module_records modules;

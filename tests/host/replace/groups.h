@@ -8,6 +8,7 @@
 
 /* Check that the services in force are those that the program chose, for its own calls and for a library's. */
 void check_memory(void);
+void check_memory_blocks(void);
 void check_messages(void);
 void check_errors(void);
 

@@ -3,6 +3,7 @@
 int main(void)
 {
     check_memory();
+    check_memory_blocks();
     check_messages();
     check_errors();
     return 0;

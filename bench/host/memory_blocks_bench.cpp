@@ -1,0 +1,160 @@
+/* The pool of movable blocks beside glibc's allocator, which has all the memory that it wants and moves nothing. */
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <bench/scoreboard.h>
+#include <mova/host/memory_blocks.h>
+
+namespace {
+
+constexpr size_t kib = 1024;
+constexpr size_t budget = 16 * kib * kib;
+constexpr size_t churns = size_t{1} << 15;
+
+class mova_pool {
+public:
+    using block = mb_handle;
+
+    ~mova_pool() { mb_release_pool(&pool_); }
+
+    block take(size_t size)
+    {
+        const block taken = mb_alloc(pool_, size);
+        std::memcpy(mb_get(pool_, taken), &size, sizeof size);
+        return taken;
+    }
+
+    void give(block given) { mb_free(pool_, &given); }
+    mb_statistics figures() const { return mb_pool_statistics(pool_); }
+
+private:
+    mb_pool *pool_ = mb_create_pool(budget);
+};
+
+class glibc_heap {
+public:
+    using block = void *;
+
+    block take(size_t size)
+    {
+        block taken = std::malloc(size);
+        std::memcpy(taken, &size, sizeof size);
+        return taken;
+    }
+
+    void give(block given) { std::free(given); }
+};
+
+/* Blocks of 0.5 to 16 KiB that come and go in random order, and occupy as much of the budget together as has room below
+   the mark. What is drawn is the same for every heap. */
+template <class Heap>
+class churn {
+public:
+    explicit churn(unsigned per_cent) : mark_(budget / 100 * per_cent)
+    {
+        std::mt19937 engine(4197);
+        std::uniform_int_distribution<uint32_t> size(kib / 2, 16 * kib), any;
+        for (size_t i = 0; i < churns; i++)
+            draws_.push_back({size(engine), any(engine)});
+        for (const draw &each : draws_)
+            step(each);
+    }
+
+    ~churn()
+    {
+        for (const auto &[block, size] : blocks_)
+            heap_.give(block);
+    }
+
+    void turn()
+    {
+        for (const draw &each : draws_)
+            step(each);
+    }
+
+    Heap &heap() { return heap_; }
+
+private:
+    struct draw {
+        uint32_t size, any;
+    };
+
+    /* A block comes; before it, as many go as must for it to stay below the mark. */
+    void step(const draw &drawn)
+    {
+        const size_t size = (drawn.size + MB_UNIT - 1) / MB_UNIT * MB_UNIT;
+        while (live_bytes_ + size > mark_) {
+            auto &gone = blocks_[drawn.any % blocks_.size()];
+            heap_.give(gone.first);
+            live_bytes_ -= gone.second;
+            gone = blocks_.back();
+            blocks_.pop_back();
+        }
+        blocks_.emplace_back(heap_.take(size), size);
+        live_bytes_ += size;
+    }
+
+    Heap heap_;
+    size_t mark_, live_bytes_ = 0;
+    std::vector<draw> draws_;
+    std::vector<std::pair<typename Heap::block, size_t>> blocks_;
+};
+
+template <class Heap>
+void time_churn(benchmark::State &state, unsigned per_cent)
+{
+    churn<Heap> churning(per_cent);
+    for (auto _ : state)
+        churning.turn();
+}
+
+double moved_by_an_operation(unsigned per_cent)
+{
+    constexpr int turns = 10;
+    churn<mova_pool> churning(per_cent);
+    const uint64_t before = churning.heap().figures().moved_bytes;
+    for (int i = 0; i < turns; i++)
+        churning.turn();
+    return static_cast<double>(churning.heap().figures().moved_bytes - before) / (turns * churns);
+}
+
+std::string workload(const char *what, unsigned per_cent)
+{
+    return what + std::to_string(per_cent) + " % full";
+}
+
+void add_time(unsigned per_cent, double target)
+{
+    scoreboard::add_timed(
+        {"C2",
+         workload("pool churn, 0.5 to 16 KiB, ", per_cent),
+         churns,
+         [=](benchmark::State &state) { time_churn<mova_pool>(state, per_cent); },
+         {{"glibc", [=](benchmark::State &state) { time_churn<glibc_heap>(state, per_cent); }, target}}});
+}
+
+void add_moved(unsigned per_cent, double at_most)
+{
+    scoreboard::add_measured({"C2",
+                              workload("bytes moved by an allocation, ", per_cent),
+                              "bytes",
+                              [=] { return moved_by_an_operation(per_cent); },
+                              at_most,
+                              {}});
+}
+
+const bool registered = [] {
+    for (const auto &[per_cent, target] :
+         std::initializer_list<std::pair<unsigned, double>>{{50, 0}, {80, 1}, {90, 0}, {95, 0.7}, {99, 0}})
+        add_time(per_cent, target);
+    for (const auto &[per_cent, at_most] :
+         std::initializer_list<std::pair<unsigned, double>>{{50, 0}, {80, 4096}, {90, 0}, {95, 4096}, {99, 0}})
+        add_moved(per_cent, at_most);
+    return true;
+}();
+
+} // namespace

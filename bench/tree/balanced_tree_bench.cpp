@@ -1,0 +1,293 @@
+/* The balanced tree beside GLib's, the standard library's and Boost's, all asking the same comparison through a
+   pointer. */
+#include <algorithm>
+#include <numeric>
+#include <optional>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <glib.h>
+
+#include <boost/intrusive/avl_set.hpp>
+
+#include <bench/scoreboard.h>
+#include <mova/tree/balanced_tree.h>
+
+namespace {
+
+using benchmark::DoNotOptimize;
+
+/* What every contender holds: a key, and room for Boost's links, which lie in the item. */
+struct record : boost::intrusive::avl_set_base_hook<> {
+    int32_t key;
+};
+
+int32_t compare_keys(void *a, void *b)
+{
+    const int32_t left = static_cast<record *>(a)->key, right = static_cast<record *>(b)->key;
+    return (left > right) - (left < right);
+}
+
+/* Where the compiler cannot see which function it is. */
+int32_t (*volatile const comparison)(void *, void *) = compare_keys;
+
+struct goes_before {
+    int32_t (*compare)(void *, void *) = comparison;
+
+    bool operator()(const record *a, const record *b) const
+    {
+        return compare(const_cast<record *>(a), const_cast<record *>(b)) < 0;
+    }
+    bool operator()(const record &a, const record &b) const { return (*this)(&a, &b); }
+};
+
+struct mova_tree {
+    tree *t = GT_create_with_dupl_not_allowed(comparison);
+
+    ~mova_tree() { GT_release(&t); }
+    void insert(record &item) { GT_insert_item(t, &item); }
+    void *find(record &key)
+    {
+        tree_item *position;
+        return GT_search_item(t, &key, &position) ? position->item : nullptr;
+    }
+    void remove(record &key)
+    {
+        tree_item *position;
+        if (GT_search_item(t, &key, &position))
+            GT_remove_item(t, position);
+    }
+
+    template <class Visit>
+    void walk(Visit visit)
+    {
+        tree_iter *iterator = GT_all_items(t);
+        for (void *item; GT_next_item(iterator, &item);)
+            visit(*static_cast<record *>(item));
+    }
+};
+
+/* As mova_tree, while a program walks the tree with so many iterators. */
+template <int Live>
+struct walked_mova_tree : mova_tree {
+    walked_mova_tree()
+    {
+        for (int i = 0; i < Live; ++i)
+            GT_all_items(t);
+    }
+    ~walked_mova_tree()
+    {
+        while (t->iterators->first)
+            GT_end_iterator(static_cast<tree_iter *>(t->iterators->first->item));
+    }
+};
+
+struct glib_tree {
+    GTree *t = g_tree_new(reinterpret_cast<GCompareFunc>(comparison));
+
+    ~glib_tree() { g_tree_destroy(t); }
+    void insert(record &item) { g_tree_insert(t, &item, &item); }
+    void *find(record &key) { return g_tree_lookup(t, &key); }
+    void remove(record &key)
+    {
+        if (g_tree_lookup(t, &key))
+            g_tree_remove(t, &key);
+    }
+
+    template <class Visit>
+    void walk(Visit visit)
+    {
+        for (GTreeNode *node = g_tree_node_first(t); node; node = g_tree_node_next(node))
+            visit(*static_cast<record *>(g_tree_node_value(node)));
+    }
+};
+
+template <class Set>
+struct standard_tree {
+    Set set;
+
+    void insert(record &item) { set.insert(&item); }
+    void *find(record &key)
+    {
+        const auto at = set.find(&key);
+        return at == set.end() ? nullptr : *at;
+    }
+    void remove(record &key)
+    {
+        const auto at = set.find(&key);
+        if (at != set.end())
+            set.erase(at);
+    }
+
+    template <class Visit>
+    void walk(Visit visit)
+    {
+        for (record *item : set)
+            visit(*item);
+    }
+};
+
+using standard_set = standard_tree<std::set<record *, goes_before>>;
+using standard_multiset = standard_tree<std::multiset<record *, goes_before>>;
+
+struct boost_set {
+    boost::intrusive::avl_set<record, boost::intrusive::compare<goes_before>> set;
+
+    ~boost_set() { set.clear(); }
+    void insert(record &item) { set.insert(item); }
+    void *find(record &key)
+    {
+        const auto at = set.find(key);
+        return at == set.end() ? nullptr : &*at;
+    }
+    void remove(record &key)
+    {
+        const auto at = set.find(key);
+        if (at != set.end())
+            set.erase(at);
+    }
+
+    template <class Visit>
+    void walk(Visit visit)
+    {
+        for (record &item : set)
+            visit(item);
+    }
+};
+
+/* Records whose keys are the numbers from 0, in random order. */
+std::vector<record> shuffled_records(size_t count, unsigned seed)
+{
+    std::vector<record> records(count);
+    std::vector<int32_t> keys(count);
+    std::iota(keys.begin(), keys.end(), 0);
+    std::shuffle(keys.begin(), keys.end(), std::mt19937(seed));
+    for (size_t i = 0; i < count; ++i)
+        records[i].key = keys[i];
+    return records;
+}
+
+template <class Tree>
+void insert_all(Tree &tree, std::vector<record> &items)
+{
+    for (record &item : items)
+        tree.insert(item);
+}
+
+/* A tree that rows may share which do not change it: the longest part of them would be to make it. */
+template <class Tree>
+Tree &filled(size_t count)
+{
+    static std::vector<record> items = shuffled_records(count, 1);
+    static Tree tree;
+    static const bool filled = (insert_all(tree, items), true);
+    DoNotOptimize(filled);
+    return tree;
+}
+
+template <class Tree>
+void insert(benchmark::State &state, size_t count)
+{
+    std::vector<record> items = shuffled_records(count, 1);
+    for (auto _ : state) {
+        std::optional<Tree> tree(std::in_place);
+        insert_all(*tree, items);
+        state.PauseTiming();
+        tree.reset();
+        state.ResumeTiming();
+    }
+}
+
+template <class Tree>
+void search(benchmark::State &state, size_t count)
+{
+    Tree &tree = filled<Tree>(count);
+    std::vector<record> keys = shuffled_records(count, 2);
+    for (auto _ : state) {
+        for (record &key : keys)
+            DoNotOptimize(tree.find(key));
+    }
+}
+
+template <class Tree>
+void find_and_remove(benchmark::State &state, size_t count)
+{
+    std::vector<record> items = shuffled_records(count, 1), keys = shuffled_records(count, 2);
+    for (auto _ : state) {
+        state.PauseTiming();
+        Tree tree;
+        insert_all(tree, items);
+        state.ResumeTiming();
+        for (record &key : keys)
+            tree.remove(key);
+    }
+}
+
+template <class Tree>
+void walk(benchmark::State &state, size_t count)
+{
+    Tree &tree = filled<Tree>(count);
+    for (auto _ : state) {
+        int64_t sum = 0;
+        tree.walk([&sum](const record &item) { sum += item.key; });
+        DoNotOptimize(sum);
+    }
+}
+
+using work = void (*)(benchmark::State &, size_t);
+
+struct peer {
+    const char *name;
+    work does;
+    double at_least;
+};
+
+void add(const char *id, const std::string &workload, size_t count, work ours, const std::vector<peer> &peers)
+{
+    std::vector<scoreboard::timed_peer> timed;
+    auto with = [count](work does) { return [=](benchmark::State &state) { does(state, count); }; };
+    for (const peer &each : peers)
+        timed.push_back({each.name, with(each.does), each.at_least});
+    scoreboard::add_timed({id, "balanced tree: " + workload, static_cast<double>(count), with(ours), timed});
+}
+
+struct size {
+    size_t count;
+    const char *text;
+    double insert_glib, insert_set, search_glib, search_boost, remove_glib, remove_set, walk_glib; /* targets */
+};
+
+void add_rows(const size &of)
+{
+    const std::string items = std::string(", ") + of.text + " items";
+    add("T1", "insert" + items, of.count, insert<mova_tree>,
+        {{"GTree", insert<glib_tree>, of.insert_glib},
+         {"std::set", insert<standard_set>, of.insert_set},
+         {"std::multiset", insert<standard_multiset>, 0},
+         {"boost avl_set", insert<boost_set>, 0}});
+    add("T2", "search" + items, of.count, search<mova_tree>,
+        {{"GTree", search<glib_tree>, of.search_glib},
+         {"std::set", search<standard_set>, 0},
+         {"boost avl_set", search<boost_set>, of.search_boost}});
+    add("T3", "find and remove" + items, of.count, find_and_remove<mova_tree>,
+        {{"GTree", find_and_remove<glib_tree>, of.remove_glib},
+         {"std::set", find_and_remove<standard_set>, of.remove_set},
+         {"boost avl_set", find_and_remove<boost_set>, 0}});
+    add("T4", "walk and touch each item" + items, of.count, walk<mova_tree>,
+        {{"GTree", walk<glib_tree>, of.walk_glib},
+         {"std::set", walk<standard_set>, 0},
+         {"boost avl_set", walk<boost_set>, 0}});
+}
+
+const bool registered = [] {
+    add_rows({1000, "1e3", 1.15, 1.05, 1.1, 0, 0, 0, 0});
+    add_rows({100000, "1e5", 1.5, 2, 1.4, 0, 0, 0, 0});
+    add_rows({1000000, "1e6", 1.6, 1.9, 1.5, 0.9, 1.2, 1.3, 1.35});
+    add("T1", "insert, 1e5 items, no iterators", 100000, insert<mova_tree>,
+        {{"with 1", insert<walked_mova_tree<1>>, 0}, {"with 8", insert<walked_mova_tree<8>>, 0}});
+    return true;
+}();
+
+} // namespace

@@ -1,0 +1,269 @@
+#include <mova/clut/colour_table.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
+#include <mova/clut/internal/table_state.h>
+#include <mova/frame/internal/module_records.h>
+
+int32_t clut_debug = 0;
+
+int32_t GE_CLEAR = 0, GE_WHITE = 0, GE_BLACK = 0, GE_RED = 0, GE_LRED = 0, GE_GREEN = 0, GE_BLUE = 0, GE_GRAY = 0,
+        GE_LGRAY = 0, GE_GRAY144 = 0, GE_GRAY164 = 0, GE_CYAN = 0, GE_MAG = 0, GE_DRKGREEN = 0, GE_DRKMAG = 0,
+        GE_DRKBLU = 0, GE_DRKCYAN = 0, GE_DRKGRAY = 0, GE_SYS32 = 0;
+
+namespace mova::clut {
+
+table_state table = {};
+
+namespace {
+
+/* What the record holds of the table's state. */
+clut_module_record &words = modules.rgblut;
+
+constexpr int32_t default_entries = 256;
+
+/* The order of the indices. Programs depend on it. */
+int32_t *const standard_indices[] = {
+    &GE_WHITE,   &GE_CLEAR, &GE_BLACK,   &GE_RED,     &GE_LRED,     &GE_BLUE,   &GE_LGRAY,
+    &GE_GRAY,    &GE_GREEN, &GE_CYAN,    &GE_MAG,     &GE_DRKGREEN, &GE_DRKMAG, &GE_DRKBLU,
+    &GE_DRKGRAY, &GE_SYS32, &GE_GRAY144, &GE_GRAY164, &GE_DRKCYAN,
+};
+
+struct standard_colour {
+    const int32_t *index;
+    colour value;
+};
+
+/* The order in which the colours are set, in which the callback hears of them too. GE_SYS32 gets none. */
+const standard_colour standard_colours[] = {
+    {&GE_BLACK, {0, 0, 0}},         {&GE_WHITE, {255, 255, 255}},   {&GE_CLEAR, {255, 255, 255}},
+    {&GE_RED, {255, 0, 0}},         {&GE_LRED, {237, 164, 164}},    {&GE_GREEN, {0, 255, 0}},
+    {&GE_BLUE, {0, 0, 255}},        {&GE_CYAN, {0, 255, 255}},      {&GE_MAG, {189, 0, 189}},
+    {&GE_LGRAY, {220, 220, 220}},   {&GE_GRAY, {127, 127, 127}},    {&GE_DRKGRAY, {100, 100, 100}},
+    {&GE_GRAY144, {144, 144, 144}}, {&GE_GRAY164, {164, 164, 164}}, {&GE_DRKGREEN, {0, 200, 0}},
+    {&GE_DRKBLU, {0, 0, 200}},      {&GE_DRKMAG, {200, 0, 200}},    {&GE_DRKCYAN, {0, 200, 200}},
+};
+
+/* Raises unless the condition holds. A host may return from it. */
+void require(bool holds, int32_t line)
+{
+    if (!holds)
+        raise(modules.rgblut, line, MOVA_PRECONDITION_BROKEN);
+}
+
+/* Whether there is no such index, so that nothing of it may be touched. */
+bool is_outside(int32_t index)
+{
+    return index < 0 || index >= table.size;
+}
+
+template <class T>
+T *zeroed(size_t count)
+{
+    return static_cast<T *>(std::calloc(count, sizeof(T)));
+}
+
+/* There is an old table where the host returned from the raise for the second one. */
+void make_table(int32_t size)
+{
+    std::free(table.states);
+    std::free(table.colours);
+    const size_t count = static_cast<size_t>(std::max(size, 0));
+    table.size = size;
+    table.states = zeroed<int32_t>(count + 1);
+    table.colours = zeroed<colour>(count);
+}
+
+void assign_standard_indices()
+{
+    for (int32_t *index : standard_indices)
+        *index = words.first_free_index++;
+}
+
+void set_standard_colours()
+{
+    for (const standard_colour &standard : standard_colours)
+        CLUT_set(*standard.index, standard.value.red, standard.value.green, standard.value.blue);
+}
+
+/* Moves the first free index up to one that is free, or past the end. */
+void find_free_index()
+{
+    while (words.first_free_index < table.size && table.states[words.first_free_index] != free_index)
+        ++words.first_free_index;
+}
+
+/* Ends the static phase. Returns false where there is no index to reserve. */
+bool reserve_dirty_index()
+{
+    words.static_phase = 0;
+    find_free_index();
+    if (words.first_free_index >= table.size) {
+        require(false, 191);
+        return false;
+    }
+    table.dirty_index = words.first_free_index;
+    table.states[table.dirty_index] = dynamic_index;
+    return true;
+}
+
+/* The next index to hand out. The search goes on behind it, and behind the end of a full table one further each time:
+   deliberate, and harmless, since it looks at nothing there. */
+int32_t take_index()
+{
+    find_free_index();
+    const int32_t found = words.first_free_index;
+    if (found != std::numeric_limits<int32_t>::max())
+        ++words.first_free_index;
+    return found < table.size ? found : table.dirty_index;
+}
+
+/* Warns once for each run of requests that the dirty index answers. */
+void warn_when_full(int32_t index)
+{
+    if (index != table.dirty_index) {
+        words.full_warning = 0;
+    } else if (!words.full_warning) {
+        MSG_Message("WARNING-CLUT FULL");
+        words.full_warning = 1;
+    }
+}
+
+int16_t component(float fraction)
+{
+    return static_cast<int16_t>(static_cast<int32_t>(fraction * 255.0F));
+}
+
+} // namespace
+
+} // namespace mova::clut
+
+using namespace mova::clut;
+
+void RGBLUT_init(int32_t entries, CLUT_callback callback, mova_word client_word)
+{
+    require(!words.initialised, 93);
+    words.initialised = 1;
+    if (entries == 0 && !callback)
+        entries = default_entries;
+    else if (clut_debug)
+        mova_dprintf("Initialising Clut Table, %d entries\n", table.size);
+    make_table(entries);
+    table.callback = callback;
+    table.client_word = client_word;
+    assign_standard_indices();
+    if (table.size < words.first_free_index) {
+        require(false, 134);
+        return;
+    }
+    set_standard_colours();
+    std::fill_n(table.states, words.first_free_index, hard_index);
+}
+
+void CLUT_alloc(int32_t index)
+{
+    require(words.initialised, 167);
+    require(words.static_phase, 168);
+    if (is_outside(index))
+        return;
+    require(table.states[index] == free_index, 169);
+    table.states[index] = hard_index;
+    if (clut_debug)
+        mova_dprintf("CLUT alloc %d\n", index);
+}
+
+int32_t CLUT_new_index(void)
+{
+    debug_break();
+    require(words.initialised, 186);
+    if (words.static_phase && !reserve_dirty_index())
+        return 0;
+    const int32_t index = take_index();
+    if (is_outside(index))
+        return 0;
+    table.states[index] = dynamic_index;
+    if (clut_debug)
+        mova_dprintf("new index : %d\n", index);
+    warn_when_full(index);
+    return index;
+}
+
+void CLUT_release_index(int32_t index)
+{
+    debug_break();
+    require(words.initialised, 240);
+    if (is_outside(index))
+        return;
+    require(table.states[index] == dynamic_index, 241);
+    if (index == table.dirty_index)
+        return;
+    table.states[index] = free_index;
+    if (clut_debug)
+        mova_dprintf("free index : %d\n", index);
+    words.first_free_index = std::min(words.first_free_index, index);
+}
+
+void CLUT_set(int32_t index, int16_t red, int16_t green, int16_t blue)
+{
+    require(words.initialised, 265);
+    require(index < table.size, 266);
+    if (is_outside(index))
+        return;
+    if (table.states[index] == free_index)
+        CLUT_alloc(index);
+    if (table.callback)
+        table.callback(index, red, green, blue);
+    table.colours[index] = {red, green, blue};
+    if (clut_debug >= 2)
+        mova_dprintf("set index : %d : %d %d %d\n", index, red, green, blue);
+}
+
+void CLUT_set_RGB(int32_t index, float red, float green, float blue)
+{
+    CLUT_set(index, component(red), component(green), component(blue));
+}
+
+void CLUT_get(int32_t index, int16_t *red, int16_t *green, int16_t *blue)
+{
+    require(words.initialised, 284);
+    if (index >= table.size) {
+        *red = *green = *blue = 255;
+        return;
+    }
+    if (is_outside(index))
+        return;
+    const colour found = table.colours[index];
+    *red = found.red;
+    *green = found.green;
+    *blue = found.blue;
+    if (clut_debug >= 2)
+        mova_dprintf("get index : %d : %d %d %d\n", index, found.red, found.green, found.blue);
+}
+
+void CLUT_copy(int32_t destination, int32_t source)
+{
+    require(words.initialised, 300);
+    require(destination < table.size && source < table.size, 302);
+    if (is_outside(destination) || is_outside(source))
+        return;
+    require(table.states[destination] != free_index && table.states[source] != free_index, 303);
+    const colour copied = table.colours[source];
+    table.colours[destination] = copied;
+    if (table.callback)
+        table.callback(destination, copied.red, copied.green, copied.blue);
+}
+
+void CLUT_statistics(void)
+{
+    int32_t counts[3] = {};
+    for (int32_t index = 0; index < table.size; ++index)
+        ++counts[table.states[index + 1]];
+    mova_dprintf("Clut Size : %d\n", table.size);
+    mova_dprintf("First Free index : %d\n", words.first_free_index);
+    mova_dprintf("Dirty index : %d\n", table.dirty_index);
+    mova_dprintf("Number of free indices : %d\n", counts[free_index]);
+    mova_dprintf("Number of hard indices : %d\n", counts[hard_index]);
+    mova_dprintf("Number of dynamic indices : %d\n", counts[dynamic_index]);
+}

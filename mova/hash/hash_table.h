@@ -1,0 +1,145 @@
+/* Hash table: an open-addressing table from machine words to machine words.
+
+   A key is any word but 0, a pointer or an integer; keys are compared as words and nothing is called back. Keys and
+   values lie in two parallel arrays, so that a search reads only keys. 0 marks an empty slot. A key's home slot is
+   `(key >> shift) & mask`, taken from the low 32 bits of the key. A key stands in its home slot, or, where that was
+   taken, in the next slot that was free; behind the last slot comes slot 0.
+
+       HSH_table                slot     0    1    2    3    4    5    6    7
+       +-----------------+    +-------------------------------------------------+
+       | minimum_size  8 |    | keys     22   30    1    .    .    .   14    7  |   a run of five keys that wraps
+       | capacity      8 |    | home      6    6    1                   6    7  |
+       | count         5 |    +-------------------------------------------------+
+       | …_water_mark    |      after HSH_remove_entry(table, 14):
+       | mask          7 |    +-------------------------------------------------+
+       | shift         0 |    | keys     22    1    .    .    .    .   30    7  |
+       | maximum_shift 0 |    | home      6    1                        6    7  |
+       | keys, values    |    +-------------------------------------------------+
+       +-----------------+
+
+   A removal leaves no mark behind. The run that follows the hole is looked through from its end: the last entry whose
+   home is not behind the hole moves into it and leaves a new hole, until no entry may move. Above, 30 fills the hole of
+   14 (22, which is nearer, stays), and 1 fills that of 30.
+
+   Invariants:
+     1. `minimum_size` and `capacity` are powers of two, at least 8, and `capacity` is not below `minimum_size`.
+     2. `mask` is `capacity` - 1, and `shift` is the smaller of `maximum_shift` and 32 - log2(`capacity`).
+     3. `low_water_mark` is a quarter of `capacity`, or 0 where `capacity` is `minimum_size`; `high_water_mark` is seven
+        eighths of `capacity`.
+     4. `count` is the number of occupied slots, not below the low and not above the high mark. So one slot is empty.
+     5. From the home slot of each key, every slot as far as the key is occupied, and none before it holds that key.
+   The value word of an empty slot means nothing; it keeps what was stored there last.
+
+   What an edit does to an iterator: HSH_set_value of a stored key does nothing to it. A new key or a removal may
+   move entries or resize the table, and the iterator may then repeat or skip entries; HSH_release kills it. Nothing
+   detects this. To remove while walking, collect the keys first.
+
+   The table doubles when a new key comes at seven eighths, and halves when a removal leaves less than a quarter. A
+   resize puts the entries into the new arrays in the order of the old slots. The same calls lead to the same words in
+   the same slots on every platform, as long as the keys fit into its word.
+
+   Choosing the maximum shift. Searches are quick as long as the keys spread over all home slots. Take the number of low
+   bits that are the same in all keys:
+
+       keys                                              maximum shift
+       dense or random integers                          0
+       pointers to blocks, aligned to 16                 4
+       pointers to records of one array, of 48 bytes     4 (48 is 3 times two to the 4th)
+       pages of 4096 bytes                               12
+
+   Too small a shift leaves most home slots unused: with addresses aligned to 16 and a shift of 0 every 16th slot is a
+   home, and a search passes dozens of keys; with pages it passes thousands. Too large a shift gives neighbouring keys
+   one home, with the same effect. Keys that agree in their low 32 bits always share a home; they are different keys
+   all the same. A search for an absent key that falls into a long run walks to the run's end: dense keys are one run,
+   so mix them with other keys only where misses are rare. Addresses that are thinly spread over several times the
+   table's width, with the shift that fits them, lap over each other and may crowd one part of it: searches for absent
+   keys then walk thousands of slots where a smaller shift, with more laps, walks dozens. Measure both.
+
+   Ownership: the table owns its record and its two arrays, and never looks at what keys and values point to. Errors:
+   nothing is checked and nothing is raised. A null table is undefined. One thread at a time.
+
+   Cost: a search reads the keys from the home slot on; where keys spread well that is one or two cache lines. A removal
+   looks once through the rest of the run, and once more for every 256 entries that move. A resize is linear. */
+#ifndef MOVA_HASH_HASH_TABLE_H
+#define MOVA_HASH_HASH_TABLE_H
+
+#include <stdint.h>
+
+#include <mova/frame/host.h>
+#include <mova/frame/inline.h>
+
+/* The source file that owns the symbols of the functions whose bodies stand here says so. */
+#ifdef MOVA_OWN_HASH_TABLE
+#define HSH_INLINE
+#else
+#define HSH_INLINE MOVA_INLINE
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+typedef struct HSH_table {
+    int32_t minimum_size, capacity, count, low_water_mark, high_water_mark, mask, shift, maximum_shift;
+    mova_word *keys, *values;
+} HSH_table;
+
+typedef struct HSH_iterator {
+    HSH_table *table;
+    int32_t index; /* the next slot to look at */
+} HSH_iterator;
+
+/* Returns a new empty table with `initial_size` slots, rounded up to a power of two and to at least 8. It never shrinks
+   below that. (To hold n keys without growing it takes more than n * 8 / 7 slots.) `maximum_shift` bounds the number of
+   low key bits that are dropped, as said above.
+   Requires an initial size of at most 2^30 and a maximum shift of 0 or more. Linear in the size. */
+HSH_table *HSH_create(uint32_t initial_size, int32_t maximum_shift);
+
+/* Frees the table and sets `*table` to null. Requires a table there. */
+void HSH_release(HSH_table **table);
+
+/* Stores `value` for `key`, in place of what was stored for it, and returns it. Does nothing and returns 0 where the
+   key is 0. A new key may resize the table: then linear. */
+mova_word HSH_set_value(HSH_table *table, mova_word key, mova_word value);
+
+/* Returns the value of `key`, or 0 where it is absent. HSH_contains_key tells a stored 0 from an absent key. */
+mova_word HSH_get_value(const HSH_table *table, mova_word key);
+
+/* Returns 1 where `key` is stored, else 0. */
+int HSH_contains_key(const HSH_table *table, mova_word key);
+
+/* Removes `key` and its value. Returns -1 where the key is absent, else a number that is not negative and says nothing
+   more. May resize the table: then linear. */
+int HSH_remove_entry(HSH_table *table, mova_word key);
+
+/* Returns an iterator over all entries, in the order of their slots. It allocates nothing. */
+HSH_INLINE HSH_iterator HSH_all_entries(HSH_table *table)
+{
+    HSH_iterator iterator = {table, table->count ? 0 : table->capacity};
+    return iterator;
+}
+
+/* Stores the next key and its value and returns 1, or returns 0 and stores nothing when the iteration is over. Linear
+   in the number of empty slots that are passed. */
+HSH_INLINE int HSH_next(HSH_iterator *iterator, mova_word *key, mova_word *value)
+{
+    const HSH_table *table = iterator->table;
+    while (iterator->index < table->capacity) {
+        int32_t slot = iterator->index++;
+        if (table->keys[slot]) {
+            *key = table->keys[slot];
+            *value = table->values[slot];
+            return 1;
+        }
+    }
+    return 0;
+}
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+#undef HSH_INLINE
+
+#endif

@@ -1,0 +1,73 @@
+/* Pointer lookup: a map from pointers, or other non-zero words, to words, quickest for the key that was added last.
+
+   The pair added last stands in the record itself, in front of a hash table. The next pair pushes it into the table.
+
+       add(A, 1)             add(B, 2)              add(A, 3)                  remove(A)
+
+       front  A 1            front  B 2             front  A 3                 front  0 0
+       table  -              table  A 1             table  A 1, B 2            table  A 1, B 2
+                                                    get(A) is 3                get(A) is 1
+
+   Invariants:
+     1. `table` is a hash table with a minimum size of 8 and a maximum shift of 0.
+     2. A key of 0 in front means that the front is empty; its value is then 0 too, unless a pair with key 0 was added.
+
+   What the front slot leads to, and what is kept so on purpose:
+     - A key may stand in front and in the table at once. Reading takes the front. Removing the key takes away the front
+       pair alone, and the older value comes to light again, as above; a second removal takes that one away.
+     - Key 0 is accepted in front, where it counts as empty: mova_lu_get of 0 returns the value that came with it, and
+       the next pair overwrites it.
+     - On release, the value in front is handed over unless it is 0; those in the table are handed over whatever they
+       are.
+
+   The table takes the home of a key from its low bits. Pointers have the same low bits, so searches pass many keys
+   where there are many pointers: mova/hash/hash_table.h says more. Where that matters, use a hash table with a shift.
+
+   Ownership: the lookup owns its record and its table; the values are the caller's, who may free them in the callback
+   of mova_lu_release. Errors: nothing is checked and nothing is raised. A null lookup is undefined, except on release.
+   One thread at a time.
+
+   Cost: constant for the key in front, else that of the hash table. */
+#ifndef MOVA_HASH_POINTER_LOOKUP_H
+#define MOVA_HASH_POINTER_LOOKUP_H
+
+#include <mova/frame/host.h>
+#include <mova/hash/hash_table.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+typedef struct mova_lookup {
+    mova_word front_key, front_value;
+    HSH_table *table;
+} mova_lookup;
+
+/* Frees what a value stands for. Receives the address of the value. */
+typedef void (*mova_lu_release_fn)(mova_word *value);
+
+/* Returns a new empty lookup. */
+mova_lookup *mova_lu_create(void);
+
+/* Puts the pair in front. The pair that stood there moves into the table, in place of the value that the table had for
+   its key. Returns the value of the pair that moved, or 0 where there was none. */
+mova_word mova_lu_add(mova_lookup *lookup, mova_word key, mova_word value);
+
+/* Returns the value of `key`, from the front or else from the table, or 0 where it is absent. */
+mova_word mova_lu_get(const mova_lookup *lookup, mova_word key);
+
+/* Removes the pair in front where it has this key, else the pair in the table, if there is one. */
+void mova_lu_remove(mova_lookup *lookup, mova_word key);
+
+/* Calls `release_value`, unless it is null, for the value in front where that is not 0, with the address in the record,
+   and then for each value in the table, in the order of the slots, with the address of a copy. Frees the lookup and
+   sets `*lookup` to null. Does nothing to a null lookup; `lookup` itself may be null. Linear. */
+void mova_lu_release(mova_lookup **lookup, mova_lu_release_fn release_value);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,241 @@
+/* Balanced tree: a height-balanced binary search tree of the caller's items, whose iterators stay valid while it is
+   edited.
+
+   Items are untyped pointers. A comparison, given when the tree is made, orders them; a tree either admits items that
+   compare equal, and then keeps them in the order of their insertion, or refuses them. Besides the links of the tree,
+   every node lies in a chain from the smallest item to the greatest.
+
+       tree                        the tree                        the chain
+       +--------------+
+       | root         |------->       D  -1                        first             last
+       | first        |             /   \                            |                 |
+       | last         |        +1  B     E  0                        v                 v
+       | compare      |             \                                B <-> C <-> D <-> E
+       | dupl_allowed |           0  C
+       | iterators    |---> a pointer list of every live iterator
+       +--------------+
+                           tree_item: | item | left | right | prev | next | balance |
+
+   Invariants:
+     1. The nodes in order of the tree are those of the chain from `first` along `next` to `last`; all three of `root`,
+        `first` and `last` are null in an empty tree.
+     2. A node's `next` names that node as its `prev`; the `prev` of `first` and the `next` of `last` are null.
+     3. A node's `balance` is the height of its right subtree minus that of its left one: -1, 0 or +1.
+     4. No item compares greater than its successor, nor equal to it where duplicates are not allowed. (Keys that are
+        changed in place break this, until GT_sort.)
+     5. `iterators` holds every iterator of the tree that was made and has not ended, each once.
+
+   A position is a pointer to a node. It is valid until its node is removed, or the tree emptied or released. Removing
+   a node never moves an item into another node: only GT_sort does.
+
+   An iterator is a record of the tree's, in one of four states:
+
+       fresh              `current` is null, `cursor` is where the iteration starts
+       delivering         `current` was delivered last; the next step looks at `cursor` first
+       current removed    `current` is null, `cursor` stands as before
+       exhausted          `cursor` is null: the next step ends the iterator
+
+   It walks the chain upwards. What an edit does to an iterator, by what `current` and `cursor` rest on:
+
+       edit                                     rests on              then
+       inserting N                              `current` before N    `cursor` is N: N is delivered next
+                                                anything else         stays; N is delivered if it lies behind `cursor`
+       removing N                               `current` is N        `current` is null
+                                                `cursor` is N         `cursor` is the successor of N
+       removing N, which has two children;      `current` is P        `current` is N, which is released
+         P is the predecessor of N              `cursor` is P         `cursor` is N, which is released
+       GT_sort                                  any                   stays on its node, which may hold another item
+       GT_make_empty, GT_total_make_empty       any                   exhausted
+       GT_release, GT_total_release             any                   dead: all three pointers are null
+
+   The two lines about P are deliberate, and a trap: P's own record takes the place of N, and the iterator is left on
+   the record that is released. Removing the item that the only live iterator has just delivered never does this. In
+   other cases end the iterators that may rest on P, and start them anew. One whose `cursor` was P may only be ended
+   (GT_end_iterator looks at neither). One whose `current` was P may be stepped, but until it has delivered again it
+   must not be asked for its current item or be copied from, and insertions go on reading that record.
+
+   Ownership: the tree owns its head, its nodes and the list of its iterators; the caller owns the items, which only
+   the total_ functions free. An iterator frees itself when it ends. Those that outlive their tree's release are never
+   freed, and stay counted.
+
+   Errors are raised with the module name "gentree" and MOVA_PRECONDITION_BROKEN; nothing else is checked. A null tree
+   (where nothing is said about it), a position of another tree, an iterator that has ended and a failed allocation are
+   undefined. An exception out of a comparison leaves the tree as it was, other than in GT_sort.
+
+   Lines 1728, 1760 and 1799 guard the steps of a removal. Only the first can be raised, by GT_remove_first_item.
+
+   Callbacks must not call a function of this family. All trees share counters, so the whole family belongs to one
+   thread at a time.
+
+   Cost, with n items: constant, where nothing else is said; insertions and removals also look at every live iterator.
+   Heads, nodes and iterators come from MM_alloc_item, one block each. */
+#ifndef MOVA_TREE_BALANCED_TREE_H
+#define MOVA_TREE_BALANCED_TREE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <mova/lists/generic_list.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/* Returns a negative number where `a` goes before `b`, zero where they are equal, a positive one otherwise. The item
+   that is being placed or looked for comes first. */
+typedef int32_t (*GT_compare)(void *a, void *b);
+
+/* Accepts an item by returning non-zero. */
+typedef int32_t (*GT_condition)(void *item);
+
+/* Prints an item, without a line end. */
+typedef void (*GT_print_fn)(void *item);
+
+typedef struct tree_item {
+    void *item;
+    struct tree_item *left, *right; /* what goes before the item, and what after it or is equal and came later */
+    struct tree_item *prev, *next;
+    int32_t balance;
+} tree_item;
+
+typedef struct tree {
+    struct tree_item *root, *first, *last;
+    GT_compare compare;
+    int32_t dupl_allowed; /* 1 or 0 */
+    GL_list *iterators;
+} tree;
+
+typedef struct tree_iter {
+    struct tree_item *cursor, *current;
+    struct tree *tree;
+    GT_condition condition; /* for modes 1 and 2 */
+    int32_t mode;           /* 0 delivers every item, 1 those accepted, 2 all up to the first that is rejected */
+} tree_iter;
+
+/* ---- creation and disposal ------------------------------------------------------------------------------- */
+
+/* Returns a new empty tree that admits items that compare equal. */
+tree *GT_create_with_dupl_allowed(GT_compare compare);
+
+/* Returns a new empty tree that refuses an item that compares equal to one it holds. */
+tree *GT_create_with_dupl_not_allowed(GT_compare compare);
+
+/* Clears every live iterator's pointers, releases the list of iterators, frees every node, each after both its
+   subtrees, and the head, and sets `*t` to null. The items are left alone, and so are the iterators' records. Does
+   nothing when `*t` is null. Linear. */
+void GT_release(tree **t);
+
+/* As GT_release, but frees each node's item ahead of the node: MM_dealloc_item with `item_size` bytes. */
+void GT_total_release(tree **t, size_t item_size);
+
+/* Exhausts every live iterator and frees every node, each after both its subtrees. The tree is empty afterwards and
+   stays usable. Does nothing when `t` is null. Linear. */
+void GT_make_empty(tree *t);
+
+/* As GT_make_empty, but frees each node's item ahead of the node: MM_dealloc_item with `item_size` bytes. */
+void GT_total_make_empty(tree *t, size_t item_size);
+
+/* ---- insertion and search -------------------------------------------------------------------------------- */
+
+/* Inserts `item`, behind all that compare equal to it, and returns its position. In a tree without duplicates that
+   holds an item equal to it, changes nothing and returns that item's position: the caller looks at the node's `item`.
+   Asks one comparison a level: O(log n).
+   Raises line 1181 or 1236 where a `balance` that the insertion must change on its left or its right side is not one of
+   -1, 0, +1. The item is in the tree by then. Where the host returns, that balance is left alone and the ancestors are
+   rebalanced as if the subtree had grown, up to a rotation whose nodes are not all there. */
+tree_item *GT_insert_item(tree *t, void *item);
+
+/* Finds the node that holds the pointer `item` itself: it is compared by identity first, and by the tree's comparison
+   only to find the way. Returns 1 and stores the node in `*position`, or returns 0 and stores null. O(log n), and up to
+   every item that compares equal. */
+int GT_find_item(tree *t, void *item, tree_item **position);
+
+/* Finds a node whose item compares equal to `key`: the one nearest to the root, not the first in order. `key` is the
+   comparison's first argument and need not be an item. Returns 1 and stores the node in `*position`, or returns 0 and
+   stores null. O(log n). */
+int GT_search_item(tree *t, void *key, tree_item **position);
+
+/* Returns the number of items, by a walk over all nodes: linear. */
+int32_t GT_count_items(const tree *t);
+
+/* ---- removal: the node is freed, its item left alone --------------------------------------------------------- */
+
+/* Removes the node, which it reaches by comparing its item with those on the way. O(log n), and up to every item that
+   compares equal. Balances outside -1 … +1 are left as they are.
+   Raises line 481, and changes nothing, when the comparisons do not lead to the node. */
+void GT_remove_item(tree *t, tree_item *position);
+
+/* As GT_remove_item, but visits every node where the comparisons do not lead to the position: for an item whose key was
+   changed after its insertion. The second way is linear.
+   Raises line 545, and changes nothing, when the node is not in the tree. */
+void GT_remove_item_global(tree *t, tree_item *position);
+
+/* Finds the node that holds the pointer `item` itself, as GT_find_item does, and removes it, as GT_remove_item does.
+   Raises line 566 when no node holds it, and line 579 when the removal does not reach the node; neither changes
+   anything. */
+void GT_find_and_remove_item(tree *t, void *item);
+
+/* Removes the node `first`, without comparing. O(log n).
+   Raises line 1427, and changes nothing, when the tree is empty. Raises line 1728 when `first`, which a program must
+   not write, names a node that has a left child; where the host returns, that child's subtree is lost. */
+void GT_remove_first_item(tree *t);
+
+/* ---- iteration: each constructor allocates an iterator and puts it at the end of the tree's list --------------- */
+
+/* Start at the first item: deliver every item, those that `condition` accepts, or all up to the first that it
+   rejects. GT_all_items leaves the iterator's `condition` unset. */
+tree_iter *GT_all_items(tree *t);
+tree_iter *GT_all_items_conditional(tree *t, GT_condition condition);
+tree_iter *GT_all_items_while_conditioned(tree *t, GT_condition condition);
+
+/* The same three, from the item that `iterator` has delivered last. `iterator` is not changed. If its current item is
+   none, or was removed, the new one is exhausted. GT_from_current copies the `condition`, and does not ask it. */
+tree_iter *GT_from_current(tree_iter *iterator);
+tree_iter *GT_from_current_conditional(tree_iter *iterator, GT_condition condition);
+tree_iter *GT_from_current_while_conditioned(tree_iter *iterator, GT_condition condition);
+
+/* The same three, from the item at which `iterator` would look next. */
+tree_iter *GT_from_next(tree_iter *iterator);
+tree_iter *GT_from_next_conditional(tree_iter *iterator, GT_condition condition);
+tree_iter *GT_from_next_while_conditioned(tree_iter *iterator, GT_condition condition);
+
+/* Returns 1 and stores the next accepted item in `*item`. Or the iteration is over: takes the iterator out of the
+   tree's list, frees it, and returns 0 with `*item` untouched. The item just delivered may be removed. Linear in the
+   number of rejected items; the last step in the number of live iterators.
+   Raises line 896 when the iterator that ends is not in its tree's list. Where the host returns, it is freed all the
+   same. */
+int GT_next_item(tree_iter *iterator, void **item);
+
+/* As GT_next_item, but stores the node. Raises line 937 instead of 896. */
+int GT_next_position(tree_iter *iterator, tree_item **position);
+
+/* Stores the item that was delivered last, and returns 1 when it is not null, else 0. Requires that one was delivered
+   and has not been removed. */
+int GT_current_item(tree_iter *iterator, void **item);
+
+/* Takes the iterator out of the tree's list and frees it. Linear in the number of live iterators.
+   Raises line 962 when it is not in its tree's list. Where the host returns, it is freed all the same. */
+void GT_end_iterator(tree_iter *iterator);
+
+/* ---- maintenance ----------------------------------------------------------------------------------------- */
+
+/* Puts the items in order again after their keys were changed in place, by a bubble sort along the chain: items move
+   between nodes, and everything else stays. Items that compare equal keep their order. Uses an iterator of the tree's
+   in each pass. Linear for items in order, quadratic at worst. If the comparison throws, the items are all there, in
+   some order, and that iterator stays in the tree's list. */
+void GT_sort(tree *t);
+
+/* Prints how many trees, nodes and iterators are live, of all trees together, a line each. */
+void GT_check(void);
+
+/* Prints the tree on its side, the smallest item first: a line for each item, indented by three blanks a level, with
+   the item as `print` prints it, and a warning where its balance is wrong. O(n log n). */
+void GT_print_tree(tree *t, GT_print_fn print);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+#endif

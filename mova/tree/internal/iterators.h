@@ -1,0 +1,33 @@
+/* What the tree's edits do to its live iterators. */
+#ifndef MOVA_TREE_INTERNAL_ITERATORS_H
+#define MOVA_TREE_INTERNAL_ITERATORS_H
+
+#include <mova/tree/balanced_tree.h>
+
+namespace mova::gt {
+
+/* Calls `visit` with every live iterator, in the order in which they were made. */
+template <class Visit>
+void for_each_iterator(const tree *t, Visit visit)
+{
+    GL_iterator live = GL_all_items(t->iterators);
+    for (void *iterator; GL_next_item(&live, &iterator);)
+        visit(static_cast<tree_iter *>(iterator));
+}
+
+/* `node` was linked into the tree and the chain. An iterator that delivered its predecessor last delivers it next. */
+void fix_up_insertion(const tree *t, tree_item *node);
+
+/* `node` is about to be replaced by its right, or its left, child, and is still in the chain. Raise line 1728, or
+   1760, when it has a child on the other side; where the host returns, the iterators are seen to. */
+void fix_up_removal_by_right_child(const tree *t, tree_item *node);
+void fix_up_removal_by_left_child(const tree *t, tree_item *node);
+
+/* `node` has two children and is about to be replaced by its predecessor.
+   Raises line 1799 when it has not, or when the predecessor has a right child; where the host returns, the iterators
+   are seen to. */
+void fix_up_removal_by_predecessor(const tree *t, tree_item *node, tree_item *predecessor);
+
+} // namespace mova::gt
+
+#endif

@@ -1,0 +1,127 @@
+/* What a removal leaves in the slots, beside the literal table: many removals at the highest load, and long runs. */
+#include <mova/hash/hash_table.h>
+
+#include <tests/model/hash_keys.h>
+#include <tests/model/literal_hash_table.h>
+#include <tests/support/byte_source.h>
+#include <tests/support/probe_paths.h>
+#include <tests/support/recording_host_test_case.h>
+
+#include <optional>
+#include <random>
+#include <vector>
+
+namespace {
+
+using mova::test::key_shape;
+using mova::test::literal_hash_table;
+using mova::test::literal_memory;
+using mova::test::probe_path;
+
+class Repair : public mova::test::recording_host_test_case, public ::testing::WithParamInterface<probe_path> {
+protected:
+    void TearDown() override
+    {
+        HSH_release(&table);
+        recording_host_test_case::TearDown();
+    }
+
+    void create(uint32_t size, int32_t shift)
+    {
+        if (table)
+            HSH_release(&table);
+        table = HSH_create(size, shift);
+        literal.emplace(memory, size, shift);
+    }
+
+    void set(mova_word key)
+    {
+        HSH_set_value(table, key, ++last_value);
+        literal->set(key, last_value);
+    }
+
+    /* Whether both tables are the same after the removal. */
+    bool remove(mova_word key)
+    {
+        return (HSH_remove_entry(table, key) >= 0) == literal->remove(key) && literal->equals(*table);
+    }
+
+    mova_word key_in(int32_t slot) const { return table->keys[slot]; }
+
+    literal_memory memory;
+    std::optional<literal_hash_table> literal;
+    HSH_table *table = nullptr;
+
+private:
+    mova::test::taken_path path_{GetParam()};
+    mova_word last_value = 0;
+};
+
+INSTANTIATE_TEST_SUITE_P(Probing, Repair, ::testing::ValuesIn(mova::test::probe_paths()),
+                         [](const auto &path) { return path.param == probe_path::wide ? "wide" : "plain"; });
+
+TEST_P(Repair, RandomRemovalsAtSevenEighthsLeaveTheLiteralSlots)
+{
+    std::mt19937 random(mova::test::test_seed(1));
+    for (key_shape key : mova::test::key_shapes) {
+        for (auto [size, removals] : {std::pair{8, 20000}, {64, 60000}, {1024, 2000}}) {
+            create(static_cast<uint32_t>(size), 0);
+            while (table->count < table->high_water_mark)
+                set(key(static_cast<mova_word>(random() % 100000)));
+            for (int i = 0; i < removals;) {
+                const mova_word stored = key_in(static_cast<int32_t>(random() % static_cast<uint32_t>(size)));
+                if (!stored)
+                    continue;
+                ASSERT_TRUE(remove(stored)) << "MOVA_TEST_SEED=" << mova::test::test_seed(1);
+                while (table->count < table->high_water_mark)
+                    set(key(static_cast<mova_word>(random() % 100000)));
+                ++i;
+            }
+        }
+    }
+}
+
+/* Every entry stands one slot behind its home, so that one removal moves each of them: 1500 in turn. */
+TEST_P(Repair, ARunMayMoveAsAWhole)
+{
+    for (mova_word first : {1, 1000, 2047}) {
+        create(2048, 0);
+        set(first + 2048);
+        for (mova_word key = first; key < first + 1500; ++key)
+            set(key);
+        ASSERT_TRUE(remove(first + 2048)) << first;
+        EXPECT_EQ(key_in(static_cast<int32_t>(first)), first);
+    }
+}
+
+/* Two runs of the same homes, one behind the other. */
+TEST_P(Repair, LongRunsWithTheSameHomesAreRepaired)
+{
+    for (mova_word first : {3, 1800}) {
+        create(2048, 0);
+        for (mova_word key = first; key < first + 700; ++key)
+            set(key);
+        for (mova_word key = first + 2048; key < first + 2048 + 700; ++key)
+            set(key);
+        for (mova_word key = first; key < first + 700; key += 13)
+            ASSERT_TRUE(remove(key)) << key;
+        for (mova_word key = first + 2048; key < first + 2048 + 700; key += 7)
+            ASSERT_TRUE(remove(key)) << key;
+    }
+}
+
+/* A run of keys at home, behind which stand colliding keys of every distance. */
+TEST_P(Repair, KeysFarFromTheirHomesComeBack)
+{
+    for (int32_t distance : {1, 7, 8, 9, 255, 256, 257, 600, 1200}) {
+        create(2048, 0);
+        for (mova_word key = 1500; key < 1500 + distance; ++key)
+            set(key);
+        for (mova_word key : {1500, 1501, 1500 + distance / 2, 1500 + distance - 1})
+            set(key + 4096);
+        for (int32_t removed = 0; removed < distance; removed += 1 + distance / 20)
+            ASSERT_TRUE(remove(1500 + removed)) << distance << " " << removed;
+    }
+}
+
+} // namespace

@@ -1,0 +1,230 @@
+#include "block_pool_model.h"
+
+#include <tests/support/byte_source.h>
+#include <tests/support/recording_host.h>
+#include <tests/support/verify_block_pool.h>
+
+#include <mova/host/internal/block_pool.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace mova::test {
+
+namespace {
+
+constexpr std::size_t unit = gap_classes::unit;
+
+struct model_block {
+    std::string bytes;
+    const char *address;
+};
+
+using model_blocks = std::map<mb_handle, model_block>;
+
+class interpreter {
+public:
+    explicit interpreter(byte_source bytes) : bytes_(bytes), budget_(chosen_budget()), pool_(made_pool()) {}
+
+    void run()
+    {
+        while (!bytes_.empty()) {
+            operate();
+            compare();
+        }
+        while (!blocks_.empty())
+            release_at(blocks_.begin());
+        compare();
+        require(host_.take_complaints().empty(), "the host complained");
+    }
+
+private:
+    using operation = void (interpreter::*)();
+
+    void operate()
+    {
+        static constexpr operation operations[] = {
+            &interpreter::allocate_small,
+            &interpreter::allocate_small,
+            &interpreter::allocate_small,
+            &interpreter::allocate_large,
+            &interpreter::allocate_large,
+            &interpreter::allocate_what_is_left,
+            &interpreter::allocate_too_much,
+            &interpreter::allocate_nothing,
+            &interpreter::allocate_without_memory,
+            &interpreter::release,
+            &interpreter::release,
+            &interpreter::release,
+            &interpreter::release,
+            &interpreter::write,
+        };
+        (this->*operations[bytes_.below(std::size(operations))])();
+    }
+
+    /* ---- what the operations choose ---- */
+
+    std::size_t chosen_budget()
+    {
+        host_.reset();
+        return bytes_.next() * (std::size_t{1} << bytes_.below(9)) / 2 * unit;
+    }
+
+    block_pool made_pool()
+    {
+        const mb_handle last_handle = bytes_.below(2) ? ~mb_handle{0} - bytes_.next() : bytes_.next();
+        return block_pool(take_memory(budget_ + unit), block_pool::empty_table(), budget_, last_handle);
+    }
+
+    model_blocks::iterator any_block()
+    {
+        const std::size_t index = (bytes_.next() * std::size_t{256} + bytes_.next()) % blocks_.size();
+        return std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(index));
+    }
+
+    /* ---- the model ---- */
+
+    std::size_t room() const { return budget_ - live_bytes_; }
+
+    std::size_t largest_gap() const
+    {
+        std::vector<std::pair<const char *, std::size_t>> places = {{pool_.arena() + budget_, 0}};
+        for (const auto &[handle, block] : blocks_)
+            places.emplace_back(block.address, block_pool::occupied_by(block.bytes.size()));
+        std::ranges::sort(places);
+        std::size_t largest = 0;
+        const char *end = pool_.arena();
+        for (const auto &[address, size] : places) {
+            largest = std::max(largest, static_cast<std::size_t>(address - end));
+            end = address + size;
+        }
+        return largest;
+    }
+
+    /* ---- operations ---- */
+
+    void allocate(std::size_t size)
+    {
+        const std::size_t gap = largest_gap(), occupied = block_pool::occupied_by(size);
+        const mb_statistics before = pool_.statistics();
+        host_.take_log();
+        const mb_handle handle = pool_.allocate(size);
+        if (size > room()) {
+            require(handle == 0, "a block was allocated without room");
+            require(host_.take_log().empty(), "asked for memory without room for the block");
+        } else if (handle == 0) {
+            require(memory_fails_, "room was not found");
+        } else {
+            add(handle, size);
+        }
+        require(handle == 0 || occupied > gap || pool_.statistics().moves == before.moves, "moved, though a gap fits");
+        require_moves(before);
+    }
+
+    void add(mb_handle handle, std::size_t size)
+    {
+        require(handle != 0 && handle != block_pool::none, "a handle that names nothing");
+        require(!blocks_.contains(handle), "a live handle was handed out again");
+        std::string bytes(size, static_cast<char>(bytes_.next()));
+        char *address = static_cast<char *>(pool_.get(handle));
+        std::ranges::copy(bytes, address);
+        blocks_[handle] = {bytes, address};
+        live_bytes_ += block_pool::occupied_by(size);
+        std::erase(dead_, handle);
+    }
+
+    /* The blocks that have another address now are those that were counted. */
+    void require_moves(const mb_statistics &before)
+    {
+        std::size_t moves = 0, moved_bytes = 0;
+        for (auto &[handle, block] : blocks_) {
+            const char *address = static_cast<const char *>(pool_.get(handle));
+            if (address != block.address) {
+                moves++;
+                moved_bytes += block_pool::occupied_by(block.bytes.size());
+            }
+            block.address = address;
+        }
+        require(pool_.statistics().moves - before.moves == moves, "another number of moves");
+        require(pool_.statistics().moved_bytes - before.moved_bytes == moved_bytes, "another number of bytes moved");
+    }
+
+    void allocate_small() { allocate(bytes_.next()); }
+    void allocate_large() { allocate(bytes_.next() * std::size_t{64} + bytes_.next()); }
+    void allocate_what_is_left() { allocate(room() - std::min(room(), bytes_.below(2 * unit))); }
+    void allocate_too_much() { allocate(room() + 1 + bytes_.below(2) * (SIZE_MAX - room() - 1)); }
+    void allocate_nothing() { allocate(0); }
+
+    void allocate_without_memory()
+    {
+        memory_fails_ = true;
+        host_.fail_allocation(1);
+        allocate(bytes_.next());
+        host_.fail_allocation(0);
+        memory_fails_ = false;
+    }
+
+    void release_at(model_blocks::iterator block)
+    {
+        const mb_statistics before = pool_.statistics();
+        pool_.release(block->first);
+        live_bytes_ -= block_pool::occupied_by(block->second.bytes.size());
+        dead_.push_back(block->first);
+        blocks_.erase(block);
+        require_moves(before);
+        require(pool_.statistics().moves == before.moves, "a release moved blocks");
+    }
+
+    void release()
+    {
+        if (!blocks_.empty())
+            release_at(any_block());
+    }
+
+    void write()
+    {
+        if (blocks_.empty())
+            return;
+        auto &[handle, block] = *any_block();
+        std::ranges::fill(block.bytes, static_cast<char>(bytes_.next()));
+        std::ranges::copy(block.bytes, static_cast<char *>(pool_.get(handle)));
+    }
+
+    /* ---- comparison ---- */
+
+    void compare() const
+    {
+        const int broken = broken_invariant(pool_);
+        require(broken == 0, "invariant " + std::to_string(broken) + " is broken");
+        require(pool_.statistics().budget == budget_, "another budget");
+        require(pool_.statistics().live_blocks == blocks_.size(), "another number of blocks");
+        require(pool_.statistics().live_bytes == live_bytes_, "other bytes are live");
+        for (const auto &[handle, block] : blocks_)
+            require(std::memcmp(pool_.get(handle), block.bytes.data(), block.bytes.size()) == 0, "other bytes");
+        for (mb_handle handle : dead_)
+            require(!pool_.get(handle), "a dead handle names a block");
+    }
+
+    byte_source bytes_;
+    recording_host &host_ = recording_host::get();
+    std::size_t budget_;
+    block_pool pool_;
+    model_blocks blocks_;
+    std::vector<mb_handle> dead_;
+    std::size_t live_bytes_ = 0;
+    bool memory_fails_ = false;
+};
+
+} // namespace
+
+void run_block_pool_model(std::span<const uint8_t> bytes)
+{
+    interpreter(byte_source(bytes)).run();
+    require(recording_host::get().live_blocks() == 0, "memory is left");
+}
+
+} // namespace mova::test

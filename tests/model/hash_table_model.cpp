@@ -1,0 +1,200 @@
+#include "hash_table_model.h"
+#include "hash_keys.h"
+#include "literal_hash_table.h"
+
+#include <tests/support/byte_source.h>
+#include <tests/support/probe_paths.h>
+#include <tests/support/recording_host.h>
+#include <tests/support/verify_hash_table.h>
+
+#include <iterator>
+#include <optional>
+#include <unordered_map>
+
+namespace mova::test {
+
+namespace {
+
+class interpreter {
+public:
+    explicit interpreter(byte_source bytes)
+        : bytes_(bytes), path_(bytes_.below(2) ? probe_path::wide : probe_path::plain),
+          key_(key_shapes[bytes_.below(key_shapes.size())])
+    {
+        host_.reset();
+        create();
+        compare();
+    }
+
+    void run()
+    {
+        while (!bytes_.empty()) {
+            operate();
+            compare();
+        }
+        compare_all_entries();
+        release();
+        compare_calls();
+        require(host_.live_blocks() == 0, "blocks are left");
+        require(host_.take_complaints().empty(), "the host complained");
+    }
+
+private:
+    using operation = void (interpreter::*)();
+
+    void operate()
+    {
+        static constexpr operation operations[] = {
+            &interpreter::set,      &interpreter::set,         &interpreter::set,    &interpreter::set,
+            &interpreter::remove,   &interpreter::remove,      &interpreter::remove, &interpreter::remove,
+            &interpreter::set_many, &interpreter::remove_many, &interpreter::get,    &interpreter::contains,
+            &interpreter::iterate,  &interpreter::step,        &interpreter::step,   &interpreter::create_anew,
+        };
+        (this->*operations[bytes_.below(std::size(operations))])();
+    }
+
+    mova_word any_key() { return key_(bytes_.next()); }
+
+    /* ---- operations ---- */
+
+    void create()
+    {
+        const auto size = static_cast<uint32_t>(bytes_.below(41));
+        const auto shift = static_cast<int32_t>(bytes_.below(41));
+        table_ = HSH_create(size, shift);
+        literal_.emplace(memory_, size, shift);
+        map_.clear();
+        iterate();
+    }
+
+    void release()
+    {
+        HSH_release(&table_);
+        require(!table_, "the handle is left");
+        literal_->release();
+    }
+
+    void create_anew()
+    {
+        if (bytes_.below(8))
+            return;
+        compare_all_entries();
+        release();
+        create();
+    }
+
+    void set_one(mova_word key, mova_word value)
+    {
+        const mova_word result = HSH_set_value(table_, key, value);
+        require(result == literal_->set(key, value), "set returned another value");
+        if (key)
+            map_[key] = value;
+    }
+
+    void remove_one(mova_word key)
+    {
+        const bool stored = map_.erase(key) == 1;
+        const int result = HSH_remove_entry(table_, key);
+        require(stored ? result >= 0 : result == -1, "remove returned another result");
+        require(literal_->remove(key) == stored, "the literal table and the map differ");
+    }
+
+    void set()
+    {
+        const mova_word key = any_key();
+        set_one(key, static_cast<int8_t>(bytes_.next()));
+    }
+
+    void remove() { remove_one(any_key()); }
+
+    void set_many()
+    {
+        const mova_word first = bytes_.next();
+        for (mova_word number = first; number < first + 16; ++number)
+            set_one(key_(number), number);
+    }
+
+    void remove_many()
+    {
+        const mova_word first = bytes_.next();
+        for (mova_word number = first; number < first + 16; ++number)
+            remove_one(key_(number));
+    }
+
+    void get()
+    {
+        const mova_word key = any_key();
+        auto stored = map_.find(key);
+        const mova_word value = HSH_get_value(table_, key);
+        require(value == (stored == map_.end() ? 0 : stored->second), "get returned another value");
+        require(value == literal_->get(key), "the literal table and the map differ");
+    }
+
+    void contains()
+    {
+        const mova_word key = any_key();
+        require(HSH_contains_key(table_, key) == (map_.contains(key) ? 1 : 0), "contains returned another result");
+    }
+
+    void iterate()
+    {
+        iterator_ = HSH_all_entries(table_);
+        index_ = literal_->count() ? 0 : literal_->capacity();
+    }
+
+    /* Where the table was edited since the iterator was made, it goes on from its index all the same. */
+    void step()
+    {
+        mova_word key = -1, value = -2;
+        while (index_ < literal_->capacity() && !literal_->key(index_))
+            ++index_;
+        const bool more = index_ < literal_->capacity();
+        require(HSH_next(&iterator_, &key, &value) == (more ? 1 : 0), "next returned another result");
+        require(key == (more ? literal_->key(index_) : -1), "next stored another key");
+        require(value == (more ? literal_->value(index_) : -2), "next stored another value");
+        index_ += more ? 1 : 0;
+    }
+
+    /* ---- comparison ---- */
+
+    void compare()
+    {
+        require(literal_->equals(*table_), "another record or slot");
+        require(static_cast<std::size_t>(table_->count) == map_.size(), "another count");
+        const int broken = broken_invariant(*table_);
+        require(broken == 0, "invariant " + std::to_string(broken) + " is broken");
+        require(iterator_.table == table_ && iterator_.index == index_, "another iterator");
+        compare_calls();
+    }
+
+    void compare_calls() { require(host_.take_log() == memory_.take_calls(), "other host calls"); }
+
+    void compare_all_entries()
+    {
+        std::unordered_map<mova_word, mova_word> delivered;
+        HSH_iterator iterator = HSH_all_entries(table_);
+        for (mova_word key, value; HSH_next(&iterator, &key, &value);)
+            require(delivered.emplace(key, value).second, "an entry was delivered twice");
+        require(delivered == map_, "other entries");
+    }
+
+    byte_source bytes_;
+    taken_path path_;
+    key_shape key_;
+    recording_host &host_ = recording_host::get();
+    literal_memory memory_;
+    HSH_table *table_ = nullptr;
+    std::optional<literal_hash_table> literal_;
+    std::unordered_map<mova_word, mova_word> map_;
+    HSH_iterator iterator_{};
+    int32_t index_ = 0;
+};
+
+} // namespace
+
+void run_hash_table_model(std::span<const uint8_t> bytes)
+{
+    interpreter(byte_source(bytes)).run();
+}
+
+} // namespace mova::test

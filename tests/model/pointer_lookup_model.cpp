@@ -1,0 +1,179 @@
+#include "pointer_lookup_model.h"
+#include "hash_keys.h"
+#include "literal_hash_table.h"
+
+#include <tests/support/byte_source.h>
+#include <tests/support/probe_paths.h>
+#include <tests/support/recording_host.h>
+#include <tests/support/verify_hash_table.h>
+
+#include <iterator>
+#include <optional>
+
+namespace mova::test {
+
+namespace {
+
+/* Writes down where the value stands, too: in this record, or elsewhere. */
+const mova_lookup *being_released;
+
+std::string release_call(bool in_record, mova_word value)
+{
+    return (in_record ? "release front " : "release copy ") + std::to_string(value);
+}
+
+void write_down_release(mova_word *value)
+{
+    recording_host::get().write_down(release_call(value == &being_released->front_value, *value));
+}
+
+class interpreter {
+public:
+    explicit interpreter(byte_source bytes)
+        : bytes_(bytes), path_(bytes_.below(2) ? probe_path::wide : probe_path::plain),
+          key_(key_shapes[bytes_.below(key_shapes.size())])
+    {
+        host_.reset();
+        create();
+        compare();
+    }
+
+    void run()
+    {
+        while (!bytes_.empty()) {
+            operate();
+            compare();
+        }
+        release();
+        require(host_.live_blocks() == 0, "blocks are left");
+        require(host_.take_complaints().empty(), "the host complained");
+    }
+
+private:
+    using operation = void (interpreter::*)();
+
+    void operate()
+    {
+        static constexpr operation operations[] = {
+            &interpreter::add, &interpreter::add,    &interpreter::add,    &interpreter::add_many,
+            &interpreter::get, &interpreter::remove, &interpreter::remove, &interpreter::create_anew,
+        };
+        (this->*operations[bytes_.below(std::size(operations))])();
+    }
+
+    mova_word any_key() { return key_(bytes_.next()); }
+
+    /* ---- operations ---- */
+
+    void create()
+    {
+        lookup_ = mova_lu_create();
+        record_ = memory_.alloc(sizeof(mova_lookup));
+        table_.emplace(memory_, 0, 0);
+        front_key_ = front_value_ = 0;
+    }
+
+    void release()
+    {
+        const bool with_callback = bytes_.below(4) != 0;
+        std::vector<std::string> expected = with_callback ? releases() : std::vector<std::string>();
+        table_->release();
+        memory_.dealloc(record_, sizeof(mova_lookup));
+        for (std::string &call : memory_.take_calls())
+            expected.push_back(std::move(call));
+        being_released = lookup_;
+        mova_lu_release(&lookup_, with_callback ? write_down_release : nullptr);
+        require(!lookup_, "the handle is left");
+        require(host_.take_log() == expected, "other calls on release");
+    }
+
+    /* The calls of the callback that a release has to make now. */
+    std::vector<std::string> releases() const
+    {
+        std::vector<std::string> calls;
+        if (front_value_)
+            calls.push_back(release_call(true, front_value_));
+        for (int32_t slot = 0; slot < table_->capacity(); ++slot) {
+            if (table_->key(slot))
+                calls.push_back(release_call(false, table_->value(slot)));
+        }
+        return calls;
+    }
+
+    void create_anew()
+    {
+        if (bytes_.below(4))
+            return;
+        release();
+        create();
+    }
+
+    void add_one(mova_word key, mova_word value)
+    {
+        const mova_word pushed = front_key_ ? table_->set(front_key_, front_value_) : 0;
+        front_key_ = key;
+        front_value_ = value;
+        require(mova_lu_add(lookup_, key, value) == pushed, "add returned another value");
+    }
+
+    void add()
+    {
+        const mova_word key = any_key();
+        add_one(key, static_cast<mova_word>(bytes_.below(16)) - 4);
+    }
+
+    void add_many()
+    {
+        const mova_word first = bytes_.next();
+        for (mova_word number = first; number < first + 16; ++number)
+            add_one(key_(number), number);
+    }
+
+    void get()
+    {
+        const mova_word key = any_key();
+        const mova_word expected = key == front_key_ ? front_value_ : table_->get(key);
+        require(mova_lu_get(lookup_, key) == expected, "get returned another value");
+    }
+
+    void remove()
+    {
+        const mova_word key = bytes_.below(4) ? any_key() : front_key_;
+        if (key == front_key_)
+            front_key_ = front_value_ = 0;
+        else
+            table_->remove(key);
+        mova_lu_remove(lookup_, key);
+    }
+
+    /* ---- comparison ---- */
+
+    void compare()
+    {
+        require(lookup_->front_key == front_key_, "another key in front");
+        require(lookup_->front_value == front_value_, "another value in front");
+        require(table_->equals(*lookup_->table), "another record or slot of the table");
+        const int broken = broken_invariant(*lookup_);
+        require(broken == 0, "invariant " + std::to_string(broken) + " is broken");
+        require(host_.take_log() == memory_.take_calls(), "other host calls");
+    }
+
+    byte_source bytes_;
+    taken_path path_;
+    key_shape key_;
+    recording_host &host_ = recording_host::get();
+    literal_memory memory_;
+    mova_lookup *lookup_ = nullptr;
+    int record_ = 0;
+    mova_word front_key_ = 0, front_value_ = 0;
+    std::optional<literal_hash_table> table_;
+};
+
+} // namespace
+
+void run_pointer_lookup_model(std::span<const uint8_t> bytes)
+{
+    interpreter(byte_source(bytes)).run();
+}
+
+} // namespace mova::test
