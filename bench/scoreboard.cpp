@@ -19,9 +19,15 @@ namespace {
 using row = std::variant<timed_row, measured_row>;
 using figures = std::vector<double>; /* ours, then the peers'; not a number where a peer is not to be had */
 
+/* How much time a row is given. After `once` its figures mean nothing: it shows that the row runs. */
+struct effort {
+    const char *repetitions, *seconds;
+};
+constexpr effort full = {"11", "0.1"}, quick = {"3", "0.01"}, once = {"1", "0"};
+
 struct settings {
     bool list = false;
-    bool quick = false;
+    effort spent = full;
     std::vector<std::string> ids;
 };
 
@@ -81,11 +87,11 @@ void stay_on_this_processor()
     sched_setaffinity(0, sizeof only, &only);
 }
 
-void initialise_benchmark(bool quick)
+void initialise_benchmark(const effort &spent)
 {
     std::vector<std::string> words = {"mova_bench", "--benchmark_enable_random_interleaving=true",
-                                      quick ? "--benchmark_repetitions=3" : "--benchmark_repetitions=11",
-                                      quick ? "--benchmark_min_time=0.01" : "--benchmark_min_time=0.1"};
+                                      std::string("--benchmark_repetitions=") + spent.repetitions,
+                                      std::string("--benchmark_min_time=") + spent.seconds};
     std::vector<char *> arguments;
     for (std::string &word : words)
         arguments.push_back(word.data());
@@ -94,10 +100,10 @@ void initialise_benchmark(bool quick)
 }
 
 /* Nanoseconds for one operation of each contender. */
-figures measure(const timed_row &timed, bool quick)
+figures measure(const timed_row &timed, const effort &spent)
 {
     stay_on_this_processor();
-    initialise_benchmark(quick);
+    initialise_benchmark(spent);
     std::vector<timed_work> contenders = {timed.ours};
     for (const timed_peer &peer : timed.peers)
         contenders.push_back(peer.work);
@@ -137,12 +143,12 @@ std::optional<figures> in_a_child(const std::function<figures()> &work)
     return result;
 }
 
-std::optional<figures> figures_of(const timed_row &timed, bool quick)
+std::optional<figures> figures_of(const timed_row &timed, const effort &spent)
 {
-    return in_a_child([&] { return measure(timed, quick); });
+    return in_a_child([&] { return measure(timed, spent); });
 }
 
-std::optional<figures> figures_of(const measured_row &measured, bool)
+std::optional<figures> figures_of(const measured_row &measured, const effort &)
 {
     std::vector<measured_work> contenders = {measured.ours};
     for (const measured_peer &peer : measured.peers)
@@ -222,9 +228,9 @@ void print(const measured_row &measured, const figures &result, tally &counts)
     }
 }
 
-void run_row(const row &chosen, bool quick, tally &counts)
+void run_row(const row &chosen, const effort &spent, tally &counts)
 {
-    auto result = std::visit([&](const auto &each) { return figures_of(each, quick); }, chosen);
+    auto result = std::visit([&](const auto &each) { return figures_of(each, spent); }, chosen);
     if (result)
         std::visit([&](const auto &each) { print(each, *result, counts); }, chosen);
     else
@@ -239,7 +245,7 @@ int run_rows(const settings &wanted)
     print_head();
     for (const row &each : rows()) {
         if (wanted.ids.empty() || std::ranges::count(wanted.ids, id_of(each)))
-            run_row(each, wanted.quick, counts);
+            run_row(each, wanted.spent, counts);
     }
     std::printf("%d of %d targets met\n", counts.met, counts.met + counts.missed);
     return counts.failed ? 1 : 0;
@@ -268,11 +274,14 @@ std::optional<settings> read_command_line(int argc, char **argv)
         if (word == "--list")
             wanted.list = true;
         else if (word == "--quick")
-            wanted.quick = true;
+            wanted.spent = quick;
+        else if (word == "--once")
+            wanted.spent = once;
         else if (is_row(word))
             wanted.ids.push_back(word);
         else {
-            std::fprintf(stderr, "mova_bench: no row \"%s\"; --list shows the rows, --quick runs them roughly\n",
+            std::fprintf(stderr,
+                         "mova_bench: no row \"%s\"; --list shows the rows, --quick and --once run them roughly\n",
                          argv[i]);
             return std::nullopt;
         }
