@@ -59,13 +59,14 @@ static void draw_graticule(Canvas &canvas)
 
 static void fill_countries(Canvas &canvas, const Topology &topology, const Progress &progress)
 {
-    const std::vector<std::uint8_t> tints = choose_tints(topology);
+    const Tints tints(topology);
     Filler filler(canvas);
+    const std::size_t all = static_cast<std::size_t>(GL_count_items(topology.countries.get()));
     std::size_t done = 0;
     GL_iterator countries = GL_all_items(topology.countries.get());
     while (const Country *country = next_record<Country>(countries)) {
-        const PenInHand pen(canvas, static_cast<std::uint8_t>(ink_land + tints[done]));
-        filler.fill(*country, [&] { progress("filling", done, tints.size()); });
+        const PenInHand pen(canvas, static_cast<std::uint8_t>(ink_land + tints.of(*country)));
+        filler.fill(*country, [&] { progress("filling", done, all); });
         ++done;
     }
 }

@@ -157,12 +157,7 @@ static void free_shape(void **item)
 
 Shapes::Shapes(const Country &country)
 {
-    GL_iterator polygons = GL_all_items(country.polygons.get());
-    while (const Polygon *polygon = next_record<Polygon>(polygons)) {
-        GL_iterator rings = GL_all_items(polygon->rings.get());
-        while (const Path *ring = next_record<Path>(rings))
-            append_ring(list_, *ring);
-    }
+    for_each_ring(country, [&](const Path &ring) { append_ring(list_, ring); });
 }
 
 Shapes::~Shapes()

@@ -2,8 +2,7 @@
 #ifndef ATLAS_TINTS_H
 #define ATLAS_TINTS_H
 
-#include <cstdint>
-#include <vector>
+#include <mova/hash/pointer_lookup.h>
 
 #include "topology.h"
 
@@ -11,9 +10,23 @@ namespace atlas {
 
 constexpr int tint_count = 6;
 
-/* Returns a number from 0 to `tint_count` - 1 for each country, in the topology's order. Two that share an arc get
-   different ones, as long as their neighbours leave any. */
-std::vector<std::uint8_t> choose_tints(const Topology &topology);
+/* A number from 0 to `tint_count` - 1 for each country. Two that share an arc of their rings get different ones, as
+   long as their neighbours leave any. */
+class Tints {
+public:
+    explicit Tints(const Topology &topology);
+    ~Tints() { mova_lu_release(&tints_, nullptr); }
+    Tints(const Tints &) = delete;
+    Tints &operator=(const Tints &) = delete;
+
+    int of(const Country &country) const
+    {
+        return static_cast<int>(mova_lu_get(tints_, reinterpret_cast<mova_word>(&country)));
+    }
+
+private:
+    mova_lookup *tints_ = mova_lu_create(); /* from country to tint */
+};
 
 } // namespace atlas
 

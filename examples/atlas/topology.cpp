@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "borders.h"
 #include "error.h"
 
 namespace atlas {
@@ -242,7 +243,6 @@ static std::unique_ptr<Stretch> read_stretch(const json &value, const ArcIndex &
     if (index >= static_cast<std::int64_t>(arcs.size()))
         throw Error("an outline refers to arc " + std::to_string(index) + " of " + std::to_string(arcs.size()));
     Arc *arc = arcs[static_cast<std::size_t>(index)];
-    ++arc->users;
     return std::make_unique<Stretch>(Stretch{arc, number < 0});
 }
 
@@ -334,13 +334,12 @@ private:
 
     void count_points(const Path &path)
     {
-        GL_iterator stretches = GL_all_items(path.stretches.get());
-        while (const Stretch *stretch = next_record<Stretch>(stretches)) {
-            const std::size_t points = stretch->arc->points.size();
+        for_each_stretch(path, [&](const Stretch &stretch) {
+            const std::size_t points = stretch.arc->points.size();
             if (points > points_left_)
                 throw Error("the outlines have too many points: they run along the same arcs again and again");
             points_left_ -= points;
-        }
+        });
     }
 
     void read_polygon(const json &rings, Country &country)
@@ -388,6 +387,7 @@ Topology decode_topology(std::string_view text, const Progress &progress)
     read_objects(member(root, "objects", "the topology"), reader);
     if (GL_count_items(topology.countries.get()) == 0)
         throw Error("nothing to draw: no geometry has outlines");
+    find_borders(topology);
     return topology;
 }
 
@@ -395,17 +395,17 @@ Topology decode_topology(std::string_view text, const Progress &progress)
 
 int is_border(void *arc)
 {
-    return static_cast<const Arc *>(arc)->users > 1;
+    return static_cast<const Arc *>(arc)->use == ArcUse::border;
 }
 
 int is_coast(void *arc)
 {
-    return static_cast<const Arc *>(arc)->users == 1;
+    return static_cast<const Arc *>(arc)->use == ArcUse::coast;
 }
 
 static int is_used(void *arc)
 {
-    return static_cast<const Arc *>(arc)->users > 0;
+    return static_cast<const Arc *>(arc)->use != ArcUse::none;
 }
 
 Totals totals(const Topology &topology)
@@ -415,9 +415,7 @@ Totals totals(const Topology &topology)
     while (const Country *country = next_record<Country>(countries)) {
         ++sum.countries;
         sum.lines += GL_count_items(country->lines.get());
-        GL_iterator polygons = GL_all_items(country->polygons.get());
-        while (const Polygon *polygon = next_record<Polygon>(polygons))
-            sum.rings += GL_count_items(polygon->rings.get());
+        for_each_ring(*country, [&](const Path &) { ++sum.rings; });
     }
     GL_iterator arcs = GL_tested_items(topology.arcs.get(), is_used);
     while (const Arc *arc = next_record<Arc>(arcs))

@@ -41,15 +41,17 @@ struct Point {
     bool operator==(const Point &) const = default;
 };
 
+enum class ArcUse : std::uint8_t { none, coast, border };
+
 /* A stretch of coast or border, of two points or more. */
 struct Arc {
     std::vector<Point> points;
-    int users = 0; /* how many stretches run along it */
+    ArcUse use = ArcUse::none;
 };
 
 /* One run along an arc. */
 struct Stretch {
-    const Arc *arc;
+    Arc *arc;
     bool reversed;
 
     Point start() const { return reversed ? arc->points.back() : arc->points.front(); }
@@ -76,6 +78,37 @@ struct Topology {
     OwningList<Country> countries;
 };
 
+/* Calls `visit` with each stretch of the path. */
+template <class Visit>
+void for_each_stretch(const Path &path, Visit visit)
+{
+    GL_iterator stretches = GL_all_items(path.stretches.get());
+    while (const Stretch *stretch = next_record<Stretch>(stretches))
+        visit(*stretch);
+}
+
+/* Calls `visit` with each ring of the country's polygons. */
+template <class Visit>
+void for_each_ring(const Country &country, Visit visit)
+{
+    GL_iterator polygons = GL_all_items(country.polygons.get());
+    while (const Polygon *polygon = next_record<Polygon>(polygons)) {
+        GL_iterator rings = GL_all_items(polygon->rings.get());
+        while (const Path *ring = next_record<Path>(rings))
+            visit(*ring);
+    }
+}
+
+/* Calls `visit` with each stretch of the country's rings and lines. */
+template <class Visit>
+void for_each_stretch(const Country &country, Visit visit)
+{
+    for_each_ring(country, [&](const Path &ring) { for_each_stretch(ring, visit); });
+    GL_iterator lines = GL_all_items(country.lines.get());
+    while (const Path *line = next_record<Path>(lines))
+        for_each_stretch(*line, visit);
+}
+
 /* How many points all rings may have together, each with all of its own: so many times those of the arcs, and no more
    than so many. */
 constexpr std::size_t most_runs = 32;
@@ -87,7 +120,7 @@ constexpr std::size_t most_ring_points = std::size_t{1} << 24;
    many points. */
 Topology decode_topology(std::string_view text, const Progress &progress);
 
-/* Tests for a list of arcs: whether several outlines share the arc, or just one uses it. An arc that only objects
+/* Tests for a list of arcs: whether several countries share the arc, or just one uses it. An arc that only objects
    left out use is neither. */
 int is_border(void *arc);
 int is_coast(void *arc);

@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -12,24 +13,24 @@ using namespace atlas;
 
 namespace {
 
-/* The countries along each arc, by number. */
-std::map<const Arc *, std::set<std::size_t>> countries_along_arcs(const Topology &topology)
+/* The tints of all countries, in the topology's order. */
+std::vector<int> tints_of(const Topology &topology)
 {
-    std::map<const Arc *, std::set<std::size_t>> along;
-    std::size_t number = 0;
+    const Tints tints(topology);
+    std::vector<int> all;
     GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries)) {
-        GL_iterator polygons = GL_all_items(country->polygons.get());
-        while (const Polygon *polygon = next_record<Polygon>(polygons)) {
-            GL_iterator rings = GL_all_items(polygon->rings.get());
-            while (const Path *ring = next_record<Path>(rings)) {
-                GL_iterator stretches = GL_all_items(ring->stretches.get());
-                while (const Stretch *stretch = next_record<Stretch>(stretches))
-                    along[stretch->arc].insert(number);
-            }
-        }
-        ++number;
-    }
+    while (const Country *country = next_record<Country>(countries))
+        all.push_back(tints.of(*country));
+    return all;
+}
+
+/* The countries along each arc. */
+std::map<const Arc *, std::set<const Country *>> countries_along_arcs(const Topology &topology)
+{
+    std::map<const Arc *, std::set<const Country *>> along;
+    GL_iterator countries = GL_all_items(topology.countries.get());
+    while (const Country *country = next_record<Country>(countries))
+        for_each_stretch(*country, [&](const Stretch &stretch) { along[stretch.arc].insert(country); });
     return along;
 }
 
@@ -48,12 +49,12 @@ TEST(Tints, DifferBetweenNeighboursInTheShippedWorlds)
 {
     for (const char *scale : {"110m", "50m"}) {
         const Topology topology = decode(shipped_world(scale));
-        const std::vector<std::uint8_t> tints = choose_tints(topology);
+        const Tints tints(topology);
         int borders = 0;
         for (const auto &[arc, countries] : countries_along_arcs(topology)) {
             std::set<int> used;
-            for (const std::size_t country : countries)
-                used.insert(tints[country]);
+            for (const Country *country : countries)
+                used.insert(tints.of(*country));
             EXPECT_EQ(countries.size(), used.size());
             borders += countries.size() > 1;
         }
@@ -63,11 +64,10 @@ TEST(Tints, DifferBetweenNeighboursInTheShippedWorlds)
 
 TEST(Tints, GoRoundWhereNeighboursLeaveNone)
 {
-    EXPECT_EQ((std::vector<std::uint8_t>{0, 1, 2, 3, 4, 5, 2, 3}),
-              choose_tints(decode(identical_countries(8, "[[0]]"))));
+    EXPECT_EQ((std::vector{0, 1, 2, 3, 4, 5, 2, 3}), tints_of(decode(identical_countries(8, "[[0]]"))));
 }
 
 TEST(Tints, OfACountryThatUsesAnArcTwiceAreOneTint)
 {
-    EXPECT_EQ((std::vector<std::uint8_t>{0, 1}), choose_tints(decode(identical_countries(2, "[[0],[0]]"))));
+    EXPECT_EQ((std::vector{0, 1}), tints_of(decode(identical_countries(2, "[[0],[0]]"))));
 }

@@ -34,15 +34,6 @@ const Country *first_country(const Topology &topology)
     return next_record<Country>(countries);
 }
 
-int count_arcs(const Topology &topology, GL_test test)
-{
-    GL_iterator arcs = GL_tested_items(topology.arcs.get(), test);
-    int count = 0;
-    while (next_record<Arc>(arcs))
-        ++count;
-    return count;
-}
-
 struct Counted {
     explicit Counted(int *living) : living_(living) { ++*living_; }
     ~Counted() { --*living_; }
@@ -181,16 +172,6 @@ TEST(Objects, AreAllReadWhereNoneIsNamedCountries)
 {
     const std::string objects = R"("a":{"type":"Polygon","arcs":[[0]]},"b":{"type":"Polygon","arcs":[[0]]})";
     EXPECT_EQ(2, totals(decode(world(objects, square))).countries);
-}
-
-TEST(Arcs, ThatTwoOutlinesShareAreBorders)
-{
-    const std::string objects = R"("a":{"type":"Polygon","arcs":[[0]]},"b":{"type":"Polygon","arcs":[[-1],[1]]})";
-    const std::string arcs = std::string(square) + "," + square + "," + square;
-    const Topology topology = decode(world(objects, arcs));
-    EXPECT_EQ(1, count_arcs(topology, is_border));
-    EXPECT_EQ(1, count_arcs(topology, is_coast));
-    EXPECT_EQ(8, totals(topology).points);
 }
 
 TEST(Rings, MayRunAlongTheSameArcsManyTimesButNotForEver)

@@ -1,0 +1,14 @@
+/* Which arcs are borders, and which are coasts. */
+#ifndef ATLAS_BORDERS_H
+#define ATLAS_BORDERS_H
+
+#include "topology.h"
+
+namespace atlas {
+
+/* Sets the use of every arc: a border where several countries run along it, a coast where just one does. */
+void find_borders(const Topology &topology);
+
+} // namespace atlas
+
+#endif
