@@ -108,7 +108,7 @@ static void draw_segment(Canvas &canvas, Point from, Point to)
 
 static void draw_arc(Canvas &canvas, const Arc &arc)
 {
-    for (std::size_t i = 1; i < arc.points.size(); ++i)
+    for (std::int32_t i = 1; i < arc.points.count(); ++i)
         draw_segment(canvas, arc.points[i - 1], arc.points[i]);
 }
 

@@ -54,10 +54,9 @@ void Filler::collect_edges(const Country &country)
     const Shapes shapes(country);
     SL_iterator each = SL_all_items(shapes.get());
     for (void *item; SL_next_item(&each, &item);) {
-        EL_iterator positions = EL_all_items(static_cast<const Shape *>(item)->points);
-        for (EL_node *position; EL_next_position(&positions, &position);)
-            add_edge(*static_cast<const Point *>(EL_element(position)),
-                     *static_cast<const Point *>(EL_element(position->next)));
+        const Points &points = static_cast<const Shape *>(item)->points;
+        for (std::int32_t i = 0; i < points.count(); ++i)
+            add_edge(points[i], points[GB_advance(points.get(), i, 1)]);
     }
 }
 

@@ -15,6 +15,7 @@
 #include "file.h"
 #include "options.h"
 #include "png_file.h"
+#include "select.h"
 #include "topology.h"
 
 namespace atlas {
@@ -64,7 +65,9 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     check_not_same(options.file, options.out);
     const std::string text = read_file(options.file, progress);
     times.read = watch.lap();
-    const Topology topology = decode_topology(text, progress);
+    Topology topology = decode_topology(text, progress);
+    if (!options.select.empty())
+        select_countries(topology, options.select);
     times.decode = watch.lap();
     Picture picture = draw_countries(topology, options.width, progress);
     times.fill = watch.lap();

@@ -10,13 +10,15 @@
 
 namespace atlas {
 
-const char *const usage = R"(usage: atlas FILE [--out PNG] [--width N]
+const char *const usage = R"(usage: atlas FILE [--out PNG] [--width N] [--select NAME,...]
 
 Draws a TopoJSON file as a map of the world, areas filled and outlined: its object
 "countries" where it has one, otherwise all its objects.
 
   --out PNG    the picture to write (atlas.png)
   --width N    its width in pixels, 16 to 32768 (2048); it is half as high
+  --select NAME,...
+               draws only the countries of these names; may be given again
   --help       shows this text
 )";
 
@@ -31,8 +33,19 @@ static int parse_width(const char *text)
     return width;
 }
 
+static void add_names(std::vector<std::string> &names, const std::string &text)
+{
+    std::size_t start = 0, comma = 0;
+    for (; comma != std::string::npos; start = comma + 1) {
+        comma = text.find(',', start);
+        names.push_back(text.substr(start, comma - start));
+        if (names.back().empty())
+            throw Error("--select takes names of countries, with a comma between them, not " + text);
+    }
+}
+
 /* Below every letter, so that a letter that getopt_long refuses is none of them. */
-enum LongOption { option_out = 1, option_width, option_help };
+enum LongOption { option_out = 1, option_width, option_select, option_help };
 
 /* The option that getopt_long has just refused: a letter, or the last word that it read. */
 static std::string refused_option(char **argv)
@@ -45,6 +58,7 @@ static void apply(Options &options, int option, char **argv)
     switch (option) {
     case option_out: options.out = optarg; break;
     case option_width: options.width = parse_width(optarg); break;
+    case option_select: add_names(options.select, optarg); break;
     case option_help: options.help = true; break;
     case ':': throw Error(refused_option(argv) + " needs a value (see atlas --help)");
     default: throw Error("unknown option " + refused_option(argv) + " (see atlas --help)");
@@ -55,6 +69,7 @@ Options parse_options(int argc, char **argv)
 {
     static const option known[] = {{"out", required_argument, nullptr, option_out},
                                    {"width", required_argument, nullptr, option_width},
+                                   {"select", required_argument, nullptr, option_select},
                                    {"help", no_argument, nullptr, option_help},
                                    {nullptr, 0, nullptr, 0}};
     Options options;

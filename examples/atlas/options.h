@@ -2,6 +2,7 @@
 #define ATLAS_OPTIONS_H
 
 #include <string>
+#include <vector>
 
 namespace atlas {
 
@@ -11,6 +12,7 @@ struct Options {
     std::string file;
     std::string out = "atlas.png";
     int width = 2048;
+    std::vector<std::string> select; /* names of countries; none stands for all of them */
     bool help = false;
 };
 

@@ -37,6 +37,13 @@ public:
         return record.release();
     }
 
+    /* Frees the record and its node. */
+    void remove(GL_node *position)
+    {
+        free_record(&position->item);
+        GL_remove_item(list_, position);
+    }
+
 private:
     static void free_record(void **item) { delete static_cast<Record *>(*item); }
 

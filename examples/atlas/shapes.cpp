@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <utility>
@@ -11,44 +12,34 @@
 
 namespace atlas {
 
-namespace {
-
-struct ReleasePoints {
-    void operator()(EL_list *points) const { EL_release(&points); }
-};
-
-using Points = std::unique_ptr<EL_list, ReleasePoints>;
-
-} // namespace
-
-static Point &point_at(EL_node *position)
-{
-    return *static_cast<Point *>(EL_element(position));
-}
-
 /* ---- joining ---------------------------------------------------------------------------------------------- */
 
 static Points points_along(const Stretch &stretch)
 {
-    Points points(EL_create(sizeof(Point)));
-    for (const Point &point : stretch.arc->points)
-        EL_append_after_last(points.get(), &point);
+    Points points;
+    GB_copy(points.get(), stretch.arc->points.get());
     if (stretch.reversed)
-        EL_reverse(points.get());
+        GB_reverse(points.get());
+    return points;
+}
+
+static std::int32_t count_points(const Path &path)
+{
+    std::int32_t points = 0;
+    for_each_stretch(path, [&](const Stretch &stretch) { points += stretch.arc->points.count(); });
     return points;
 }
 
 /* Each stretch ends where the next one, or the first, starts: that point is kept once. */
 static Points joined(const Path &path)
 {
-    Points ring(EL_create(sizeof(Point)));
-    GL_iterator stretches = GL_all_items(path.stretches.get());
-    while (const Stretch *stretch = next_record<Stretch>(stretches)) {
-        EL_list *points = points_along(*stretch).release();
-        EL_remove_item(points, points->last);
-        EL_append_list(ring.get(), &points);
-    }
-    EL_set_closed(ring.get());
+    Points ring(count_points(path));
+    for_each_stretch(path, [&](const Stretch &stretch) {
+        Points points = points_along(stretch);
+        GB_remove_last_item(points.get());
+        GB_append_block(ring.get(), points.get());
+    });
+    GB_set_closed(ring.get());
     return ring;
 }
 
@@ -72,87 +63,88 @@ static Point crossing(Point from, Point to)
     return {side, static_cast<Angle>(floor_divided(weighted, before + after))};
 }
 
-/* Adds a point wherever the ring crosses the edge, and returns their positions in the ring's order. The ring is rolled
-   once round, so that every side in turn starts at its first. */
-static std::vector<EL_node *> add_seams(EL_list *ring)
+/* Returns the ring with a point added wherever it crosses the edge. The positions of those are stored in `seams`. */
+static Points with_seams(const Points &ring, std::vector<std::int32_t> &seams)
 {
-    std::vector<EL_node *> seams;
-    for (int32_t left = EL_count_items(ring); left > 0; --left) {
-        EL_node *from = ring->first, *to = from->next;
-        if (crosses_edge(point_at(from), point_at(to))) {
-            const Point seam = crossing(point_at(from), point_at(to));
-            seams.push_back(EL_insert_after(ring, from, &seam));
+    Points all(2 * ring.count());
+    for (std::int32_t i = 0; i < ring.count(); ++i) {
+        const Point from = ring[i], to = ring[GB_advance(ring.get(), i, 1)];
+        GB_append_after_last(all.get(), &from);
+        if (crosses_edge(from, to)) {
+            const Point seam = crossing(from, to);
+            seams.push_back(GB_append_after_last(all.get(), &seam));
         }
-        EL_roll(ring, to);
     }
-    return seams;
+    GB_set_closed(all.get());
+    return all;
 }
 
 /* A cut leaves the seam at both of its sides: at the end of a piece, the seam lies on the other side of the map. */
-static void end_at_other_side(EL_list *piece)
+static void end_at_other_side(Points &piece)
 {
-    point_at(piece->last).longitude *= -1;
+    piece[piece.count() - 1].longitude *= -1;
 }
 
-static Angle nearer_pole(const EL_list *ring)
+static Angle nearer_pole(const Points &ring)
 {
     std::int64_t sum = 0;
-    EL_iterator points = EL_all_items(ring);
-    for (EL_node *position; EL_next_position(&points, &position);)
-        sum += point_at(position).latitude;
+    for (const Point &point : ring)
+        sum += point.latitude;
     return sum < 0 ? -90 * degree : 90 * degree;
 }
 
 static void append_shape(SL_list *shapes, Points points)
 {
     auto shape = std::make_unique<Shape>();
-    shape->points = points.release();
+    shape->points = std::move(points);
     SL_append_after_last(shapes, shape.release());
 }
 
-/* What goes from side to side is closed by way of the pole. */
+/* What goes from side to side is closed by way of the pole. The room that a cut has left is given up. */
 static void close_piece(SL_list *shapes, Points piece, Angle pole)
 {
-    const Point start = point_at(piece->first), end = point_at(piece->last);
+    const Point start = piece.first(), end = piece.last();
+    GB_set_number_of_elements(piece.get(), piece.count() + 2);
     if (start.longitude != end.longitude) {
         for (const Point corner : {Point{end.longitude, pole}, Point{start.longitude, pole}})
-            EL_append_after_last(piece.get(), &corner);
+            GB_append_after_last(piece.get(), &corner);
     }
-    EL_set_closed(piece.get());
+    GB_set_closed(piece.get());
     append_shape(shapes, std::move(piece));
 }
 
-/* A split is linear in the list, so the list is halved, not peeled. */
-static void cut_at(SL_list *shapes, Points piece, std::span<EL_node *const> seams, Angle pole)
+/* Cuts the piece at the seams, which lie at those positions less `start`. A split is linear in what it takes off, so
+   the piece is halved, not peeled. */
+static void cut_at(SL_list *shapes, Points piece, std::span<const std::int32_t> seams, std::int32_t start, Angle pole)
 {
     if (seams.empty())
         return close_piece(shapes, std::move(piece), pole);
     const std::size_t middle = seams.size() / 2;
-    Points rest(EL_remove_and_get_end_part(piece.get(), seams[middle]));
-    end_at_other_side(piece.get());
-    cut_at(shapes, std::move(piece), seams.first(middle), pole);
-    cut_at(shapes, std::move(rest), seams.subspan(middle + 1), pole);
+    Points rest;
+    GB_remove_and_get_end_part(rest.get(), piece.get(), seams[middle] - start);
+    end_at_other_side(piece);
+    cut_at(shapes, std::move(piece), seams.first(middle), start, pole);
+    cut_at(shapes, std::move(rest), seams.subspan(middle + 1), seams[middle], pole);
 }
 
 static void append_ring(SL_list *shapes, const Path &path)
 {
-    Points ring = joined(path);
-    const Angle pole = nearer_pole(ring.get());
-    const std::vector<EL_node *> seams = add_seams(ring.get());
+    Points whole = joined(path);
+    std::vector<std::int32_t> seams;
+    Points ring = with_seams(whole, seams);
     if (seams.empty())
-        return append_shape(shapes, std::move(ring));
-    EL_make_open_at_position(ring.get(), seams.front());
-    end_at_other_side(ring.get());
-    cut_at(shapes, std::move(ring), std::span(seams).subspan(1), pole);
+        return append_shape(shapes, std::move(whole));
+    const Angle pole = nearer_pole(whole);
+    GB_make_open_at_position(ring.get(), seams.front());
+    end_at_other_side(ring);
+    cut_at(shapes, std::move(ring), std::span(seams).subspan(1), seams.front(), pole);
 }
 
 /* ---- shapes ----------------------------------------------------------------------------------------------- */
 
 static void free_shape(void **item)
 {
-    Shape *shape = static_cast<Shape *>(*item);
-    EL_release(&shape->points);
-    delete shape;
+    delete static_cast<Shape *>(*item);
 }
 
 Shapes::Shapes(const Country &country)

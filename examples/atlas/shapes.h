@@ -19,7 +19,6 @@
 #ifndef ATLAS_SHAPES_H
 #define ATLAS_SHAPES_H
 
-#include <mova/lists/element_list.h>
 #include <mova/lists/simple_list.h>
 
 #include "topology.h"
@@ -29,7 +28,7 @@ namespace atlas {
 /* An outline, an item of a simple list. The last point is joined to the first. */
 struct Shape {
     Shape *prev, *next; /* the simple list's */
-    EL_list *points;    /* of Point: a ring, owned */
+    Points points;      /* a ring */
 };
 
 /* What a country covers, as shapes: the places that an odd number of them enclose. So holes stay open. A ring that

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include <mova/arrays/id_lookup_table.h>
 #include <nlohmann/json.hpp>
 
 #include "borders.h"
@@ -189,105 +190,144 @@ static const json &coordinate(const json &position, std::size_t dimension)
     return position[dimension];
 }
 
-static std::vector<Point> plain_points(const json &positions)
+static Points room_for(const json &positions)
 {
-    std::vector<Point> points;
-    points.reserve(positions.size());
-    for (const json &position : positions)
-        points.push_back(
-            point_at(fine(coordinate(position, 0), "a position"), fine(coordinate(position, 1), "a position")));
+    return Points(static_cast<std::int32_t>(positions.size()));
+}
+
+static Points plain_points(const json &positions)
+{
+    Points points = room_for(positions);
+    for (const json &position : positions) {
+        const Point point =
+            point_at(fine(coordinate(position, 0), "a position"), fine(coordinate(position, 1), "a position"));
+        GB_append_after_last(points.get(), &point);
+    }
     return points;
 }
 
 /* Each quantised position is a step from the one before it. */
-static std::vector<Point> delta_decoded_points(const json &positions, const Transform &transform)
+static Points delta_decoded_points(const json &positions, const Transform &transform)
 {
-    std::vector<Point> points;
-    points.reserve(positions.size());
+    Points points = room_for(positions);
     std::int64_t x = 0, y = 0;
     for (const json &step : positions) {
         if (__builtin_add_overflow(x, whole(coordinate(step, 0), "a position"), &x) ||
             __builtin_add_overflow(y, whole(coordinate(step, 1), "a position"), &y))
             throw Error("a position lies outside the globe");
-        points.push_back(point_at(dequantised(x, transform.longitude), dequantised(y, transform.latitude)));
+        const Point point = point_at(dequantised(x, transform.longitude), dequantised(y, transform.latitude));
+        GB_append_after_last(points.get(), &point);
     }
     return points;
 }
 
-/* Outlines name arcs by number, so the arcs are also kept in an array while outlines are read. */
-using ArcIndex = std::vector<Arc *>;
+/* Outlines name arcs by number, from 0 on, so the arcs also have ids while outlines are read, from 1 on. */
+class ArcIds {
+public:
+    ArcIds() = default;
+    ~ArcIds() { io_lut_release(&table_); }
+    ArcIds(const ArcIds &) = delete;
+    ArcIds &operator=(const ArcIds &) = delete;
 
-static ArcIndex read_arcs(const json &root, OwningList<Arc> &arcs, const Progress &progress)
+    std::int32_t count() const { return count_; }
+    void add(Arc *arc) { count_ = io_lut_add(table_, arc); }
+    /* Returns null where there is no such arc. */
+    Arc *look(std::int64_t number) const
+    {
+        return static_cast<Arc *>(number < count_ ? io_lut_get_ptr(table_, static_cast<std::int32_t>(number) + 1)
+                                                  : nullptr);
+    }
+    io_lut_iterator all() const { return io_lut_all_items(table_); }
+
+private:
+    DA_array *table_ = io_lut_create();
+    std::int32_t count_ = 0;
+};
+
+static void read_arcs(const json &root, OwningList<Arc> &arcs, ArcIds &ids, const Progress &progress)
 {
     const std::optional<Transform> transform = read_transform(root);
     const json &all = array(member(root, "arcs", "the topology"), "the topology's \"arcs\"");
-    ArcIndex index;
     for (const json &positions : all) {
         if (array(positions, "an arc").size() < 2)
-            throw Error("arc " + std::to_string(index.size()) + " has fewer than two positions");
+            throw Error("arc " + std::to_string(ids.count()) + " has fewer than two positions");
         auto arc = std::make_unique<Arc>();
         arc->points = transform ? delta_decoded_points(positions, *transform) : plain_points(positions);
-        index.push_back(arcs.append(std::move(arc)));
-        progress("decoding", index.size(), all.size());
+        ids.add(arcs.append(std::move(arc)));
+        progress("decoding", static_cast<std::size_t>(ids.count()), all.size());
     }
-    return index;
 }
 
 /* ---- outlines --------------------------------------------------------------------------------------------- */
 
 /* Number n means arc n, and ~n means arc n backwards. */
-static std::unique_ptr<Stretch> read_stretch(const json &value, const ArcIndex &arcs)
+static Stretch read_stretch(const json &value, const ArcIds &arcs)
 {
     const std::int64_t number = whole(value, "an outline");
     const std::int64_t index = number < 0 ? ~number : number;
-    if (index >= static_cast<std::int64_t>(arcs.size()))
-        throw Error("an outline refers to arc " + std::to_string(index) + " of " + std::to_string(arcs.size()));
-    Arc *arc = arcs[static_cast<std::size_t>(index)];
-    return std::make_unique<Stretch>(Stretch{arc, number < 0});
+    Arc *arc = arcs.look(index);
+    if (!arc)
+        throw Error("an outline refers to arc " + std::to_string(index) + " of " + std::to_string(arcs.count()));
+    return {arc, number < 0};
 }
 
-static std::unique_ptr<Path> read_path(const json &numbers, const ArcIndex &arcs)
+static std::unique_ptr<Path> read_path(const json &numbers, const ArcIds &arcs)
 {
     if (array(numbers, "an outline").empty())
         throw Error("an outline has no arcs");
     auto path = std::make_unique<Path>();
-    for (const json &number : numbers)
-        path->stretches.append(read_stretch(number, arcs));
+    for (const json &number : numbers) {
+        const Stretch stretch = read_stretch(number, arcs);
+        EL_append_after_last(path->stretches(), &stretch);
+    }
     return path;
 }
 
-static bool joins(const GL_node *position, const GL_node *next)
+static bool joins(EL_node *position, EL_node *next)
 {
-    return static_cast<const Stretch *>(position->item)->end() == static_cast<const Stretch *>(next->item)->start();
+    return static_cast<const Stretch *>(EL_element(position))->end() ==
+           static_cast<const Stretch *>(EL_element(next))->start();
 }
 
 /* Requires a stretch at least. A position is a node of the list, and its links may be read. */
-static void check_joints(const Path &path, bool ring)
+static void check_joints(const Path &path)
 {
-    const GL_list *stretches = path.stretches.get();
-    GL_iterator positions = GL_all_items(stretches);
-    GL_node *position;
-    while (GL_next_position(&positions, &position)) {
+    EL_iterator positions = EL_all_items(path.stretches());
+    for (EL_node *position; EL_next_position(&positions, &position);) {
         if (position->next && !joins(position, position->next))
             throw Error("an outline's arcs do not join");
     }
-    if (ring && !joins(stretches->last, stretches->first))
+}
+
+static void close_ring(const Path &path)
+{
+    EL_list *stretches = path.stretches();
+    if (!joins(stretches->last, stretches->first))
         throw Error("a ring is not closed");
+    EL_set_closed(stretches);
+}
+
+static Text read_name(const json &geometry)
+{
+    const json *properties = find(geometry, "properties");
+    const json *name = properties ? find(*properties, "name") : nullptr;
+    return name && name->is_string() ? Text(name->get_ref<const std::string &>()) : Text();
 }
 
 /* A short file can name a long arc without end. Maps run along an arc once or twice, nested ones a few times more. */
-static std::size_t most_points(const ArcIndex &arcs)
+static std::size_t most_points(const ArcIds &arcs)
 {
     std::size_t points = 0;
-    for (const Arc *arc : arcs)
-        points += arc->points.size();
+    io_lut_iterator all = arcs.all();
+    while (const void *arc = io_lut_next_item(&all))
+        points += static_cast<std::size_t>(static_cast<const Arc *>(arc)->points.count());
     return std::min(points * most_runs, most_ring_points);
 }
 
 /* Reads the geometries of an object, as deep as they are nested, into countries. */
 class OutlineReader {
 public:
-    OutlineReader(const ArcIndex &arcs, OwningList<Country> &countries)
+    OutlineReader(const ArcIds &arcs, OwningList<Country> &countries)
         : arcs_(arcs), countries_(countries), points_left_(most_points(arcs))
     {
     }
@@ -328,14 +368,16 @@ private:
                 read_line(each, country);
         else
             throw Error("a geometry is of an unknown type");
-        if (GL_count_items(country.polygons.get()) + GL_count_items(country.lines.get()) > 0)
-            countries_.append(std::make_unique<Country>(std::move(country)));
+        if (GL_count_items(country.polygons.get()) + GL_count_items(country.lines.get()) == 0)
+            return;
+        country.name = read_name(geometry);
+        countries_.append(std::make_unique<Country>(std::move(country)));
     }
 
     void count_points(const Path &path)
     {
         for_each_stretch(path, [&](const Stretch &stretch) {
-            const std::size_t points = stretch.arc->points.size();
+            const std::size_t points = static_cast<std::size_t>(stretch.arc->points.count());
             if (points > points_left_)
                 throw Error("the outlines have too many points: they run along the same arcs again and again");
             points_left_ -= points;
@@ -347,7 +389,8 @@ private:
         auto polygon = std::make_unique<Polygon>();
         for (const json &numbers : array(rings, "a polygon")) {
             const Path *ring = polygon->rings.append(read_path(numbers, arcs_));
-            check_joints(*ring, true);
+            check_joints(*ring);
+            close_ring(*ring);
             count_points(*ring);
         }
         if (GL_count_items(polygon->rings.get()) > 0)
@@ -357,10 +400,10 @@ private:
     void read_line(const json &numbers, Country &country)
     {
         const Path *line = country.lines.append(read_path(numbers, arcs_));
-        check_joints(*line, false);
+        check_joints(*line);
     }
 
-    const ArcIndex &arcs_;
+    const ArcIds &arcs_;
     OwningList<Country> &countries_;
     std::size_t points_left_;
 };
@@ -382,7 +425,8 @@ Topology decode_topology(std::string_view text, const Progress &progress)
     if (!type || *type != "Topology")
         throw Error("not a TopoJSON topology");
     Topology topology;
-    const ArcIndex arcs = read_arcs(root, topology.arcs, progress);
+    ArcIds arcs;
+    read_arcs(root, topology.arcs, arcs, progress);
     OutlineReader reader(arcs, topology.countries);
     read_objects(member(root, "objects", "the topology"), reader);
     if (GL_count_items(topology.countries.get()) == 0)
@@ -419,7 +463,7 @@ Totals totals(const Topology &topology)
     }
     GL_iterator arcs = GL_tested_items(topology.arcs.get(), is_used);
     while (const Arc *arc = next_record<Arc>(arcs))
-        sum.points += static_cast<std::int64_t>(arc->points.size());
+        sum.points += arc->points.count();
     return sum;
 }
 

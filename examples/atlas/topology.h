@@ -1,4 +1,4 @@
-/* A TopoJSON topology as records in pointer lists.
+/* A TopoJSON topology as records in lists.
 
    TopoJSON stores every stretch of coast or border once, as an arc, and builds polygons from references to arcs.
    Two neighbours share the arc between them; one of them runs along it backwards.
@@ -13,7 +13,8 @@
                     ^        ^-------------------------------- | -----------+
                     +------------------------------------------+
 
-   The lists of the drawing own what they hold. A stretch only points to its arc: the topology owns the arcs.
+   These are pointer lists, which own what they hold; the stretches alone are elements, in lists that a ring closes.
+   A stretch only points to its arc: the topology owns the arcs. The points of an arc lie in a block array.
 
    Coordinates are integers from the moment they are decoded, so that the same file gives the same map everywhere,
    whatever a platform's floating point does. */
@@ -23,29 +24,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-#include <vector>
+
+#include <mova/lists/element_list.h>
 
 #include "owning_list.h"
+#include "points.h"
 #include "progress.h"
+#include "text.h"
 
 namespace atlas {
-
-/* An angle: a whole number of units, 2^22 of which make a degree. A unit is less than 3 cm on the ground. */
-using Angle = std::int32_t;
-constexpr int angle_bits = 22;
-constexpr Angle degree = Angle{1} << angle_bits;
-
-/* Longitude -180° to 180°, latitude -90° to 90°. */
-struct Point {
-    Angle longitude, latitude;
-    bool operator==(const Point &) const = default;
-};
 
 enum class ArcUse : std::uint8_t { none, coast, border };
 
 /* A stretch of coast or border, of two points or more. */
 struct Arc {
-    std::vector<Point> points;
+    Points points;
     ArcUse use = ArcUse::none;
 };
 
@@ -54,13 +47,23 @@ struct Stretch {
     Arc *arc;
     bool reversed;
 
-    Point start() const { return reversed ? arc->points.back() : arc->points.front(); }
-    Point end() const { return reversed ? arc->points.front() : arc->points.back(); }
+    Point start() const { return reversed ? arc->points.last() : arc->points.first(); }
+    Point end() const { return reversed ? arc->points.first() : arc->points.last(); }
 };
 
-/* Stretches, each of which starts where the one before it ends. A ring's last one ends where its first starts. */
-struct Path {
-    OwningList<Stretch> stretches;
+/* Stretches, each of which starts where the one before it ends. A ring's list is closed: its last one ends where its
+   first starts. */
+class Path {
+public:
+    Path() = default;
+    ~Path() { EL_release(&stretches_); }
+    Path(const Path &) = delete;
+    Path &operator=(const Path &) = delete;
+
+    EL_list *stretches() const { return stretches_; }
+
+private:
+    EL_list *stretches_ = EL_create(sizeof(Stretch));
 };
 
 struct Polygon {
@@ -69,6 +72,7 @@ struct Polygon {
 
 /* A geometry that has outlines: a country, where the file is a map of countries. */
 struct Country {
+    Text name; /* empty where the file has none */
     OwningList<Polygon> polygons;
     OwningList<Path> lines;
 };
@@ -82,9 +86,9 @@ struct Topology {
 template <class Visit>
 void for_each_stretch(const Path &path, Visit visit)
 {
-    GL_iterator stretches = GL_all_items(path.stretches.get());
-    while (const Stretch *stretch = next_record<Stretch>(stretches))
-        visit(*stretch);
+    EL_iterator stretches = EL_all_items(path.stretches());
+    for (void *stretch; EL_next_item(&stretches, &stretch);)
+        visit(*static_cast<const Stretch *>(stretch));
 }
 
 /* Calls `visit` with each ring of the country's polygons. */

@@ -85,14 +85,12 @@ private:
     static std::vector<atlas::Point> points_of(const atlas::Path &ring)
     {
         std::vector<atlas::Point> points;
-        GL_iterator stretches = GL_all_items(ring.stretches.get());
-        while (const atlas::Stretch *stretch = atlas::next_record<atlas::Stretch>(stretches)) {
-            const std::vector<atlas::Point> &along = stretch->arc->points;
-            if (stretch->reversed)
-                points.insert(points.end(), along.rbegin(), along.rend() - 1);
-            else
-                points.insert(points.end(), along.begin(), along.end() - 1);
-        }
+        atlas::for_each_stretch(ring, [&](const atlas::Stretch &stretch) {
+            std::vector<atlas::Point> along(stretch.arc->points.begin(), stretch.arc->points.end());
+            if (stretch.reversed)
+                std::reverse(along.begin(), along.end());
+            points.insert(points.end(), along.begin(), along.end() - 1);
+        });
         return points;
     }
 

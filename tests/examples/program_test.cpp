@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "select.h"
 #include "world.h"
 
 using namespace atlas;
@@ -130,11 +131,32 @@ TEST_F(Atlas, CountsLines)
     EXPECT_NE(std::string::npos, run({"in"}).out.find("1 countries, 0 rings, 1 lines, 2 points"));
 }
 
+TEST_F(Atlas, DrawsTheSelectedCountries)
+{
+    const Outcome outcome = run({shipped_path("110m"), "--width", "64", "--select", "Chad,Fiji", "--select=Niger"});
+    EXPECT_EQ("", outcome.err);
+    EXPECT_NE(std::string::npos, outcome.out.find("\ndrawn    3 countries, 4 rings, 133 points")) << outcome.out;
+    Topology topology = decode(shipped_world("110m"));
+    select_countries(topology, {"Chad", "Fiji", "Niger"});
+    EXPECT_TRUE(pixels_of(draw_map(topology, 64, no_progress)) == pixels_of(scratch_ / "atlas.png", 64));
+}
+
+TEST_F(Atlas, RefusesToSelectWhatIsNotThere)
+{
+    const std::string world = shipped_path("110m");
+    expect_refusal({world, "--select", "Chad,Atlantis"}, world + ": no country is named Atlantis");
+    expect_refusal({world, "--select", "Chad, Niger"}, world + ": no country is named  Niger");
+    expect_refusal({world, "--select", "a\nb"}, world + ": no country is named a?b");
+    for (const char *names : {"", ",", "Chad,", ",Chad", "Chad,,Fiji"})
+        expect_refusal({world, "--select", names},
+                       std::string("--select takes names of countries, with a comma between them, not ") + names);
+}
+
 TEST_F(Atlas, ShowsItsUsage)
 {
     const Outcome outcome = run({"--help"});
     EXPECT_EQ(0, outcome.code);
-    EXPECT_EQ(0u, outcome.out.find("usage: atlas FILE [--out PNG] [--width N]\n"));
+    EXPECT_EQ(0u, outcome.out.find("usage: atlas FILE [--out PNG] [--width N] [--select NAME,...]\n"));
     EXPECT_EQ("", outcome.err);
 }
 

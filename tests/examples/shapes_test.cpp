@@ -25,13 +25,9 @@ std::vector<Outline> shapes_of(const Topology &topology)
     std::vector<Outline> outlines;
     SL_iterator each = SL_all_items(shapes.get());
     for (void *item; SL_next_item(&each, &item);) {
-        const EL_list *points = static_cast<const Shape *>(item)->points;
-        EXPECT_EQ(points->first, points->last->next) << "is a ring";
-        EL_iterator copies = EL_all_items(points);
-        Outline outline;
-        for (Point point; EL_next_item_copy(&copies, &point);)
-            outline.push_back(point);
-        outlines.push_back(outline);
+        const Points &points = static_cast<const Shape *>(item)->points;
+        EXPECT_EQ(1, points.get()->closed) << "is a ring";
+        outlines.emplace_back(points.begin(), points.end());
     }
     return outlines;
 }

@@ -20,7 +20,8 @@ std::vector<Point> points_of(const Topology &topology, int arc)
     GL_iterator arcs = GL_all_items(topology.arcs.get());
     for (int i = 0; i < arc; ++i)
         next_record<Arc>(arcs);
-    return next_record<Arc>(arcs)->points;
+    const Points &points = next_record<Arc>(arcs)->points;
+    return {points.begin(), points.end()};
 }
 
 Point at(double longitude, double latitude)
@@ -117,13 +118,15 @@ TEST(Outlines, RunAlongArcsInBothDirections)
     const Topology topology = decode(world_of("Polygon", "[[0,-2]]", "[[0,0],[1,1],[2,0]],[[0,0],[1,-1],[2,0]]"));
     GL_iterator polygons = GL_all_items(first_country(topology)->polygons.get());
     GL_iterator rings = GL_all_items(next_record<Polygon>(polygons)->rings.get());
-    GL_iterator stretches = GL_all_items(next_record<Path>(rings)->stretches.get());
-    const Stretch *there = next_record<Stretch>(stretches), *back = next_record<Stretch>(stretches);
+    const EL_list *stretches = next_record<Path>(rings)->stretches();
+    ASSERT_EQ(2, EL_count_items(stretches));
+    EXPECT_EQ(stretches->first, stretches->last->next) << "is a ring";
+    const auto *there = static_cast<const Stretch *>(EL_element(stretches->first));
+    const auto *back = static_cast<const Stretch *>(EL_element(stretches->last));
     EXPECT_FALSE(there->reversed);
     EXPECT_TRUE(back->reversed);
     EXPECT_EQ(at(2, 0), back->start());
     EXPECT_EQ(at(0, 0), back->end());
-    EXPECT_EQ(nullptr, next_record<Stretch>(stretches));
 }
 
 TEST(Outlines, OfEveryKindAreKept)
@@ -139,6 +142,23 @@ TEST(Outlines, OfEveryKindAreKept)
     EXPECT_EQ(6, sum.rings);
     EXPECT_EQ(3, sum.lines);
     EXPECT_EQ(4, sum.points);
+}
+
+TEST(Names, AreKeptWithAllTheirBytes)
+{
+    const auto name_of = [](const std::string &members) {
+        const std::string line = R"("a":{"type":"LineString","arcs":[0])" + members + "}";
+        return std::string(first_country(decode(world(line, square)))->name.view());
+    };
+    EXPECT_EQ("Ivory", name_of(R"(,"properties":{"name":"Ivory"})"));
+    EXPECT_EQ("C\xc3\xb4te\n", name_of(R"(,"properties":{"name":"C\u00f4te\n"})"));
+    EXPECT_EQ(std::string("a\0b", 3), name_of(R"(,"properties":{"name":"a\u0000b"})"));
+    const std::string long_name(100000, 'x');
+    EXPECT_EQ(long_name, name_of(R"(,"properties":{"name":")" + long_name + "\"}"));
+    for (const char *members :
+         {"", R"(,"properties":null)", R"(,"properties":"name")", R"(,"properties":{})", R"(,"properties":{"name":7})",
+          R"(,"properties":{"name":["a"]})", R"(,"properties":{"name":""})", R"(,"name":"a")"})
+        EXPECT_EQ("", name_of(members)) << members;
 }
 
 TEST(Outlines, AreFoundInNestedCollections)
