@@ -8,11 +8,13 @@
 #include <string>
 #include <utility>
 
+#include <mova/host/messages.h>
 #include <unistd.h>
 
 #include "draw.h"
 #include "error.h"
 #include "file.h"
+#include "indices.h"
 #include "options.h"
 #include "png_file.h"
 #include "select.h"
@@ -51,6 +53,13 @@ static void check_not_same(const std::string &file, const std::string &out)
         throw Error("the picture would replace the file that it is drawn from");
 }
 
+static void print_tree(const Topology &topology)
+{
+    const mova_text_fn before = mova_set_debug_print([](const char *text) { std::fputs(text, stdout); });
+    AreaIndex(topology).print();
+    mova_set_debug_print(before);
+}
+
 /* `subject` is kept up to date with the file that an error would be about. */
 static Outcome draw_atlas(const Options &options, std::string &subject)
 {
@@ -68,6 +77,8 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     Topology topology = decode_topology(text, progress);
     if (!options.select.empty())
         select_countries(topology, options.select);
+    if (options.print_tree)
+        print_tree(topology);
     times.decode = watch.lap();
     Picture picture = draw_countries(topology, options.width, progress);
     times.fill = watch.lap();
@@ -99,12 +110,7 @@ static void print_outcome(const Options &options, const Outcome &outcome)
 /* Names and texts come from outside: whatever they hold, the message stays one plain line. */
 static std::string complaint(const std::string &subject, const std::string &what)
 {
-    std::string message = "atlas: " + (subject.empty() ? what : subject + ": " + what);
-    for (char &each : message) {
-        if (static_cast<unsigned char>(each) < ' ' || each == 127)
-            each = '?';
-    }
-    return message + "\n";
+    return printable("atlas: " + (subject.empty() ? what : subject + ": " + what)) + "\n";
 }
 
 /* Where memory has run out, there is none left to unwind with either: the program says so and ends. */

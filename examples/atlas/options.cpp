@@ -10,7 +10,7 @@
 
 namespace atlas {
 
-const char *const usage = R"(usage: atlas FILE [--out PNG] [--width N] [--select NAME,...]
+const char *const usage = R"(usage: atlas FILE [--out PNG] [--width N] [--select NAME,...] [--print-tree]
 
 Draws a TopoJSON file as a map of the world, areas filled and outlined: its object
 "countries" where it has one, otherwise all its objects.
@@ -19,6 +19,7 @@ Draws a TopoJSON file as a map of the world, areas filled and outlined: its obje
   --width N    its width in pixels, 16 to 32768 (2048); it is half as high
   --select NAME,...
                draws only the countries of these names; may be given again
+  --print-tree prints the tree that the countries are in, in order of their areas
   --help       shows this text
 )";
 
@@ -45,7 +46,7 @@ static void add_names(std::vector<std::string> &names, const std::string &text)
 }
 
 /* Below every letter, so that a letter that getopt_long refuses is none of them. */
-enum LongOption { option_out = 1, option_width, option_select, option_help };
+enum LongOption { option_out = 1, option_width, option_select, option_print_tree, option_help };
 
 /* The option that getopt_long has just refused: a letter, or the last word that it read. */
 static std::string refused_option(char **argv)
@@ -59,6 +60,7 @@ static void apply(Options &options, int option, char **argv)
     case option_out: options.out = optarg; break;
     case option_width: options.width = parse_width(optarg); break;
     case option_select: add_names(options.select, optarg); break;
+    case option_print_tree: options.print_tree = true; break;
     case option_help: options.help = true; break;
     case ':': throw Error(refused_option(argv) + " needs a value (see atlas --help)");
     default: throw Error("unknown option " + refused_option(argv) + " (see atlas --help)");
@@ -67,11 +69,10 @@ static void apply(Options &options, int option, char **argv)
 
 Options parse_options(int argc, char **argv)
 {
-    static const option known[] = {{"out", required_argument, nullptr, option_out},
-                                   {"width", required_argument, nullptr, option_width},
-                                   {"select", required_argument, nullptr, option_select},
-                                   {"help", no_argument, nullptr, option_help},
-                                   {nullptr, 0, nullptr, 0}};
+    static const option known[] = {
+        {"out", required_argument, nullptr, option_out},       {"width", required_argument, nullptr, option_width},
+        {"select", required_argument, nullptr, option_select}, {"print-tree", no_argument, nullptr, option_print_tree},
+        {"help", no_argument, nullptr, option_help},           {nullptr, 0, nullptr, 0}};
     Options options;
     opterr = 0;
     for (int found; (found = getopt_long(argc, argv, ":", known, nullptr)) != -1;)

@@ -13,6 +13,7 @@ struct Options {
     std::string out = "atlas.png";
     int width = 2048;
     std::vector<std::string> select; /* names of countries; none stands for all of them */
+    bool print_tree = false;
     bool help = false;
 };
 

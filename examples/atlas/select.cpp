@@ -5,16 +5,37 @@
 
 #include "borders.h"
 #include "error.h"
+#include "indices.h"
 
 namespace atlas {
 
 namespace {
 
-/* The numbers of the countries to keep, which are their positions in the topology's list. */
+/* Ids for all countries: those of the topology's list, in its order, from 1 on. */
+class CountryIds {
+public:
+    explicit CountryIds(const Topology &topology)
+    {
+        GL_iterator countries = GL_all_items(topology.countries.get());
+        while (Country *country = next_record<Country>(countries))
+            io_lut_add(table_, country);
+    }
+    ~CountryIds() { io_lut_release(&table_); }
+    CountryIds(const CountryIds &) = delete;
+    CountryIds &operator=(const CountryIds &) = delete;
+
+    /* The country's place in the list, from 0 on. */
+    std::int32_t number_of(const Country *country) const { return io_lut_get_id(table_, country) - 1; }
+
+private:
+    DA_array *table_ = io_lut_create();
+};
+
+/* The numbers of the countries to keep. */
 class Selection {
 public:
-    ~Selection() { DA_release(numbers_); }
     Selection() = default;
+    ~Selection() { DA_release(numbers_); }
     Selection(const Selection &) = delete;
     Selection &operator=(const Selection &) = delete;
 
@@ -26,20 +47,13 @@ private:
 
 } // namespace
 
-static void add(Selection &selection, const Topology &topology, const std::string &name)
+static void add_named(Selection &selection, const NameIndex &index, const CountryIds &ids, const std::string &name)
 {
-    bool found = false;
-    std::int32_t number = 0;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries)) {
-        if (!country->name.empty() && country->name.view() == name) {
-            SA_add_number(selection.get(), number);
-            found = true;
-        }
-        ++number;
-    }
-    if (!found)
+    const std::vector<const Country *> found = index.find(name);
+    if (found.empty())
         throw Error("no country is named " + name);
+    for (const Country *country : found)
+        SA_add_number(selection.get(), ids.number_of(country));
 }
 
 /* Each removal moves the countries behind it up by one, and their numbers with them. */
@@ -60,8 +74,10 @@ static void remove_others(Selection &selection, Topology &topology)
 void select_countries(Topology &topology, const std::vector<std::string> &names)
 {
     Selection selection;
+    const NameIndex index(topology);
+    const CountryIds ids(topology);
     for (const std::string &name : names)
-        add(selection, topology, name);
+        add_named(selection, index, ids, name);
     remove_others(selection, topology);
     find_borders(topology);
 }

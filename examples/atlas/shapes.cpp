@@ -152,6 +152,16 @@ Shapes::Shapes(const Country &country)
     for_each_ring(country, [&](const Path &ring) { append_ring(list_, ring); });
 }
 
+Shapes::Shapes(const Polygon &polygon)
+{
+    for_each_ring(polygon, [&](const Path &ring) { append_ring(list_, ring); });
+}
+
+Shapes::Shapes(const Path &ring)
+{
+    append_ring(list_, ring);
+}
+
 Shapes::~Shapes()
 {
     SL_total_release(&list_, free_shape);

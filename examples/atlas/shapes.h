@@ -31,11 +31,13 @@ struct Shape {
     Points points;      /* a ring */
 };
 
-/* What a country covers, as shapes: the places that an odd number of them enclose. So holes stay open. A ring that
-   goes round a pole takes in the pole that its points are nearer to, on average. */
+/* What a country, a polygon or a ring covers, as shapes: the places that an odd number of them enclose. So holes stay
+   open. A ring that goes round a pole takes in the pole that its points are nearer to, on average. */
 class Shapes {
 public:
     explicit Shapes(const Country &country);
+    explicit Shapes(const Polygon &polygon);
+    explicit Shapes(const Path &ring);
     ~Shapes();
     Shapes(const Shapes &) = delete;
     Shapes &operator=(const Shapes &) = delete;

@@ -2,7 +2,9 @@
 #ifndef ATLAS_TEXT_H
 #define ATLAS_TEXT_H
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -35,6 +37,9 @@ private:
 
     DA_array *bytes_;
 };
+
+/* Returns the text with a question mark in the place of each control character, so that it stays on one plain line. */
+std::string printable(std::string_view text);
 
 } // namespace atlas
 

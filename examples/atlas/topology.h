@@ -91,16 +91,21 @@ void for_each_stretch(const Path &path, Visit visit)
         visit(*static_cast<const Stretch *>(stretch));
 }
 
+template <class Visit>
+void for_each_ring(const Polygon &polygon, Visit visit)
+{
+    GL_iterator rings = GL_all_items(polygon.rings.get());
+    while (const Path *ring = next_record<Path>(rings))
+        visit(*ring);
+}
+
 /* Calls `visit` with each ring of the country's polygons. */
 template <class Visit>
 void for_each_ring(const Country &country, Visit visit)
 {
     GL_iterator polygons = GL_all_items(country.polygons.get());
-    while (const Polygon *polygon = next_record<Polygon>(polygons)) {
-        GL_iterator rings = GL_all_items(polygon->rings.get());
-        while (const Path *ring = next_record<Path>(rings))
-            visit(*ring);
-    }
+    while (const Polygon *polygon = next_record<Polygon>(polygons))
+        for_each_ring(*polygon, visit);
 }
 
 /* Calls `visit` with each stretch of the country's rings and lines. */

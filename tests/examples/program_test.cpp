@@ -152,11 +152,22 @@ TEST_F(Atlas, RefusesToSelectWhatIsNotThere)
                        std::string("--select takes names of countries, with a comma between them, not ") + names);
 }
 
+TEST_F(Atlas, PrintsTheTreeOfItsCountriesAheadOfItsReport)
+{
+    const Outcome outcome =
+        run({shipped_path("110m"), "--width", "64", "--select", "Chad,Brazil,Niger", "--print-tree"});
+    EXPECT_EQ("", outcome.err);
+    EXPECT_EQ(0u, outcome.out.find("   Brazil, 854"));
+    EXPECT_NE(std::string::npos, outcome.out.find(" km2\nChad, 1274"));
+    EXPECT_NE(std::string::npos, outcome.out.find(" km2\n   Niger, 118"));
+    EXPECT_NE(std::string::npos, outcome.out.find(" km2\npicture "));
+}
+
 TEST_F(Atlas, ShowsItsUsage)
 {
     const Outcome outcome = run({"--help"});
     EXPECT_EQ(0, outcome.code);
-    EXPECT_EQ(0u, outcome.out.find("usage: atlas FILE [--out PNG] [--width N] [--select NAME,...]\n"));
+    EXPECT_EQ(0u, outcome.out.find("usage: atlas FILE [--out PNG] [--width N] [--select NAME,...] [--print-tree]\n"));
     EXPECT_EQ("", outcome.err);
 }
 
