@@ -4,6 +4,7 @@
 
 #include "canvas.h"
 #include "fill.h"
+#include "labels.h"
 
 namespace atlas {
 
@@ -13,6 +14,7 @@ const std::array<Colour, ink_count> palette = {{
     {52, 86, 114},   /* frame */
     {146, 156, 146}, /* border */
     {244, 225, 178}, /* coast */
+    {250, 246, 232}, /* text */
     {92, 122, 84},   /* land */
     {140, 132, 86},
     {110, 98, 74},
@@ -130,10 +132,18 @@ void draw_outlines(Picture &picture, const Topology &topology, const Progress &p
     draw(GL_tested_items(arcs, is_coast), ink_coast);
 }
 
+void draw_labels(Picture &picture, const Topology &topology, const Progress &progress)
+{
+    Canvas canvas(picture);
+    const PenInHand pen(canvas, ink_text);
+    Labels(topology, picture.width(), picture.height(), progress).draw(canvas);
+}
+
 Picture draw_map(const Topology &topology, int width, const Progress &progress)
 {
     Picture picture = draw_countries(topology, width, progress);
     draw_outlines(picture, topology, progress);
+    draw_labels(picture, topology, progress);
     return picture;
 }
 

@@ -24,6 +24,7 @@ enum Ink : std::uint8_t {
     ink_frame,
     ink_border,
     ink_coast,
+    ink_text,
     ink_land,
     ink_count = ink_land + tint_count
 };
@@ -44,7 +45,10 @@ Picture draw_countries(const Topology &topology, int width, const Progress &prog
 /* Draws the borders and the coasts on top. */
 void draw_outlines(Picture &picture, const Topology &topology, const Progress &progress);
 
-/* Returns the whole map, which is these two. */
+/* Writes the names of the countries on top. */
+void draw_labels(Picture &picture, const Topology &topology, const Progress &progress);
+
+/* Returns the whole map, which is these three. */
 Picture draw_map(const Topology &topology, int width, const Progress &progress);
 
 } // namespace atlas

@@ -83,6 +83,7 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     Picture picture = draw_countries(topology, options.width, progress);
     times.fill = watch.lap();
     draw_outlines(picture, topology, progress);
+    draw_labels(picture, topology, progress);
     times.draw = watch.lap();
 
     subject = options.out;

@@ -1,0 +1,225 @@
+#include "labels.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "font.h"
+#include "indices.h"
+#include "tints.h"
+#include "world.h"
+
+using namespace atlas;
+
+namespace {
+
+std::vector<Label> labels_in(const Labels &labels)
+{
+    std::vector<Label> all;
+    tree_iter *each = GT_all_items(labels.get());
+    for (void *label; GT_next_item(each, &label);)
+        all.push_back(*static_cast<const Label *>(label));
+    return all;
+}
+
+/* A country that is a rectangle. */
+struct Land {
+    std::string name;
+    int west, south, east, north;
+};
+
+Topology world_of_lands(const std::vector<Land> &lands)
+{
+    std::string geometries, arcs;
+    for (std::size_t i = 0; i < lands.size(); ++i) {
+        const Land &land = lands[i];
+        const auto corner = [](int longitude, int latitude) {
+            return "[" + std::to_string(longitude) + "," + std::to_string(latitude) + "]";
+        };
+        const std::string start = corner(land.west, land.south), separator = i ? "," : "";
+        geometries += separator + R"({"type":"Polygon","properties":{"name":")" + land.name + R"("},"arcs":[[)" +
+                      std::to_string(i) + "]]}";
+        arcs += separator + "[" + start + "," + corner(land.east, land.south) + "," + corner(land.east, land.north) +
+                "," + corner(land.west, land.north) + "," + start + "]";
+    }
+    return decode(world(R"("countries":{"type":"GeometryCollection","geometries":[)" + geometries + "]}", arcs));
+}
+
+std::vector<Label> labels_of(const std::vector<Land> &lands, int width = 360)
+{
+    return labels_in(Labels(world_of_lands(lands), width, width / 2, no_progress));
+}
+
+std::vector<std::string> texts_of(const std::vector<Land> &lands, int width = 360)
+{
+    std::vector<std::string> texts;
+    for (const Label &label : labels_of(lands, width))
+        texts.emplace_back(label.text);
+    return texts;
+}
+
+using Texts = std::vector<std::string>;
+
+const Country &country(const Topology &topology, std::int32_t number)
+{
+    const GL_node *position = topology.countries.get()->first;
+    for (; number > 0; --number)
+        position = position->next;
+    return *static_cast<const Country *>(position->item);
+}
+
+bool apart(const Box &a, const Box &b, int gap)
+{
+    return a.left + a.width + gap <= b.left || b.left + b.width + gap <= a.left || a.top + a.height + gap <= b.top ||
+           b.top + b.height + gap <= a.top;
+}
+
+} // namespace
+
+TEST(Labels, LieInsideTheirCountriesInTheShippedWorlds)
+{
+    for (const auto &[scale, least] : {std::pair("110m", 40u), {"50m", 40u}}) {
+        const Topology topology = decode(shipped_world(scale));
+        const Picture map = draw_countries(topology, 2048, no_progress);
+        const Tints tints(topology);
+        const std::vector<Label> labels = labels_in(Labels(topology, 2048, 1024, no_progress));
+        EXPECT_LT(least, labels.size());
+        for (const Label &label : labels) {
+            const Box &box = label.box;
+            const int ink = ink_land + tints.of(country(topology, label.number));
+            int inside = 0;
+            for (int y = box.top; y < box.top + box.height; ++y)
+                for (int x = box.left; x < box.left + box.width; ++x)
+                    inside += map.at({x, y}) == ink;
+            EXPECT_EQ(box.width * box.height, inside) << label.text;
+        }
+    }
+}
+
+TEST(Labels, AreAllApartInTheShippedWorld)
+{
+    const std::vector<Label> labels = labels_in(Labels(decode(shipped_world("50m")), 4096, 2048, no_progress));
+    EXPECT_LT(90u, labels.size());
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            EXPECT_TRUE(apart(labels[i].box, labels[j].box, 3)) << labels[i].text << labels[j].text;
+            EXPECT_GE(labels[j].area, labels[i].area);
+        }
+    }
+}
+
+TEST(Labels, StandInTheMiddle)
+{
+    const std::vector<Label> labels = labels_of({{"Ab", 10, 10, 30, 30}});
+    ASSERT_EQ(1u, labels.size());
+    EXPECT_STREQ("AB", labels[0].text);
+    EXPECT_EQ(1, labels[0].dot);
+    EXPECT_EQ(std::pair(13, 9), std::pair(labels[0].box.width, labels[0].box.height));
+    EXPECT_EQ(std::pair(193, 65), std::pair(labels[0].box.left, labels[0].box.top));
+}
+
+TEST(Labels, AreAsLargeAsFits)
+{
+    EXPECT_EQ(1, labels_of({{"Abc", 0, 0, 37, 40}})[0].dot);
+    EXPECT_EQ(2, labels_of({{"Abc", 0, 0, 38, 40}})[0].dot);
+    EXPECT_EQ(2, labels_of({{"Abc", 0, 0, 57, 26}})[0].dot);
+    EXPECT_EQ(3, labels_of({{"Abc", 0, 0, 57, 27}})[0].dot);
+    EXPECT_EQ(3, labels_of({{"Abc", -80, -80, 80, 80}})[0].dot);
+}
+
+TEST(Labels, HaveLargerDotsOnLargerMaps)
+{
+    const std::vector<Land> land = {{"Abc", 0, 0, 3, 5}};
+    EXPECT_TRUE(labels_of(land, 2047).empty());
+    EXPECT_EQ(1u, labels_of(land, 4096).size());
+    EXPECT_EQ(labels_of(land, 4096)[0].box.left, labels_of(land, 8192)[0].box.left);
+    EXPECT_EQ(labels_of(land, 4096)[0].box.top, labels_of(land, 32768)[0].box.top);
+}
+
+TEST(Labels, AreWrappedWhereOneLineDoesNotFit)
+{
+    EXPECT_EQ(Texts{"ONE TWO"}, texts_of({{"One two", 0, 0, 43, 9}}));
+    EXPECT_EQ(Texts{"ONE\nTWO"}, texts_of({{"One two", 0, 0, 42, 18}}));
+    EXPECT_EQ(Texts{}, texts_of({{"One two", 0, 0, 42, 17}}));
+    EXPECT_EQ(Texts{"A BC\nDEFGH"}, texts_of({{"A bc defgh", 0, 0, 31, 20}}));
+    EXPECT_EQ(Texts{"A BC\nDEF\nGHIJ"}, texts_of({{"A bc def ghij", 0, 0, 25, 30}}));
+    EXPECT_EQ(Texts{}, texts_of({{"A b c d", 0, 0, 8, 80}})) << "four lines are too many";
+}
+
+TEST(Labels, OfWhatHasNoNameOrPlaceAreNone)
+{
+    const std::string longest(40, 'i');
+    EXPECT_EQ(Texts{},
+              texts_of({{"", 0, 0, 90, 40}, {longest + "i", 100, 0, 110, 40}, {longest, -180, 50, -60, 60}}, 720));
+    EXPECT_EQ(Texts{std::string(40, 'I')}, texts_of({{longest, -180, 50, -59, 60}}, 720));
+    const Topology line = decode(world(R"("a":{"type":"LineString","arcs":[0],"properties":{"name":"a"}})",
+                                       "[[0,0],[90,0],[90,60],[0,60],[0,0]]"));
+    EXPECT_TRUE(labels_in(Labels(line, 360, 180, no_progress)).empty());
+}
+
+TEST(Labels, OfLargerCountriesComeFirstWhereTheyCollide)
+{
+    EXPECT_EQ(Texts{"LARGE"}, texts_of({{"small", 0, 0, 59, 20}, {"large", 0, 0, 60, 20}}));
+    EXPECT_EQ(Texts{"ONE"}, texts_of({{"one", 0, 0, 60, 20}, {"two", 0, 0, 60, 20}, {"six", 0, 0, 60, 20}}));
+    EXPECT_EQ((Texts{"A", "C", "B"}), texts_of({{"a", 0, 0, 90, 60}, {"b", 0, 60, 90, 80}, {"c", 0, -40, 90, 0}}));
+}
+
+TEST(Labels, ThatAreNotFarEnoughApartCollide)
+{
+    EXPECT_EQ((Texts{"ABC", "DE"}), texts_of({{"abc", 0, 0, 19, 10}, {"de", 22, 0, 35, 9}}));
+    EXPECT_EQ(Texts{"ABC"}, texts_of({{"abc", 0, 0, 19, 10}, {"de", 21, 0, 34, 9}}));
+    EXPECT_EQ((Texts{"ABC", "DE"}), texts_of({{"abc", 0, 0, 19, 9}, {"de", 0, 12, 13, 21}}));
+    EXPECT_EQ(Texts{"ABC"}, texts_of({{"abc", 0, 0, 19, 9}, {"de", 0, 11, 13, 20}}));
+}
+
+TEST(Labels, AvoidHoles)
+{
+    const Topology topology =
+        decode(world(R"("a":{"type":"Polygon","arcs":[[0],[1]],"properties":{"name":"Ab"}})",
+                     "[[0,0],[40,0],[40,20],[0,20],[0,0]],[[10,1],[20,1],[20,19],[10,19],[10,1]]"));
+    const std::vector<Label> labels = labels_in(Labels(topology, 360, 180, no_progress));
+    ASSERT_EQ(1u, labels.size());
+    EXPECT_LE(200, labels[0].box.left);
+}
+
+TEST(Labels, StandInTheLargestPolygon)
+{
+    const Topology topology =
+        decode(world(R"("a":{"type":"MultiPolygon","arcs":[[[0]],[[1]]],"properties":{"name":"Ab"}})",
+                     "[[0,0],[40,0],[40,20],[0,20],[0,0]],[[50,0],[100,0],[100,20],[50,20],[50,0]]"));
+    EXPECT_LE(230, labels_in(Labels(topology, 360, 180, no_progress))[0].box.left);
+}
+
+TEST(Labels, AreDrawnDotForDotAndLinesCentred)
+{
+    const Topology topology = world_of_lands({{"I ab", 0, 0, 14, 20}});
+    Picture picture(360, 180, 0);
+    {
+        Canvas canvas(picture);
+        const PenInHand pen(canvas, 1);
+        Labels(topology, 360, 180, no_progress).draw(canvas);
+    }
+    std::string drawn;
+    for (int y = 71; y < 89; ++y, drawn += '\n')
+        for (int x = 180; x < 194; ++x)
+            drawn += picture.at({x, y}) ? '#' : '.';
+    EXPECT_EQ("..............\n"
+              "....#####.....\n......#.......\n......#.......\n......#.......\n......#.......\n......#.......\n"
+              "....#####.....\n..............\n..............\n"
+              "..###..####...\n.#...#.#...#..\n.#...#.#...#..\n.#####.####...\n.#...#.#...#..\n.#...#.#...#..\n"
+              ".#...#.####...\n..............\n",
+              drawn);
+}
+
+TEST(Labels, ReportHowManyCountriesHaveBeenTried)
+{
+    std::size_t before = 0;
+    const Topology topology = decode(shipped_world("110m"));
+    Labels(topology, 360, 180, [&](const char *step, std::size_t done, std::size_t all) {
+        EXPECT_STREQ("labelling", step);
+        EXPECT_EQ(++before, done);
+        EXPECT_EQ(177u, all);
+    });
+    EXPECT_EQ(177u, before);
+}
