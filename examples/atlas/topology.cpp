@@ -59,18 +59,33 @@ private:
     const Progress *progress_;
 };
 
-static bool check_depth(int depth, json::parse_event_t, json &)
+/* Counts brackets outside strings. (The parser could be asked about each value, but is then quadratic in the number of
+   objects in an array.) */
+static void check_depth(std::string_view text)
 {
+    int depth = 0;
+    bool in_string = false;
+    for (std::size_t i = 0; i < text.size() && depth <= deepest_json; ++i) {
+        const char each = text[i];
+        if (in_string && each == '\\')
+            ++i;
+        else if (each == '"')
+            in_string = !in_string;
+        else if (!in_string && (each == '[' || each == '{'))
+            ++depth;
+        else if (!in_string && (each == ']' || each == '}'))
+            --depth;
+    }
     if (depth > deepest_json)
         throw Error("nested too deep for a topology");
-    return true;
 }
 
 static json parse_json(std::string_view text, const Progress &progress)
 {
+    check_depth(text);
     try {
         const ReportingInput begin(text, 0, progress), end(text, text.size(), progress);
-        return json::parse(begin, end, check_depth);
+        return json::parse(begin, end);
     } catch (const json::parse_error &error) {
         if (error.byte > text.size())
             throw Error("the JSON ends too early, after " + std::to_string(text.size()) + " bytes");

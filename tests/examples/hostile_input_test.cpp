@@ -147,6 +147,12 @@ static const Bad bad_inputs[] = {
 INSTANTIATE_TEST_SUITE_P(Of, BadInput, testing::ValuesIn(bad_inputs),
                          [](const auto &bad) { return std::string(bad.param.name); });
 
+TEST(BracketsInText, AreNotNested)
+{
+    const std::string brackets = repeated(R"([{\"[\\)", 100);
+    EXPECT_FALSE(fails(world_of("LineString", R"([0],"properties":{"name":")" + brackets + "\"}", line)));
+}
+
 TEST(DamagedWorld, ThatIsCutShortIsRefusedWhereverTheCutIs)
 {
     const std::string whole = shipped_world("110m");
