@@ -77,8 +77,10 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     Topology topology = decode_topology(text, progress);
     if (!options.select.empty())
         select_countries(topology, options.select);
-    if (options.print_tree)
+    if (options.print_tree) {
+        line.clear();
         print_tree(topology);
+    }
     times.decode = watch.lap();
     Picture picture = draw_countries(topology, options.width, progress);
     times.fill = watch.lap();

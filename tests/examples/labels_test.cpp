@@ -1,5 +1,6 @@
 #include "labels.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -137,6 +138,20 @@ TEST(Labels, HaveLargerDotsOnLargerMaps)
     EXPECT_EQ(labels_of(land, 4096)[0].box.top, labels_of(land, 32768)[0].box.top);
 }
 
+TEST(Labels, AreDrawnTwiceAsLargeOnAMapThatIsTwiceAsWide)
+{
+    const Topology topology = world_of_lands({{"Ab", 0, 0, 30, 20}});
+    const auto pixels = [&](int width) {
+        Picture picture(width, width / 2, 0);
+        Canvas canvas(picture);
+        const PenInHand pen(canvas, 1);
+        Labels(topology, width, width / 2, no_progress).draw(canvas);
+        return std::count(picture.bytes().begin(), picture.bytes().end(), 1);
+    };
+    EXPECT_LT(0, pixels(3072));
+    EXPECT_EQ(4 * pixels(3072), pixels(6144));
+}
+
 TEST(Labels, AreWrappedWhereOneLineDoesNotFit)
 {
     EXPECT_EQ(Texts{"ONE TWO"}, texts_of({{"One two", 0, 0, 43, 9}}));
@@ -168,6 +183,8 @@ TEST(Labels, OfLargerCountriesComeFirstWhereTheyCollide)
 TEST(Labels, ThatAreNotFarEnoughApartCollide)
 {
     EXPECT_EQ((Texts{"ABC", "DE"}), texts_of({{"abc", 0, 0, 19, 10}, {"de", 22, 0, 35, 9}}));
+    EXPECT_EQ((Texts{"ABC", "DE"}), texts_of({{"abc", 16, 0, 35, 10}, {"de", 0, 0, 13, 9}}));
+    EXPECT_EQ(Texts{"ABC"}, texts_of({{"abc", 15, 0, 34, 10}, {"de", 0, 0, 13, 9}}));
     EXPECT_EQ(Texts{"ABC"}, texts_of({{"abc", 0, 0, 19, 10}, {"de", 21, 0, 34, 9}}));
     EXPECT_EQ((Texts{"ABC", "DE"}), texts_of({{"abc", 0, 0, 19, 9}, {"de", 0, 12, 13, 21}}));
     EXPECT_EQ(Texts{"ABC"}, texts_of({{"abc", 0, 0, 19, 9}, {"de", 0, 11, 13, 20}}));
