@@ -49,11 +49,15 @@ std::vector<const Country *> NameIndex::find(std::string_view name) const
 
 /* ---- by area ---------------------------------------------------------------------------------------------- */
 
-static std::int32_t compare_areas(void *a, void *b)
+std::int32_t compare_areas(const Summary &a, const Summary &b)
 {
-    const Summary &left = *static_cast<const Summary *>(a), &right = *static_cast<const Summary *>(b);
-    const std::strong_ordering order = right.area <=> left.area;
-    return sign(order != 0 ? order : left.number <=> right.number);
+    const std::strong_ordering order = b.area <=> a.area;
+    return sign(order != 0 ? order : a.number <=> b.number);
+}
+
+static std::int32_t compare_summaries(void *a, void *b)
+{
+    return compare_areas(*static_cast<const Summary *>(a), *static_cast<const Summary *>(b));
 }
 
 static Summary summarise(const Country &country, std::int32_t number)
@@ -72,7 +76,7 @@ static Summary summarise(const Country &country, std::int32_t number)
     return summary;
 }
 
-AreaIndex::AreaIndex(const Topology &topology) : tree_(GT_create_with_dupl_not_allowed(compare_areas))
+AreaIndex::AreaIndex(const Topology &topology) : tree_(GT_create_with_dupl_not_allowed(compare_summaries))
 {
     std::int32_t number = 0;
     GL_iterator countries = GL_all_items(topology.countries.get());

@@ -35,8 +35,11 @@ struct Summary {
     const Polygon *largest; /* of its polygons; null where it has none */
 };
 
-/* A tree of summaries, in order of falling areas. Countries of equal areas stand in the topology's order, so no two
-   summaries compare equal. */
+/* Returns a negative number where `a` goes before `b`: in order of falling areas, and for equal areas in the topology's
+   order. So no two summaries of a topology compare equal. */
+std::int32_t compare_areas(const Summary &a, const Summary &b);
+
+/* A tree of summaries in this order. */
 class AreaIndex {
 public:
     explicit AreaIndex(const Topology &topology);

@@ -10,7 +10,6 @@
 #include <mova/frame/host.h>
 
 #include "font.h"
-#include "indices.h"
 
 namespace atlas {
 
@@ -25,8 +24,8 @@ constexpr int most_lines = 3;
 /* In cells: how far labels keep apart. */
 constexpr int gap = 3;
 
-/* A map of this width has dots of a pixel, one of twice or three times the width has larger ones. */
-constexpr int width_of_a_cell = 4096;
+/* A map about as wide as this has cells of one pixel, one n times as wide has cells of n pixels. */
+constexpr int width_per_cell_pixel = 4096;
 
 /* ---- lines ------------------------------------------------------------------------------------------------ */
 
@@ -95,7 +94,7 @@ static std::optional<Label> candidate(const Summary &summary, Grid grid)
         for (int most = 1; most <= most_lines; ++most) {
             const std::string text = in_lines(name, most);
             if (const std::optional<Box> box = place(interior, text, dot)) {
-                Label label = {{}, *box, dot, summary.area, summary.number};
+                Label label = {{}, *box, dot, summary};
                 std::memcpy(label.text, text.data(), text.size());
                 return label;
             }
@@ -104,13 +103,9 @@ static std::optional<Label> candidate(const Summary &summary, Grid grid)
     return std::nullopt;
 }
 
-/* Larger countries first; no two labels compare equal. */
 static std::int32_t compare_labels(void *a, void *b)
 {
-    const Label &left = *static_cast<const Label *>(a), &right = *static_cast<const Label *>(b);
-    if (left.area != right.area)
-        return left.area > right.area ? -1 : 1;
-    return left.number < right.number ? -1 : left.number > right.number;
+    return compare_areas(static_cast<const Label *>(a)->summary, static_cast<const Label *>(b)->summary);
 }
 
 /* ---- collisions ------------------------------------------------------------------------------------------- */
@@ -178,7 +173,7 @@ static void remove_collisions(tree *labels)
 }
 
 Labels::Labels(const Topology &topology, int width, int height, const Progress &progress)
-    : grid_{width, height, std::max(1, (width + width_of_a_cell / 2) / width_of_a_cell)},
+    : grid_{width, height, std::max(1, (width + width_per_cell_pixel / 2) / width_per_cell_pixel)},
       tree_(GT_create_with_dupl_not_allowed(compare_labels))
 {
     const AreaIndex countries(topology);

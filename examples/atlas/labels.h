@@ -2,11 +2,10 @@
 #ifndef ATLAS_LABELS_H
 #define ATLAS_LABELS_H
 
-#include <cstdint>
-
 #include <mova/tree/balanced_tree.h>
 
 #include "canvas.h"
+#include "indices.h"
 #include "interior.h"
 #include "topology.h"
 
@@ -18,9 +17,8 @@ constexpr int longest_label = 40;
 struct Label {
     char text[longest_label + 1]; /* glyphs, with '\n' between lines */
     Box box;
-    int dot;           /* the side of a dot, in cells */
-    std::int64_t area; /* of the country, in square kilometres */
-    std::int32_t number;
+    int dot; /* the side of a dot, in cells */
+    Summary summary;
 };
 
 /* The labels of a map. Each lies inside the largest polygon of its country, as large as fits there, and apart from all

@@ -88,7 +88,7 @@ TEST(Labels, LieInsideTheirCountriesInTheShippedWorlds)
         EXPECT_LT(least, labels.size());
         for (const Label &label : labels) {
             const Box &box = label.box;
-            const int ink = ink_land + tints.of(country(topology, label.number));
+            const int ink = ink_land + tints.of(country(topology, label.summary.number));
             int inside = 0;
             for (int y = box.top; y < box.top + box.height; ++y)
                 for (int x = box.left; x < box.left + box.width; ++x)
@@ -105,7 +105,7 @@ TEST(Labels, AreAllApartInTheShippedWorld)
     for (std::size_t i = 0; i < labels.size(); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
             EXPECT_TRUE(apart(labels[i].box, labels[j].box, 3)) << labels[i].text << labels[j].text;
-            EXPECT_GE(labels[j].area, labels[i].area);
+            EXPECT_GE(labels[j].summary.area, labels[i].summary.area);
         }
     }
 }
