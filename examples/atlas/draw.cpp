@@ -3,23 +3,11 @@
 #include <algorithm>
 
 #include "canvas.h"
+#include "colours.h"
 #include "fill.h"
+#include "tints.h"
 
 namespace atlas {
-
-const std::array<Colour, ink_count> palette = {{
-    {14, 36, 56},    /* sea */
-    {29, 56, 80},    /* graticule */
-    {52, 86, 114},   /* frame */
-    {146, 156, 146}, /* border */
-    {244, 225, 178}, /* coast */
-    {92, 122, 84},   /* land */
-    {140, 132, 86},
-    {110, 98, 74},
-    {150, 110, 84},
-    {74, 108, 104},
-    {122, 100, 114},
-}};
 
 Pixel project(Point point, int width, int height)
 {
@@ -45,12 +33,12 @@ static void draw_parallel(Canvas &canvas, int latitude)
 /* The frame is where the map ends, and the equator and the prime meridian. */
 static void draw_graticule(Canvas &canvas)
 {
-    const PenInHand pen(canvas, ink_graticule);
+    const PenInHand pen(canvas, inks().graticule);
     for (int longitude = -150; longitude <= 150; longitude += 30)
         draw_meridian(canvas, longitude);
     for (int latitude = -60; latitude <= 60; latitude += 30)
         draw_parallel(canvas, latitude);
-    const PenInHand frame(canvas, ink_frame);
+    const PenInHand frame(canvas, inks().frame);
     for (const int side : {-1, 0, 1}) {
         draw_meridian(canvas, side * 180);
         draw_parallel(canvas, side * 90);
@@ -64,7 +52,7 @@ static void fill_countries(Canvas &canvas, const Topology &topology, const Progr
     std::size_t done = 0;
     GL_iterator countries = GL_all_items(topology.countries.get());
     while (const Country *country = next_record<Country>(countries)) {
-        const PenInHand pen(canvas, static_cast<std::uint8_t>(ink_land + tints[done]));
+        const PenInHand pen(canvas, inks().land[tints[done]]);
         filler.fill(*country, [&] { progress("filling", done, tints.size()); });
         ++done;
     }
@@ -72,7 +60,7 @@ static void fill_countries(Canvas &canvas, const Topology &topology, const Progr
 
 Picture draw_countries(const Topology &topology, int width, const Progress &progress)
 {
-    Picture picture(width, width / 2, ink_sea);
+    Picture picture(width, width / 2, inks().sea);
     Canvas canvas(picture);
     draw_graticule(canvas);
     fill_countries(canvas, topology, progress);
@@ -118,15 +106,15 @@ void draw_outlines(Picture &picture, const Topology &topology, const Progress &p
     const GL_list *arcs = topology.arcs.get();
     const std::size_t all = static_cast<std::size_t>(GL_count_items(arcs));
     std::size_t done = 0;
-    const auto draw = [&](GL_iterator selected, Ink ink) {
+    const auto draw = [&](GL_iterator selected, std::uint8_t ink) {
         const PenInHand pen(canvas, ink);
         while (const Arc *arc = next_record<Arc>(selected)) {
             draw_arc(canvas, *arc);
             progress("drawing", ++done, all);
         }
     };
-    draw(GL_tested_items(arcs, is_border), ink_border);
-    draw(GL_tested_items(arcs, is_coast), ink_coast);
+    draw(GL_tested_items(arcs, is_border), inks().border);
+    draw(GL_tested_items(arcs, is_coast), inks().coast);
 }
 
 Picture draw_map(const Topology &topology, int width, const Progress &progress)

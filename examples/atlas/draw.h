@@ -4,11 +4,7 @@
 #ifndef ATLAS_DRAW_H
 #define ATLAS_DRAW_H
 
-#include <array>
-#include <cstdint>
-
 #include "picture.h"
-#include "tints.h"
 #include "topology.h"
 
 namespace atlas {
@@ -16,24 +12,6 @@ namespace atlas {
 /* The widest map takes 512 MiB. */
 constexpr int narrowest_map = 16;
 constexpr int widest_map = 32768;
-
-/* There are as many inks for land as there are tints. */
-enum Ink : std::uint8_t {
-    ink_sea,
-    ink_graticule,
-    ink_frame,
-    ink_border,
-    ink_coast,
-    ink_land,
-    ink_count = ink_land + tint_count
-};
-
-struct Colour {
-    std::uint8_t red, green, blue;
-};
-
-/* The colour of each ink. */
-extern const std::array<Colour, ink_count> palette;
 
 /* Returns the pixel that shows a point. The last column and row take in the map's right and lower edge. */
 Pixel project(Point point, int width, int height);

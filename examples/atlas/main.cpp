@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include "colours.h"
 #include "draw.h"
 #include "error.h"
 #include "file.h"
@@ -72,7 +73,7 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     times.draw = watch.lap();
 
     subject = options.out;
-    const std::size_t bytes = write_png(options.out, picture, palette, progress);
+    const std::size_t bytes = write_png(options.out, picture, palette(), progress);
     times.write = watch.lap();
     return {picture.width(), picture.height(), bytes, totals(topology), times};
 }

@@ -5,8 +5,9 @@
 #include <span>
 #include <string>
 
-#include "draw.h"
+#include "colours.h"
 #include "picture.h"
+#include "progress.h"
 
 namespace atlas {
 

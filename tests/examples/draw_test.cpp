@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "colours.h"
 #include "world.h"
 
 using namespace atlas;
@@ -13,9 +14,10 @@ namespace {
 /* FNV-1a, 64 bits, of the colours that the picture shows. */
 std::uint64_t checksum(const Picture &picture)
 {
+    const std::vector<Colour> colours = palette();
     std::uint64_t sum = 0xcbf29ce484222325;
     for (const std::uint8_t ink : picture.bytes()) {
-        for (const std::uint8_t part : {palette[ink].red, palette[ink].green, palette[ink].blue})
+        for (const std::uint8_t part : {colours[ink].red, colours[ink].green, colours[ink].blue})
             sum = (sum ^ part) * 0x100000001b3;
     }
     return sum;
@@ -28,7 +30,7 @@ std::uint8_t ink_at(const Picture &picture, int longitude, int latitude)
 
 bool is_land(std::uint8_t ink)
 {
-    return ink >= ink_land && ink < ink_count;
+    return std::count(inks().land.begin(), inks().land.end(), ink) == 1;
 }
 
 Picture map_of(const std::string &arc, int width)
@@ -37,7 +39,7 @@ Picture map_of(const std::string &arc, int width)
 }
 
 /* The columns of the pixels in this ink. */
-std::vector<int> columns(const Picture &picture, Ink ink)
+std::vector<int> columns(const Picture &picture, std::uint8_t ink)
 {
     std::vector<int> found;
     for (int x = 0; x < picture.width(); ++x) {
@@ -86,13 +88,13 @@ TEST(WorldMap, HasTheSamePixelsEverywhere)
 TEST(WorldMap, ShowsWhatIsThere)
 {
     const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
-    EXPECT_EQ(ink_sea, ink_at(map, -145, -15)) << "the middle of the Pacific";
-    EXPECT_EQ(ink_sea, ink_at(map, -35, 40)) << "the Atlantic";
-    EXPECT_EQ(ink_border, ink_at(map, -141, 63)) << "between Alaska and Yukon";
-    EXPECT_EQ(ink_border, ink_at(map, 27, 22)) << "between Egypt and Sudan";
-    EXPECT_EQ(ink_graticule, ink_at(map, -150, -45));
-    EXPECT_EQ(ink_frame, ink_at(map, -25, 0)) << "the equator";
-    EXPECT_EQ(ink_sea, ink_at(map, 51, 40)) << "the Caspian Sea";
+    EXPECT_EQ(inks().sea, ink_at(map, -145, -15)) << "the middle of the Pacific";
+    EXPECT_EQ(inks().sea, ink_at(map, -35, 40)) << "the Atlantic";
+    EXPECT_EQ(inks().border, ink_at(map, -141, 63)) << "between Alaska and Yukon";
+    EXPECT_EQ(inks().border, ink_at(map, 27, 22)) << "between Egypt and Sudan";
+    EXPECT_EQ(inks().graticule, ink_at(map, -150, -45));
+    EXPECT_EQ(inks().frame, ink_at(map, -25, 0)) << "the equator";
+    EXPECT_EQ(inks().sea, ink_at(map, 51, 40)) << "the Caspian Sea";
     EXPECT_TRUE(is_land(ink_at(map, 0, 8)));
 }
 
@@ -126,7 +128,7 @@ TEST(WorldMap, HasNoLineAcrossIt)
     const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
     for (int y = 0; y < map.height(); ++y) {
         const std::uint8_t *row = map.row(y);
-        EXPECT_GT(300, std::count(row, row + map.width(), ink_coast)) << "row " << y;
+        EXPECT_GT(300, std::count(row, row + map.width(), inks().coast)) << "row " << y;
     }
 }
 
@@ -134,17 +136,17 @@ TEST(Segment, AcrossTheAntimeridianGoesTheShorterWay)
 {
     for (const char *arc : {"[[177,10],[-177,20]]", "[[-177,10],[177,20]]", "[[177,10],[183,20]]"}) {
         const Picture map = map_of(arc, 360);
-        for (const int x : columns(map, ink_coast))
+        for (const int x : columns(map, inks().coast))
             EXPECT_TRUE(x <= 3 || x >= 357) << arc << " column " << x;
-        EXPECT_EQ(ink_coast, ink_at(map, 177, arc[2] == '-' ? 20 : 10));
-        EXPECT_EQ(ink_coast, ink_at(map, -177, arc[2] == '-' ? 10 : 20));
-        EXPECT_NE(0, std::count(map.bytes().begin(), map.bytes().end(), ink_coast));
+        EXPECT_EQ(inks().coast, ink_at(map, 177, arc[2] == '-' ? 20 : 10));
+        EXPECT_EQ(inks().coast, ink_at(map, -177, arc[2] == '-' ? 10 : 20));
+        EXPECT_NE(0, std::count(map.bytes().begin(), map.bytes().end(), inks().coast));
     }
 }
 
 TEST(Segment, AcrossTheAntimeridianLeavesNoGap)
 {
-    const std::vector<int> found = columns(map_of("[[170,10],[-170,10]]", 360), ink_coast);
+    const std::vector<int> found = columns(map_of("[[170,10],[-170,10]]", 360), inks().coast);
     std::vector<int> expected;
     for (int x = 0; x < 360; ++x) {
         if (x <= 10 || x >= 350)
@@ -155,20 +157,20 @@ TEST(Segment, AcrossTheAntimeridianLeavesNoGap)
 
 TEST(Segment, HalfwayRoundTheGlobeIsDrawnAsItStands)
 {
-    EXPECT_EQ(181u, columns(map_of("[[-90,10],[90,10]]", 360), ink_coast).size());
+    EXPECT_EQ(181u, columns(map_of("[[-90,10],[90,10]]", 360), inks().coast).size());
 }
 
 TEST(Segment, AlongTheEdgeOfTheMapIsACutAndNotDrawn)
 {
     for (const char *arc : {"[[180,10],[180,50]]", "[[-180,10],[-180,50]]", "[[-170,-90],[170,-90]]",
                             "[[-100,-89.999],[100,-89.999]]", "[[-100,90],[100,90]]"})
-        EXPECT_TRUE(columns(map_of(arc, 360), ink_coast).empty()) << arc;
+        EXPECT_TRUE(columns(map_of(arc, 360), inks().coast).empty()) << arc;
 }
 
 TEST(Segment, ThatOnlyEndsAtTheEdgeIsDrawn)
 {
-    EXPECT_EQ(10u, columns(map_of("[[170,10],[180,10]]", 360), ink_coast).size());
-    EXPECT_EQ(10u, columns(map_of("[[15,-80],[15,-90]]", 360), ink_coast).size());
+    EXPECT_EQ(10u, columns(map_of("[[170,10],[180,10]]", 360), inks().coast).size());
+    EXPECT_EQ(10u, columns(map_of("[[15,-80],[15,-90]]", 360), inks().coast).size());
 }
 
 TEST(Outlines, ThatAreSharedLieBelowThoseThatAreNot)
@@ -176,8 +178,8 @@ TEST(Outlines, ThatAreSharedLieBelowThoseThatAreNot)
     const std::string objects = R"("a":{"type":"LineString","arcs":[0]},"b":{"type":"LineString","arcs":[-1]},
                                    "c":{"type":"LineString","arcs":[1]})";
     const Picture map = draw_map(decode(world(objects, "[[10,10],[20,10]],[[15,5],[15,15]]")), 360, no_progress);
-    EXPECT_EQ(ink_border, ink_at(map, 12, 10));
-    EXPECT_EQ(ink_coast, ink_at(map, 15, 10));
+    EXPECT_EQ(inks().border, ink_at(map, 12, 10));
+    EXPECT_EQ(inks().coast, ink_at(map, 15, 10));
 }
 
 TEST(Map, IsHalfAsHighAsItIsWide)

@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "colours.h"
 #include "world.h"
 
 using namespace atlas;
@@ -85,9 +86,10 @@ std::vector<png_byte> pixels_of(const std::string &path, int width)
 
 std::vector<png_byte> pixels_of(const Picture &picture)
 {
+    const std::vector<Colour> colours = palette();
     std::vector<png_byte> pixels;
     for (const std::uint8_t ink : picture.bytes()) {
-        const Colour &colour = palette[ink];
+        const Colour &colour = colours[ink];
         pixels.insert(pixels.end(), {colour.red, colour.green, colour.blue});
     }
     return pixels;
