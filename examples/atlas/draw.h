@@ -1,29 +1,45 @@
-/* Draws a topology as a world map, countries filled and outlined, in the equirectangular view: longitude to the right,
-   latitude upwards, both to the same scale. Nothing here computes with fractions, so that the same topology gives the
-   same pixels everywhere. */
+/* A topology as a world map, countries filled and outlined. Nothing here computes with fractions, so that the same
+   topology gives the same pixels everywhere. */
 #ifndef ATLAS_DRAW_H
 #define ATLAS_DRAW_H
 
-#include "picture.h"
-#include "topology.h"
+#include <cstdint>
+#include <vector>
+
+#include "fill.h"
+#include "outlines.h"
+#include "progress.h"
 
 namespace atlas {
 
-/* The widest map takes 512 MiB. */
 constexpr int narrowest_map = 16;
 constexpr int widest_map = 32768;
 
-/* Returns the pixel that shows a point. The last column and row take in the map's right and lower edge. */
-Pixel project(Point point, int width, int height);
+/* All that the map shows, prepared for one width: tiles can be drawn in any order. It does not need the topology any
+   more. */
+class Drawing {
+public:
+    Drawing(const Topology &topology, int width, const Progress &progress);
 
-/* Returns a map half as high as it is wide: the sea, the graticule in it, and the countries. */
-Picture draw_countries(const Topology &topology, int width, const Progress &progress);
+    /* The map is half as high as it is wide. */
+    Size size() const { return size_; }
 
-/* Draws the borders and the coasts on top. */
-void draw_outlines(Picture &picture, const Topology &topology, const Progress &progress);
+    /* Draws all that lies in the tile: the sea, the graticule in it, the countries, their borders, the coasts. */
+    void draw(Tile tile);
 
-/* Returns the whole map, which is these two. */
-Picture draw_map(const Topology &topology, int width, const Progress &progress);
+private:
+    struct Land {
+        std::uint8_t ink;
+        Region region;
+    };
+
+    void fill_countries(Canvas &canvas);
+
+    Size size_;
+    std::vector<Land> lands_;
+    Filler filler_;
+    Outlines outlines_;
+};
 
 } // namespace atlas
 

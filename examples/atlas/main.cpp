@@ -15,6 +15,7 @@
 #include "error.h"
 #include "file.h"
 #include "options.h"
+#include "picture.h"
 #include "png_file.h"
 #include "topology.h"
 
@@ -34,11 +35,11 @@ private:
 };
 
 struct Times {
-    double read, decode, fill, draw, write;
+    double read, decode, prepare, draw, write;
 };
 
 struct Outcome {
-    int width, height;
+    Size size;
     std::size_t bytes;
     Totals drawn;
     Times times;
@@ -67,15 +68,16 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     times.read = watch.lap();
     const Topology topology = decode_topology(text, progress);
     times.decode = watch.lap();
-    Picture picture = draw_countries(topology, options.width, progress);
-    times.fill = watch.lap();
-    draw_outlines(picture, topology, progress);
+    Drawing drawing(topology, options.width, progress);
+    times.prepare = watch.lap();
+    Picture picture(
+        drawing.size(), [&](Tile tile) { drawing.draw(tile); }, progress);
     times.draw = watch.lap();
 
     subject = options.out;
     const std::size_t bytes = write_png(options.out, picture, palette(), progress);
     times.write = watch.lap();
-    return {picture.width(), picture.height(), bytes, totals(topology), times};
+    return {picture.size(), bytes, totals(topology), times};
 }
 
 static void print_outcome(const Options &options, const Outcome &outcome)
@@ -83,13 +85,13 @@ static void print_outcome(const Options &options, const Outcome &outcome)
     const Totals &drawn = outcome.drawn;
     const Times &times = outcome.times;
     std::printf("picture  %s\n", std::filesystem::absolute(options.out).lexically_normal().c_str());
-    std::printf("size     %d x %d pixels, %zu bytes\n", outcome.width, outcome.height, outcome.bytes);
+    std::printf("size     %d x %d pixels, %zu bytes\n", outcome.size.width, outcome.size.height, outcome.bytes);
     std::printf("drawn    %" PRId64 " countries, %" PRId64 " rings, ", drawn.countries, drawn.rings);
     if (drawn.lines > 0)
         std::printf("%" PRId64 " lines, ", drawn.lines);
     std::printf("%" PRId64 " points\n", drawn.points);
-    std::printf("time     read %.1f ms, decode %.1f ms, fill %.1f ms, draw %.1f ms, write %.1f ms\n", times.read,
-                times.decode, times.fill, times.draw, times.write);
+    std::printf("time     read %.1f ms, decode %.1f ms, prepare %.1f ms, draw %.1f ms, write %.1f ms\n", times.read,
+                times.decode, times.prepare, times.draw, times.write);
     if (std::fflush(stdout) != 0)
         throw Error("the report could not be printed");
 }

@@ -1,49 +1,38 @@
 #include "picture.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace atlas {
 
-Picture::Picture(int width, int height, std::uint8_t background)
-    : width_(width), height_(height),
-      bytes_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), background)
+static std::vector<Area> areas_of(Size size)
 {
+    std::vector<Area> areas;
+    for (int top = 0; top < size.height; top += tile_size.height) {
+        for (int left = 0; left < size.width; left += tile_size.width)
+            areas.push_back({left, top, std::min(left + tile_size.width, size.width),
+                             std::min(top + tile_size.height, size.height)});
+    }
+    return areas;
 }
 
-void Picture::plot(Pixel pixel, std::uint8_t colour)
+Picture::Picture(Size size, const std::function<void(Tile)> &paint, const Progress &progress) : size_(size)
 {
-    if (pixel.x >= 0 && pixel.x < width_ && pixel.y >= 0 && pixel.y < height_)
-        bytes_[offset(pixel)] = colour;
-}
-
-/* Bresenham's line. `error` is how far the pixel lies off the ideal line, in units that keep it whole. */
-void Picture::line(Pixel from, Pixel to, std::uint8_t colour)
-{
-    const int across = std::abs(to.x - from.x), down = std::abs(to.y - from.y);
-    const int step_x = from.x < to.x ? 1 : -1, step_y = from.y < to.y ? 1 : -1;
-    int error = across - down;
-    Pixel at = from;
-    plot(at, colour);
-    while (at.x != to.x || at.y != to.y) {
-        const int twice = 2 * error;
-        if (twice > -down) {
-            error -= down;
-            at.x += step_x;
-        }
-        if (twice < across) {
-            error += across;
-            at.y += step_y;
-        }
-        plot(at, colour);
+    const std::vector<Area> areas = areas_of(size);
+    for (const Area &area : areas) {
+        tiles_.emplace_back(area.pixels());
+        paint({area, tiles_.back().data()});
+        progress("drawing", tiles_.size(), areas.size());
     }
 }
 
-void Picture::span(int row, int from, int end, std::uint8_t colour)
+void Picture::read_row(int y, std::uint8_t *pixels) const
 {
-    const int left = std::max(from, 0), right = std::min(end, width_);
-    if (row >= 0 && row < height_ && left < right)
-        std::fill_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset({left, row})), right - left, colour);
+    const int columns = (size_.width + tile_size.width - 1) / tile_size.width;
+    auto tile = tiles_.begin() + y / tile_size.height * columns;
+    for (int left = 0; left < size_.width; left += tile_size.width, ++tile) {
+        const int width = std::min(tile_size.width, size_.width - left);
+        std::copy_n(tile->begin() + y % tile_size.height * width, width, pixels + left);
+    }
 }
 
 } // namespace atlas

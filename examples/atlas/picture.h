@@ -1,41 +1,32 @@
-/* A picture of 8-bit colour numbers, row after row from the top, and straight lines and rows of pixels in it. */
+/* A picture in tiles. They are wide and low: a row of the picture then needs few of them. */
 #ifndef ATLAS_PICTURE_H
 #define ATLAS_PICTURE_H
 
-#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
+
+#include "progress.h"
+#include "tile.h"
 
 namespace atlas {
 
-struct Pixel {
-    int x, y;
-};
+/* Those at the right and the lower edge may be smaller. */
+constexpr Size tile_size = {512, 32};
 
 class Picture {
 public:
-    Picture(int width, int height, std::uint8_t background);
+    /* Has `paint` draw each tile, once and whole. */
+    Picture(Size size, const std::function<void(Tile)> &paint, const Progress &progress);
 
-    int width() const { return width_; }
-    int height() const { return height_; }
-    const std::vector<std::uint8_t> &bytes() const { return bytes_; }
-    const std::uint8_t *row(int y) const { return bytes_.data() + offset({0, y}); }
-    std::uint8_t at(Pixel pixel) const { return bytes_[offset(pixel)]; }
+    Size size() const { return size_; }
 
-    /* All three leave out what lies outside the picture. */
-    void plot(Pixel pixel, std::uint8_t colour);
-    void line(Pixel from, Pixel to, std::uint8_t colour);
-    /* The columns from `from` up to, not including, `end`. */
-    void span(int row, int from, int end, std::uint8_t colour);
+    /* Copies a row's pixels. Rows are read best from the top down. */
+    void read_row(int y, std::uint8_t *pixels) const;
 
 private:
-    std::size_t offset(Pixel pixel) const
-    {
-        return static_cast<std::size_t>(pixel.y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(pixel.x);
-    }
-
-    int width_, height_;
-    std::vector<std::uint8_t> bytes_;
+    Size size_;
+    std::vector<std::vector<std::uint8_t>> tiles_; /* row after row */
 };
 
 } // namespace atlas

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "colours.h"
+#include "pixels.h"
 #include "world.h"
 
 using namespace atlas;
@@ -84,7 +85,7 @@ std::vector<png_byte> pixels_of(const std::string &path, int width)
     return pixels;
 }
 
-std::vector<png_byte> pixels_of(const Picture &picture)
+std::vector<png_byte> pixels_of(const Pixels &picture)
 {
     const std::vector<Colour> colours = palette();
     std::vector<png_byte> pixels;
@@ -102,7 +103,7 @@ TEST_F(Atlas, DrawsTheMapInItsColours)
     const Outcome outcome = run({shipped_path("110m"), "--out", "map.png", "--width", "361"});
     EXPECT_EQ("", outcome.err);
     ASSERT_EQ(0, outcome.code);
-    const Picture expected = draw_map(decode(shipped_world("110m")), 361, no_progress);
+    const Pixels expected = draw_map(decode(shipped_world("110m")), 361);
     EXPECT_TRUE(pixels_of(expected) == pixels_of(scratch_ / "map.png", 361));
     EXPECT_EQ(1, scratch_.entries());
 }
@@ -115,7 +116,7 @@ TEST_F(Atlas, ReportsWhatItDrew)
     const std::regex report(
         "picture  " + path + "\n" + "size     2048 x 1024 pixels, " + bytes + " bytes\n" +
         "drawn    177 countries, 286 rings, 8246 points\n" +
-        "time     read [0-9.]+ ms, decode [0-9.]+ ms, fill [0-9.]+ ms, draw [0-9.]+ ms, write [0-9.]+ ms\n");
+        "time     read [0-9.]+ ms, decode [0-9.]+ ms, prepare [0-9.]+ ms, draw [0-9.]+ ms, write [0-9.]+ ms\n");
     EXPECT_TRUE(std::regex_match(outcome.out, report)) << outcome.out;
 }
 

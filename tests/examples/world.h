@@ -8,7 +8,6 @@
 #include <sstream>
 #include <string>
 
-#include "draw.h"
 #include "file.h"
 #include "topology.h"
 
