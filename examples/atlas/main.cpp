@@ -10,6 +10,8 @@
 
 #include <unistd.h>
 
+#include <mova/host/errors.h>
+
 #include "colours.h"
 #include "draw.h"
 #include "error.h"
@@ -42,6 +44,7 @@ struct Outcome {
     Size size;
     std::size_t bytes;
     Totals drawn;
+    Picture::Statistics cache;
     Times times;
 };
 
@@ -70,14 +73,14 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     times.decode = watch.lap();
     Drawing drawing(topology, options.width, progress);
     times.prepare = watch.lap();
-    Picture picture(
-        drawing.size(), [&](Tile tile) { drawing.draw(tile); }, progress);
-    times.draw = watch.lap();
 
     subject = options.out;
+    const auto paint = [&](Tile tile) { drawing.draw(tile); };
+    Picture picture(drawing.size(), options.cache_budget, paint, progress);
+    times.draw = watch.lap();
     const std::size_t bytes = write_png(options.out, picture, palette(), progress);
     times.write = watch.lap();
-    return {picture.size(), bytes, totals(topology), times};
+    return {picture.size(), bytes, totals(topology), picture.statistics(), times};
 }
 
 static void print_outcome(const Options &options, const Outcome &outcome)
@@ -90,6 +93,10 @@ static void print_outcome(const Options &options, const Outcome &outcome)
     if (drawn.lines > 0)
         std::printf("%" PRId64 " lines, ", drawn.lines);
     std::printf("%" PRId64 " points\n", drawn.points);
+    const Picture::Statistics &cache = outcome.cache;
+    std::printf("cache    %zu bytes for %zu tiles: %" PRIu64 " evictions, %" PRIu64 " write-backs, %" PRIu64
+                " fetches, %" PRIu64 " blocks moved\n",
+                cache.budget, cache.tiles, cache.evictions, cache.write_backs, cache.fetches, cache.moves);
     std::printf("time     read %.1f ms, decode %.1f ms, prepare %.1f ms, draw %.1f ms, write %.1f ms\n", times.read,
                 times.decode, times.prepare, times.draw, times.write);
     if (std::fflush(stdout) != 0)
@@ -116,11 +123,19 @@ static std::string last_words;
     _exit(1);
 }
 
+static void raise_error(const char *module, std::int32_t line, std::int32_t code)
+{
+    if (code == MOVA_ALLOCATION_FAILED)
+        end_without_memory();
+    throw mova::error(module, line, code);
+}
+
 static int run(int argc, char **argv, std::string &subject)
 {
     const Options options = parse_options(argc, argv);
     last_words = complaint(options.file, "out of memory");
     std::set_new_handler(end_without_memory);
+    mova_set_error_handler(raise_error);
     if (options.help)
         return std::fputs(usage, stdout) < 0 || std::fflush(stdout) != 0;
     const Outcome outcome = draw_atlas(options, subject);

@@ -7,32 +7,39 @@
 
 #include "draw.h"
 #include "error.h"
+#include "picture.h"
 
 namespace atlas {
 
-const char *const usage = R"(usage: atlas FILE [--out PNG] [--width N]
+const char *const usage = R"(usage: atlas FILE [--out PNG] [--width N] [--cache-budget BYTES]
 
 Draws a TopoJSON file as a map of the world, areas filled and outlined: its object
 "countries" where it has one, otherwise all its objects.
 
-  --out PNG    the picture to write (atlas.png)
-  --width N    its width in pixels, 16 to 32768 (2048); it is half as high
-  --help       shows this text
+  --out PNG             the picture to write (atlas.png)
+  --width N             its width in pixels, 16 to 32768 (2048); it is half as high
+  --cache-budget BYTES  how much of it is kept in memory, 32768 to 536870912 (1048576);
+                        the rest lies in a temporary file, in TMPDIR or /tmp
+  --help                shows this text
 )";
 
-static int parse_width(const char *text)
+/* Two tiles at the least, and the widest map at the most. */
+constexpr int least_budget = 2 * tile_bytes;
+constexpr int most_budget = widest_map * (widest_map / 2);
+
+static int parse_number(const char *option, const char *text, int least, int most)
 {
-    int width = 0;
+    int number = 0;
     const char *end = text + std::strlen(text);
-    const std::from_chars_result result = std::from_chars(text, end, width);
-    if (result.ec != std::errc() || result.ptr != end || width < narrowest_map || width > widest_map)
-        throw Error("--width takes a whole number from " + std::to_string(narrowest_map) + " to " +
-                    std::to_string(widest_map) + ", not " + text);
-    return width;
+    const std::from_chars_result result = std::from_chars(text, end, number);
+    if (result.ec != std::errc() || result.ptr != end || number < least || number > most)
+        throw Error(std::string(option) + " takes a whole number from " + std::to_string(least) + " to " +
+                    std::to_string(most) + ", not " + text);
+    return number;
 }
 
 /* Below every letter, so that a letter that getopt_long refuses is none of them. */
-enum LongOption { option_out = 1, option_width, option_help };
+enum LongOption { option_out = 1, option_width, option_cache_budget, option_help };
 
 /* The option that getopt_long has just refused: a letter, or the last word that it read. */
 static std::string refused_option(char **argv)
@@ -44,7 +51,11 @@ static void apply(Options &options, int option, char **argv)
 {
     switch (option) {
     case option_out: options.out = optarg; break;
-    case option_width: options.width = parse_width(optarg); break;
+    case option_width: options.width = parse_number("--width", optarg, narrowest_map, widest_map); break;
+    case option_cache_budget:
+        options.cache_budget =
+            static_cast<std::size_t>(parse_number("--cache-budget", optarg, least_budget, most_budget));
+        break;
     case option_help: options.help = true; break;
     case ':': throw Error(refused_option(argv) + " needs a value (see atlas --help)");
     default: throw Error("unknown option " + refused_option(argv) + " (see atlas --help)");
@@ -55,6 +66,7 @@ Options parse_options(int argc, char **argv)
 {
     static const option known[] = {{"out", required_argument, nullptr, option_out},
                                    {"width", required_argument, nullptr, option_width},
+                                   {"cache-budget", required_argument, nullptr, option_cache_budget},
                                    {"help", no_argument, nullptr, option_help},
                                    {nullptr, 0, nullptr, 0}};
     Options options;

@@ -1,6 +1,7 @@
 #ifndef ATLAS_OPTIONS_H
 #define ATLAS_OPTIONS_H
 
+#include <cstddef>
 #include <string>
 
 namespace atlas {
@@ -11,6 +12,7 @@ struct Options {
     std::string file;
     std::string out = "atlas.png";
     int width = 2048;
+    std::size_t cache_budget = std::size_t{1} << 20; /* bytes */
     bool help = false;
 };
 
