@@ -34,6 +34,7 @@ void Region::add_edge(Point from, Point to, Size map)
                        centres_before(end_y)};
     if (rows.top >= rows.bottom)
         return;
+    tallest_ = std::max(tallest_, rows.height());
     bounds_ = edges_.empty() ? rows : area_around(bounds_, rows);
     edges_.push_back({nullptr, nullptr, x, y, end_x - x, end_y - y, rows.top, rows.bottom});
 }
@@ -104,7 +105,9 @@ void Filler::fill(Canvas &canvas, Region &region)
 {
     const Area &area = canvas.area();
     const int end = std::min(area.bottom, region.bounds_.bottom);
-    auto waiting = region.edges_.begin();
+    /* For sure: so far above the tile even the tallest edge ends. */
+    const auto ends_above = [&](const Region::Edge &edge) { return edge.first_row + region.tallest_ <= area.top; };
+    auto waiting = std::partition_point(region.edges_.begin(), region.edges_.end(), ends_above);
     for (int row = std::max(area.top, region.bounds_.top); row < end; ++row) {
         for (; waiting != region.edges_.end() && waiting->first_row <= row; ++waiting) {
             if (waiting->end_row > row)

@@ -40,6 +40,7 @@ private:
     void add_edge(Point from, Point to, Size map);
 
     std::vector<Edge> edges_; /* by their first rows */
+    int tallest_ = 0;         /* the most rows that an edge lies on */
     Area bounds_ = {0, 0, 0, 0};
 };
 
