@@ -42,8 +42,8 @@ public:
 
     void cover(std::uint8_t ink);
 
-    /* Both take any pixels of the map, and of others too, and leave out what lies outside the tile. So a line is the
-       same, whatever tiles it is drawn in. */
+    /* Both take pixels anywhere, and leave out what lies outside the tile. A line is the same, whatever tiles it is
+       drawn in. */
     void line(Pixel from, Pixel to, std::uint8_t ink);
     /* The columns from `from` up to, not including, `end`. */
     void span(int row, int from, int end, std::uint8_t ink);
