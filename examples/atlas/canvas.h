@@ -21,7 +21,7 @@ public:
     int width() const { return map_.width; }
     int height() const { return map_.height; }
 
-    const Area &area() const { return tile_.area(); }
+    const Rectangle &bounds() const { return tile_.bounds(); }
 
     /* Both require a pen. */
     void line(Pixel from, Pixel to) { tile_.line(from, to, ink()); }

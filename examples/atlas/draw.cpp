@@ -48,7 +48,7 @@ Drawing::Drawing(const Topology &topology, int width, const Progress &progress)
 void Drawing::fill_countries(Canvas &canvas)
 {
     for (Land &land : lands_) {
-        if (!land.region.bounds().meets(canvas.area()))
+        if (!land.region.bounds().meets(canvas.bounds()))
             continue;
         const PenInHand pen(canvas, land.ink);
         filler_.fill(canvas, land.region);

@@ -30,13 +30,13 @@ void Region::add_edge(Point from, Point to, Size map)
         return static_cast<std::int32_t>((std::int64_t{90} * degree - point.latitude) * map.height * 2 * grid / globe);
     };
     const std::int32_t x = right(from), end_x = right(to), y = down(from), end_y = down(to);
-    const Area rows = {centres_before(std::min(x, end_x)), centres_before(y), centres_before(std::max(x, end_x)),
-                       centres_before(end_y)};
-    if (rows.top >= rows.bottom)
+    const Rectangle bounds = {centres_before(std::min(x, end_x)), centres_before(y), centres_before(std::max(x, end_x)),
+                              centres_before(end_y)};
+    if (bounds.top >= bounds.bottom)
         return;
-    tallest_ = std::max(tallest_, rows.height());
-    bounds_ = edges_.empty() ? rows : area_around(bounds_, rows);
-    edges_.push_back({nullptr, nullptr, x, y, end_x - x, end_y - y, rows.top, rows.bottom});
+    tallest_ = std::max(tallest_, bounds.height());
+    bounds_ = edges_.empty() ? bounds : rectangle_around(bounds_, bounds);
+    edges_.push_back({nullptr, nullptr, x, y, end_x - x, end_y - y, bounds.top, bounds.bottom});
 }
 
 Region::Region(const Country &country, Size map)
@@ -54,18 +54,18 @@ Region::Region(const Country &country, Size map)
 
 /* ---- filling ---------------------------------------------------------------------------------------------- */
 
-/* Returns how many pixel centres of the row lie to the left of the edge, but no column outside the area: a whole number,
+/* Returns how many pixel centres of the row lie to the left of the edge, but no column outside the tile: a whole number,
    which a double holds exactly. The sum takes 51 bits at most. */
-double Region::Edge::column(int row, const Area &area) const
+double Region::Edge::column(int row, const Rectangle &tile) const
 {
-    if (std::max(x, x + across) <= area.left * grid)
-        return area.left;
-    if (std::min(x, x + across) >= area.right * grid)
-        return area.right;
+    if (std::max(x, x + across) <= tile.left * grid)
+        return tile.left;
+    if (std::min(x, x + across) >= tile.right * grid)
+        return tile.right;
     const std::int64_t below_start = std::int64_t{row} * grid + grid / 2 - y;
     const std::int64_t from_first_centre = std::int64_t{x - grid / 2} * down + across * below_start;
     const std::int64_t centres = ceil_divided(from_first_centre, std::int64_t{grid} * down);
-    return static_cast<double>(std::clamp<std::int64_t>(centres, area.left, area.right));
+    return static_cast<double>(std::clamp<std::int64_t>(centres, tile.left, tile.right));
 }
 
 /* The edges are not the list's. */
@@ -80,12 +80,12 @@ Filler::~Filler()
 }
 
 /* Notes where the scanline crosses the active edges, and drops those that end above the next one. */
-void Filler::cross(int row, const Area &area)
+void Filler::cross(int row, const Rectangle &tile)
 {
     SL_iterator active = SL_all_items(active_);
     for (void *item; SL_next_item(&active, &item);) {
         const Region::Edge *edge = static_cast<const Region::Edge *>(item);
-        DBLL_add_double(crossings_, edge->column(row, area));
+        DBLL_add_double(crossings_, edge->column(row, tile));
         if (edge->end_row == row + 1)
             SL_remove_item(active_, item);
     }
@@ -103,17 +103,17 @@ void Filler::fill_row(Canvas &canvas, int row)
 
 void Filler::fill(Canvas &canvas, Region &region)
 {
-    const Area &area = canvas.area();
-    const int end = std::min(area.bottom, region.bounds_.bottom);
+    const Rectangle &tile = canvas.bounds();
+    const int end = std::min(tile.bottom, region.bounds_.bottom);
     /* For sure: so far above the tile even the tallest edge ends. */
-    const auto ends_above = [&](const Region::Edge &edge) { return edge.first_row + region.tallest_ <= area.top; };
+    const auto ends_above = [&](const Region::Edge &edge) { return edge.first_row + region.tallest_ <= tile.top; };
     auto waiting = std::partition_point(region.edges_.begin(), region.edges_.end(), ends_above);
-    for (int row = std::max(area.top, region.bounds_.top); row < end; ++row) {
+    for (int row = std::max(tile.top, region.bounds_.top); row < end; ++row) {
         for (; waiting != region.edges_.end() && waiting->first_row <= row; ++waiting) {
             if (waiting->end_row > row)
                 SL_append_after_last(active_, &*waiting);
         }
-        cross(row, area);
+        cross(row, tile);
         fill_row(canvas, row);
     }
     SL_make_empty(active_, leave);

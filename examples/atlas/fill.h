@@ -22,7 +22,7 @@ public:
     Region(const Country &country, Size map);
 
     /* Nothing is filled outside it. */
-    const Area &bounds() const { return bounds_; }
+    const Rectangle &bounds() const { return bounds_; }
 
 private:
     friend class Filler;
@@ -34,14 +34,14 @@ private:
         std::int32_t x, y, across, down;
         int first_row, end_row;
 
-        double column(int row, const Area &area) const;
+        double column(int row, const Rectangle &tile) const;
     };
 
     void add_edge(Point from, Point to, Size map);
 
     std::vector<Edge> edges_; /* by their first rows */
     int tallest_ = 0;         /* the most rows that an edge lies on */
-    Area bounds_ = {0, 0, 0, 0};
+    Rectangle bounds_ = {0, 0, 0, 0};
 };
 
 class Filler {
@@ -55,7 +55,7 @@ public:
     void fill(Canvas &canvas, Region &region);
 
 private:
-    void cross(int row, const Area &area);
+    void cross(int row, const Rectangle &tile);
     void fill_row(Canvas &canvas, int row);
 
     SL_list *active_ = SL_create(); /* the edges that lie on the scanline */

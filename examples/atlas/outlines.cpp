@@ -23,13 +23,13 @@ static bool is_cut(Point from, Point to)
 
 void Outlines::add_line(Line line, std::uint8_t ink)
 {
-    const Area bounds = area_around(line.from, line.to);
+    const Rectangle bounds = rectangle_around(line.from, line.to);
     const std::size_t first = runs_.size() > 1 ? runs_[runs_.size() - 2].end : 0;
     lines_.push_back(line);
     if (runs_.empty() || runs_.back().ink != ink || runs_.back().end - first == most_lines)
         runs_.push_back({ink, bounds, lines_.size()});
     else
-        runs_.back() = {ink, area_around(runs_.back().bounds, bounds), lines_.size()};
+        runs_.back() = {ink, rectangle_around(runs_.back().bounds, bounds), lines_.size()};
 }
 
 /* Goes the shorter way round the globe. What then leaves the map on one side comes in again on the other. */
@@ -64,7 +64,7 @@ void Outlines::draw(Canvas &canvas) const
 {
     std::size_t first = 0;
     for (const Run &run : runs_) {
-        if (run.bounds.meets(canvas.area())) {
+        if (run.bounds.meets(canvas.bounds())) {
             const PenInHand pen(canvas, run.ink);
             for (std::size_t i = first; i < run.end; ++i)
                 canvas.line(lines_[i].from, lines_[i].to);

@@ -24,10 +24,10 @@ private:
         Pixel from, to;
     };
 
-    /* Lines that follow each other, and an area that they lie in: a tile that it does not meet passes them over. */
+    /* Lines that follow each other, and a rectangle that they lie in: a tile that it does not meet passes them over. */
     struct Run {
         std::uint8_t ink;
-        Area bounds;
+        Rectangle bounds;
         std::size_t end; /* its lines are those before it, from the end of the run before */
     };
 

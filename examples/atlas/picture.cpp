@@ -10,7 +10,7 @@ namespace atlas {
 
 std::uint32_t Picture::size_of(void *tile)
 {
-    return static_cast<std::uint32_t>(static_cast<const StoredTile *>(tile)->area.pixels());
+    return static_cast<std::uint32_t>(static_cast<const StoredTile *>(tile)->bounds.pixels());
 }
 
 void Picture::fetch(void *tile, void *pixels, std::uint32_t size)
@@ -23,7 +23,7 @@ void Picture::fetch(void *tile, void *pixels, std::uint32_t size)
 void Picture::write_back(void *tile, void *pixels)
 {
     const StoredTile *written = static_cast<const StoredTile *>(tile);
-    written->picture->file_.write(written->offset, pixels, written->area.pixels());
+    written->picture->file_.write(written->offset, pixels, written->bounds.pixels());
     ++written->picture->write_backs_;
 }
 
@@ -39,9 +39,9 @@ Picture::Picture(Size size, std::size_t cache_budget)
 {
     for (int top = 0; top < size.height; top += tile_size.height) {
         for (int left = 0; left < size.width; left += tile_size.width) {
-            const Area area = {left, top, std::min(left + tile_size.width, size.width),
-                               std::min(top + tile_size.height, size.height)};
-            tiles_.push_back({this, tiles_.size() * tile_bytes, area, nullptr});
+            const Rectangle bounds = {left, top, std::min(left + tile_size.width, size.width),
+                                      std::min(top + tile_size.height, size.height)};
+            tiles_.push_back({this, tiles_.size() * tile_bytes, bounds, nullptr});
         }
     }
 }
@@ -69,7 +69,7 @@ Picture::~Picture()
 void Picture::paint_tile(StoredTile &tile, const std::function<void(Tile)> &paint)
 {
     const mb_handle handle = cc_alloc(cache_, size_of(&tile));
-    paint({tile.area, static_cast<std::uint8_t *>(mb_get(pool_, handle))});
+    paint({tile.bounds, static_cast<std::uint8_t *>(mb_get(pool_, handle))});
     tile.entry = cc_insert(cache_, &tile, handle, size_of, fetch, write_back, forget);
 }
 
@@ -80,11 +80,11 @@ void Picture::read_row(int y, std::uint8_t *pixels)
     const int columns = (size_.width + tile_size.width - 1) / tile_size.width;
     const auto first = tiles_.begin() + std::ptrdiff_t{y / tile_size.height} * columns;
     for (auto tile = first; tile != first + columns; ++tile) {
-        if (y == tile->area.top && y > 0)
+        if (y == tile->bounds.top && y > 0)
             cc_lazy_swap_out(cache_, (tile - columns)->entry);
         const auto *body = static_cast<const std::uint8_t *>(cc_get(cache_, tile->entry));
-        std::copy_n(body + std::ptrdiff_t{y - tile->area.top} * tile->area.width(), tile->area.width(),
-                    pixels + tile->area.left);
+        std::copy_n(body + std::ptrdiff_t{y - tile->bounds.top} * tile->bounds.width(), tile->bounds.width(),
+                    pixels + tile->bounds.left);
     }
 }
 

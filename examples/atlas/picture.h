@@ -56,7 +56,7 @@ private:
     struct StoredTile {
         Picture *picture;
         std::size_t offset; /* in the file */
-        Area area;
+        Rectangle bounds;
         cc_entry *entry;
     };
 

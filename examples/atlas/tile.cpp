@@ -7,24 +7,24 @@
 
 namespace atlas {
 
-Area area_around(Pixel a, Pixel b)
+Rectangle rectangle_around(Pixel a, Pixel b)
 {
     return {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x) + 1, std::max(a.y, b.y) + 1};
 }
 
-Area area_around(const Area &a, const Area &b)
+Rectangle rectangle_around(const Rectangle &a, const Rectangle &b)
 {
     return {std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right), std::max(a.bottom, b.bottom)};
 }
 
 void Tile::cover(std::uint8_t ink)
 {
-    std::fill_n(pixels_, area_.pixels(), ink);
+    std::fill_n(pixels_, bounds_.pixels(), ink);
 }
 
 void Tile::plot(Pixel pixel, std::uint8_t ink)
 {
-    if (pixel.x >= area_.left && pixel.x < area_.right && pixel.y >= area_.top && pixel.y < area_.bottom)
+    if (pixel.x >= bounds_.left && pixel.x < bounds_.right && pixel.y >= bounds_.top && pixel.y < bounds_.bottom)
         *at(pixel) = ink;
 }
 
@@ -36,10 +36,10 @@ static int after_steps(int step, int steps, int whole)
     return static_cast<int>(whole < 0 ? -way : way);
 }
 
-/* One pixel for each step along the line's longer side, of those steps that lie in the area. */
+/* One pixel for each step along the line's longer side, of those steps that lie in the tile. */
 void Tile::line(Pixel from, Pixel to, std::uint8_t ink)
 {
-    if (!area_.meets(area_around(from, to)))
+    if (!bounds_.meets(rectangle_around(from, to)))
         return;
     const int across = to.x - from.x, down = to.y - from.y;
     const int steps = std::max({std::abs(across), std::abs(down), 1});
@@ -47,16 +47,17 @@ void Tile::line(Pixel from, Pixel to, std::uint8_t ink)
         const int first = whole < 0 ? start - high : low - start, last = whole < 0 ? start - low : high - start;
         return std::pair(std::max(first, 0), std::min(last, std::abs(whole)));
     };
-    const auto [first, last] = std::abs(across) >= std::abs(down) ? clipped(from.x, across, area_.left, area_.right - 1)
-                                                                  : clipped(from.y, down, area_.top, area_.bottom - 1);
+    const auto [first, last] = std::abs(across) >= std::abs(down)
+                                   ? clipped(from.x, across, bounds_.left, bounds_.right - 1)
+                                   : clipped(from.y, down, bounds_.top, bounds_.bottom - 1);
     for (int step = first; step <= last; ++step)
         plot({from.x + after_steps(step, steps, across), from.y + after_steps(step, steps, down)}, ink);
 }
 
 void Tile::span(int row, int from, int end, std::uint8_t ink)
 {
-    const int left = std::max(from, area_.left), right = std::min(end, area_.right);
-    if (row >= area_.top && row < area_.bottom && left < right)
+    const int left = std::max(from, bounds_.left), right = std::min(end, bounds_.right);
+    if (row >= bounds_.top && row < bounds_.bottom && left < right)
         std::fill_n(at({left, row}), right - left, ink);
 }
 

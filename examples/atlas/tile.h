@@ -17,28 +17,28 @@ struct Size {
 };
 
 /* The columns from `left` up to, not including, `right`, and the rows from `top` up to, not including, `bottom`. */
-struct Area {
+struct Rectangle {
     int left, top, right, bottom;
 
     int width() const { return right - left; }
     int height() const { return bottom - top; }
     std::size_t pixels() const { return static_cast<std::size_t>(width()) * static_cast<std::size_t>(height()); }
-    bool meets(const Area &other) const
+    bool meets(const Rectangle &other) const
     {
         return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
     }
 };
 
-/* Returns the smallest area that has both pixels, or both areas, in it. */
-Area area_around(Pixel a, Pixel b);
-Area area_around(const Area &a, const Area &b);
+/* Returns the smallest rectangle that has both pixels, or both rectangles, in it. */
+Rectangle rectangle_around(Pixel a, Pixel b);
+Rectangle rectangle_around(const Rectangle &a, const Rectangle &b);
 
 class Tile {
 public:
-    /* Draws in `pixels`, which are the caller's: the area's, row after row from the top. */
-    Tile(const Area &area, std::uint8_t *pixels) : area_(area), pixels_(pixels) {}
+    /* Draws in `pixels`, which are the caller's: the rectangle's, row after row from the top. */
+    Tile(const Rectangle &bounds, std::uint8_t *pixels) : bounds_(bounds), pixels_(pixels) {}
 
-    const Area &area() const { return area_; }
+    const Rectangle &bounds() const { return bounds_; }
 
     void cover(std::uint8_t ink);
 
@@ -51,11 +51,12 @@ public:
 private:
     std::uint8_t *at(Pixel pixel)
     {
-        return pixels_ + static_cast<std::ptrdiff_t>(pixel.y - area_.top) * area_.width() + (pixel.x - area_.left);
+        return pixels_ + static_cast<std::ptrdiff_t>(pixel.y - bounds_.top) * bounds_.width() +
+               (pixel.x - bounds_.left);
     }
     void plot(Pixel pixel, std::uint8_t ink);
 
-    Area area_;
+    Rectangle bounds_;
     std::uint8_t *pixels_;
 };
 

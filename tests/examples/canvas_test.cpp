@@ -8,7 +8,7 @@ using namespace atlas;
 
 TEST(Canvas, DrawsWithThePenInHandAndThenWithTheOneBefore)
 {
-    Pixels pixels(Area{4, 8, 10, 10}, 9);
+    Pixels pixels(Rectangle{4, 8, 10, 10}, 9);
     Canvas canvas(pixels.tile(), {20, 10});
     {
         const PenInHand outer(canvas, 1);
@@ -26,9 +26,9 @@ TEST(Canvas, DrawsWithThePenInHandAndThenWithTheOneBefore)
 
 TEST(Canvas, KnowsTheMapThatItsTileIsPartOf)
 {
-    Pixels pixels(Area{4, 8, 10, 10});
+    Pixels pixels(Rectangle{4, 8, 10, 10});
     const Canvas canvas(pixels.tile(), {20, 10});
     EXPECT_EQ(20, canvas.width());
     EXPECT_EQ(10, canvas.height());
-    EXPECT_EQ(4, canvas.area().left);
+    EXPECT_EQ(4, canvas.bounds().left);
 }

@@ -241,13 +241,13 @@ TEST(Fill, KeepsWithinTheRegionsBounds)
 {
     const Topology topology = decode(shipped_world("110m"));
     for (const Country *country : countries_of(topology)) {
-        const Area bounds = Region(*country, {360, 180}).bounds();
+        const Rectangle bounds = Region(*country, {360, 180}).bounds();
         const Pixels picture = filled(*country, 360);
-        Area found = {360, 180, 0, 0};
+        Rectangle found = {360, 180, 0, 0};
         for (int y = 0; y < 180; ++y) {
             for (int x = 0; x < 360; ++x) {
                 if (picture.at({x, y}) == ink)
-                    found = area_around(found, {x, y, x + 1, y + 1});
+                    found = rectangle_around(found, {x, y, x + 1, y + 1});
             }
         }
         EXPECT_LE(bounds.left, found.left);

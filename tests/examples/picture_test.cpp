@@ -26,9 +26,9 @@ std::uint8_t pattern(int x, int y)
 
 void paint_pattern(Tile tile)
 {
-    const Area &area = tile.area();
-    for (int y = area.top; y < area.bottom; ++y) {
-        for (int x = area.left; x < area.right; ++x)
+    const Rectangle &bounds = tile.bounds();
+    for (int y = bounds.top; y < bounds.bottom; ++y) {
+        for (int x = bounds.left; x < bounds.right; ++x)
             tile.span(y, x, x + 1, pattern(x, y));
     }
 }
@@ -65,19 +65,19 @@ std::string figures(const Picture &picture)
 TEST(Picture, HasEachTilePaintedOnce)
 {
     const Size size = {1100, 70};
-    std::vector<std::string> areas;
+    std::vector<std::string> painted;
     const Picture picture(
         size, two_tiles,
         [&](const Tile &tile) {
-            const Area &area = tile.area();
-            areas.push_back(std::to_string(area.left) + "-" + std::to_string(area.right) + " " +
-                            std::to_string(area.top) + "-" + std::to_string(area.bottom));
+            const Rectangle &bounds = tile.bounds();
+            painted.push_back(std::to_string(bounds.left) + "-" + std::to_string(bounds.right) + " " +
+                              std::to_string(bounds.top) + "-" + std::to_string(bounds.bottom));
         },
         no_progress);
     EXPECT_EQ(
         (std::vector<std::string>{"0-512 0-32", "512-1024 0-32", "1024-1100 0-32", "0-512 32-64", "512-1024 32-64",
                                   "1024-1100 32-64", "0-512 64-70", "512-1024 64-70", "1024-1100 64-70"}),
-        areas);
+        painted);
 }
 
 TEST(Picture, IsTheSameForEveryBudgetAndInAnyOrder)

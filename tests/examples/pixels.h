@@ -11,45 +11,48 @@
 
 class Pixels {
 public:
-    explicit Pixels(const atlas::Area &area, std::uint8_t ink = 0) : area_(area), bytes_(area.pixels(), ink) {}
-    Pixels(int width, int height, std::uint8_t ink = 0) : Pixels(atlas::Area{0, 0, width, height}, ink) {}
+    explicit Pixels(const atlas::Rectangle &bounds, std::uint8_t ink = 0)
+        : bounds_(bounds), bytes_(bounds.pixels(), ink)
+    {
+    }
+    Pixels(int width, int height, std::uint8_t ink = 0) : Pixels(atlas::Rectangle{0, 0, width, height}, ink) {}
 
-    atlas::Tile tile() { return {area_, bytes_.data()}; }
+    atlas::Tile tile() { return {bounds_, bytes_.data()}; }
 
-    int width() const { return area_.width(); }
-    int height() const { return area_.height(); }
+    int width() const { return bounds_.width(); }
+    int height() const { return bounds_.height(); }
     const std::vector<std::uint8_t> &bytes() const { return bytes_; }
     std::vector<std::uint8_t> row(int y) const { return {begin_of(y), begin_of(y + 1)}; }
-    std::uint8_t at(atlas::Pixel pixel) const { return begin_of(pixel.y)[pixel.x - area_.left]; }
+    std::uint8_t at(atlas::Pixel pixel) const { return begin_of(pixel.y)[pixel.x - bounds_.left]; }
 
     /* Copies what a part of the same map shows. */
     void paste(const Pixels &part)
     {
-        for (int y = part.area_.top; y < part.area_.bottom; ++y)
+        for (int y = part.bounds_.top; y < part.bounds_.bottom; ++y)
             std::copy(part.begin_of(y), part.begin_of(y + 1),
-                      bytes_.begin() + (begin_of(y) - bytes_.begin()) + part.area_.left - area_.left);
+                      bytes_.begin() + (begin_of(y) - bytes_.begin()) + part.bounds_.left - bounds_.left);
     }
 
 private:
     std::vector<std::uint8_t>::const_iterator begin_of(int y) const
     {
-        return bytes_.begin() + static_cast<std::ptrdiff_t>(y - area_.top) * area_.width();
+        return bytes_.begin() + static_cast<std::ptrdiff_t>(y - bounds_.top) * bounds_.width();
     }
 
-    atlas::Area area_;
+    atlas::Rectangle bounds_;
     std::vector<std::uint8_t> bytes_;
 };
 
-/* Draws something in one tile that is the whole area, and, in a second one, tile by tile; says whether they agree. */
+/* Draws something in one tile that is the whole rectangle, and, in a second one, tile by tile; says whether they agree. */
 template <class Draw>
-bool is_the_same_in_tiles(const atlas::Area &area, atlas::Size tile, Draw draw)
+bool is_the_same_in_tiles(const atlas::Rectangle &bounds, atlas::Size tile, Draw draw)
 {
-    Pixels whole(area), patched(area, 255);
+    Pixels whole(bounds), patched(bounds, 255);
     draw(whole.tile());
-    for (int bottom = area.bottom; bottom > area.top; bottom -= tile.height) {
-        for (int right = area.right; right > area.left; right -= tile.width) {
-            Pixels part(atlas::Area{std::max(right - tile.width, area.left), std::max(bottom - tile.height, area.top),
-                                    right, bottom});
+    for (int bottom = bounds.bottom; bottom > bounds.top; bottom -= tile.height) {
+        for (int right = bounds.right; right > bounds.left; right -= tile.width) {
+            Pixels part(atlas::Rectangle{std::max(right - tile.width, bounds.left),
+                                         std::max(bottom - tile.height, bounds.top), right, bottom});
             draw(part.tile());
             patched.paste(part);
         }

@@ -16,25 +16,25 @@ static std::ptrdiff_t inked(const Pixels &pixels)
     return std::count(pixels.bytes().begin(), pixels.bytes().end(), 1);
 }
 
-TEST(Area, MeetsWhatSharesAPixelWithIt)
+TEST(Rectangle, MeetsWhatSharesAPixelWithIt)
 {
-    const Area area = {10, 20, 14, 22};
-    for (const Area &other : {Area{9, 19, 11, 21}, {13, 21, 15, 23}, {0, 0, 99, 99}, {11, 21, 12, 22}})
-        EXPECT_TRUE(area.meets(other) && other.meets(area));
-    for (const Area &other : {Area{9, 19, 10, 23}, {14, 19, 15, 23}, {9, 19, 15, 20}, {9, 22, 15, 23}})
-        EXPECT_FALSE(area.meets(other) || other.meets(area));
+    const Rectangle rectangle = {10, 20, 14, 22};
+    for (const Rectangle &other : {Rectangle{9, 19, 11, 21}, {13, 21, 15, 23}, {0, 0, 99, 99}, {11, 21, 12, 22}})
+        EXPECT_TRUE(rectangle.meets(other) && other.meets(rectangle));
+    for (const Rectangle &other : {Rectangle{9, 19, 10, 23}, {14, 19, 15, 23}, {9, 19, 15, 20}, {9, 22, 15, 23}})
+        EXPECT_FALSE(rectangle.meets(other) || other.meets(rectangle));
 }
 
 TEST(Tile, IsCoveredWhole)
 {
-    Pixels pixels(Area{3, 4, 10, 7}, 0);
+    Pixels pixels(Rectangle{3, 4, 10, 7}, 0);
     pixels.tile().cover(5);
     EXPECT_EQ(std::vector<std::uint8_t>(21, 5), pixels.bytes());
 }
 
 TEST(Line, LeavesOutWhatLiesOutside)
 {
-    Pixels pixels(Area{10, 20, 14, 24}, 0);
+    Pixels pixels(Rectangle{10, 20, 14, 24}, 0);
     for (const Pixel pixel : {Pixel{9, 21}, {14, 21}, {11, 19}, {11, 24}, {0, 0}, {1, 1}})
         pixels.tile().line(pixel, pixel, 1);
     pixels.tile().line({0, 19}, {99, 19}, 1);
@@ -53,7 +53,7 @@ TEST(Line, TakesTheNearestPixels)
                                      {{1, 2}, {0, 1}},
                                      {{-1, 2}, {0, 1}},
                                      {{4, -2}, {3, -1}}}) {
-        Pixels pixels(Area{-9, -9, 9, 9}, 0);
+        Pixels pixels(Rectangle{-9, -9, 9, 9}, 0);
         pixels.tile().line({0, 0}, to, 1);
         EXPECT_EQ(1, pixels.at(middle)) << to.x << " " << to.y;
     }
