@@ -54,14 +54,21 @@ Region::Region(const Country &country, Size map)
 
 /* ---- filling ---------------------------------------------------------------------------------------------- */
 
+/* Whether every pixel of the tile lies on one side of the edge, as far as the edge's ends tell. */
+bool Region::Edge::is_left_of(const Rectangle &tile) const
+{
+    return std::max(x, x + across) <= tile.left * grid;
+}
+
+bool Region::Edge::is_right_of(const Rectangle &tile) const
+{
+    return std::min(x, x + across) >= tile.right * grid;
+}
+
 /* Returns how many pixel centres of the row lie to the left of the edge, but no column outside the tile: a whole number,
    which a double holds exactly. The sum takes 51 bits at most. */
 double Region::Edge::column(int row, const Rectangle &tile) const
 {
-    if (std::max(x, x + across) <= tile.left * grid)
-        return tile.left;
-    if (std::min(x, x + across) >= tile.right * grid)
-        return tile.right;
     const std::int64_t below_start = std::int64_t{row} * grid + grid / 2 - y;
     const std::int64_t from_first_centre = std::int64_t{x - grid / 2} * down + across * below_start;
     const std::int64_t centres = ceil_divided(from_first_centre, std::int64_t{grid} * down);
@@ -79,25 +86,35 @@ Filler::~Filler()
     DBLL_release(&crossings_);
 }
 
-/* Notes where the scanline crosses the active edges, and drops those that end above the next one. */
+/* Notes where the scanline crosses the active edges, and drops those that end above the next one. The crossings to the
+   left of the tile only say whether the tile begins inside. */
 void Filler::cross(int row, const Rectangle &tile)
 {
+    bool begins_inside = false;
     SL_iterator active = SL_all_items(active_);
     for (void *item; SL_next_item(&active, &item);) {
         const Region::Edge *edge = static_cast<const Region::Edge *>(item);
-        DBLL_add_double(crossings_, edge->column(row, tile));
+        if (edge->is_left_of(tile))
+            begins_inside = !begins_inside;
+        else
+            DBLL_add_double(crossings_, edge->column(row, tile));
         if (edge->end_row == row + 1)
             SL_remove_item(active_, item);
     }
+    if (begins_inside)
+        DBLL_add_double(crossings_, tile.left);
 }
 
-/* Crossings come in pairs, for every shape is closed. */
+/* Crossings come in pairs, for every shape is closed; the last one may be to the right of the tile. */
 void Filler::fill_row(Canvas &canvas, int row)
 {
     DBLL_sort(crossings_);
     EL_iterator values = DBLL_all_doubles(crossings_);
-    for (double from, end; DBLL_next_double(&values, &from) && DBLL_next_double(&values, &end);)
+    for (double from; DBLL_next_double(&values, &from);) {
+        double end = canvas.bounds().right;
+        DBLL_next_double(&values, &end);
         canvas.span(row, static_cast<int>(from), static_cast<int>(end));
+    }
     DBLL_make_empty(crossings_);
 }
 
@@ -110,7 +127,7 @@ void Filler::fill(Canvas &canvas, Region &region)
     auto waiting = std::partition_point(region.edges_.begin(), region.edges_.end(), ends_above);
     for (int row = std::max(tile.top, region.bounds_.top); row < end; ++row) {
         for (; waiting != region.edges_.end() && waiting->first_row <= row; ++waiting) {
-            if (waiting->end_row > row)
+            if (waiting->end_row > row && !waiting->is_right_of(tile))
                 SL_append_after_last(active_, &*waiting);
         }
         cross(row, tile);

@@ -34,6 +34,8 @@ private:
         std::int32_t x, y, across, down;
         int first_row, end_row;
 
+        bool is_left_of(const Rectangle &tile) const;
+        bool is_right_of(const Rectangle &tile) const;
         double column(int row, const Rectangle &tile) const;
     };
 

@@ -24,16 +24,16 @@ private:
         Pixel from, to;
     };
 
-    /* Lines that follow each other, and a rectangle that they lie in: a tile that it does not meet passes them over. */
+    /* Some lines of one arc, and a rectangle that they lie in: a tile that it does not meet passes them over. */
     struct Run {
         std::uint8_t ink;
         Rectangle bounds;
-        std::size_t end; /* its lines are those before it, from the end of the run before */
+        std::size_t first, end; /* its lines: from the first up to, not including, the end */
     };
 
     void add_arcs(GL_iterator arcs, std::uint8_t ink, Size map);
-    void add_segment(Point from, Point to, std::uint8_t ink, Size map);
-    void add_line(Line line, std::uint8_t ink);
+    void add_segment(Point from, Point to, Size map);
+    void add_line(Line line);
 
     std::vector<Line> lines_;
     std::vector<Run> runs_;
