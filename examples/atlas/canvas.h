@@ -1,50 +1,50 @@
-/* A picture and the pen that draws in it. */
+/* A tile of the map and the pen that draws in it. */
 #ifndef ATLAS_CANVAS_H
 #define ATLAS_CANVAS_H
 
 #include <mova/lists/element_stack.h>
 
-#include "picture.h"
+#include "tile.h"
 
 namespace atlas {
 
-struct Pen {
-    std::uint8_t ink;
-    int shift; /* how many columns further to the right it draws */
-};
-
-/* The pens lie on a stack, and the top one draws: whoever takes another one puts it back when done (see PenInHand). */
+/* The pens lie on a stack, and the top one draws: whoever takes another one puts it back when done (see PenInHand).
+   Everything is drawn in the map's pixels; what lies outside the tile is left out. */
 class Canvas {
 public:
-    /* Starts with ink 0, without a shift. */
-    explicit Canvas(Picture &picture);
+    Canvas(const Tile &tile, Size map) : tile_(tile), map_(map) {}
     ~Canvas() { ES_release(&pens_); }
     Canvas(const Canvas &) = delete;
     Canvas &operator=(const Canvas &) = delete;
 
-    int width() const { return picture_.width(); }
-    int height() const { return picture_.height(); }
-    Pen pen() const;
+    /* The map's. */
+    int width() const { return map_.width; }
+    int height() const { return map_.height; }
 
-    void line(Pixel from, Pixel to);
+    const Rectangle &bounds() const { return tile_.bounds(); }
+
+    /* Both require a pen. */
+    void line(Pixel from, Pixel to) { tile_.line(from, to, ink()); }
     /* Draws the columns from `from` up to, not including, `end`. */
-    void span(int row, int from, int end);
+    void span(int row, int from, int end) { tile_.span(row, from, end, ink()); }
 
 private:
     friend class PenInHand;
 
-    Picture &picture_;
-    ES_stack *pens_ = ES_create(sizeof(Pen));
+    std::uint8_t ink() const;
+
+    Tile tile_;
+    Size map_;
+    ES_stack *pens_ = ES_create(sizeof(std::uint8_t));
 };
 
 /* Has the canvas draw with another pen while it lives. */
 class PenInHand {
 public:
-    PenInHand(Canvas &canvas, Pen pen) : canvas_(canvas) { ES_push(canvas_.pens_, &pen); }
-    PenInHand(Canvas &canvas, std::uint8_t ink) : PenInHand(canvas, Pen{ink, canvas.pen().shift}) {}
+    PenInHand(Canvas &canvas, std::uint8_t ink) : canvas_(canvas) { ES_push(canvas_.pens_, &ink); }
     ~PenInHand()
     {
-        Pen used;
+        std::uint8_t used;
         ES_pop(canvas_.pens_, &used);
     }
     PenInHand(const PenInHand &) = delete;

@@ -1,55 +1,48 @@
-/* Draws a topology as a world map, countries filled and outlined, in the equirectangular view: longitude to the right,
-   latitude upwards, both to the same scale. Nothing here computes with fractions, so that the same topology gives the
-   same pixels everywhere. */
+/* A topology as a world map, countries filled and outlined. Nothing here computes with fractions, so that the same
+   topology gives the same pixels everywhere. */
 #ifndef ATLAS_DRAW_H
 #define ATLAS_DRAW_H
 
-#include <array>
 #include <cstdint>
+#include <vector>
 
-#include "picture.h"
-#include "tints.h"
-#include "topology.h"
+#include "fill.h"
+#include "labels.h"
+#include "outlines.h"
+#include "progress.h"
 
 namespace atlas {
 
-/* The widest map takes 512 MiB. */
 constexpr int narrowest_map = 16;
 constexpr int widest_map = 32768;
 
-/* There are as many inks for land as there are tints. */
-enum Ink : std::uint8_t {
-    ink_sea,
-    ink_graticule,
-    ink_frame,
-    ink_border,
-    ink_coast,
-    ink_text,
-    ink_land,
-    ink_count = ink_land + tint_count
+/* All that the map shows, prepared for one width: tiles can be drawn in any order. It does not need the topology any
+   more. */
+class Drawing {
+public:
+    Drawing(const Topology &topology, int width, const Progress &progress);
+
+    /* The map is half as high as it is wide. */
+    Size size() const { return size_; }
+
+    /* Draws all that lies in the tile: the sea, the graticule in it, the countries, their borders, the coasts, the
+       names. */
+    void draw(Tile tile);
+
+private:
+    struct Land {
+        std::uint8_t ink;
+        Region region;
+    };
+
+    void fill_countries(Canvas &canvas);
+
+    Size size_;
+    std::vector<Land> lands_;
+    Filler filler_;
+    Outlines outlines_;
+    Labels labels_;
 };
-
-struct Colour {
-    std::uint8_t red, green, blue;
-};
-
-/* The colour of each ink. */
-extern const std::array<Colour, ink_count> palette;
-
-/* Returns the pixel that shows a point. The last column and row take in the map's right and lower edge. */
-Pixel project(Point point, int width, int height);
-
-/* Returns a map half as high as it is wide: the sea, the graticule in it, and the countries. */
-Picture draw_countries(const Topology &topology, int width, const Progress &progress);
-
-/* Draws the borders and the coasts on top. */
-void draw_outlines(Picture &picture, const Topology &topology, const Progress &progress);
-
-/* Writes the names of the countries on top. */
-void draw_labels(Picture &picture, const Topology &topology, const Progress &progress);
-
-/* Returns the whole map, which is these three. */
-Picture draw_map(const Topology &topology, int width, const Progress &progress);
 
 } // namespace atlas
 

@@ -8,94 +8,131 @@
 
 namespace atlas {
 
-constexpr std::int64_t grid = 1024;
+constexpr std::int32_t grid = 1024;
 constexpr std::int64_t globe = std::int64_t{360} * degree;
 
+/* ---- preparing -------------------------------------------------------------------------------------------- */
+
 /* How many pixel centres lie before this line of the grid. */
-static int centres_before(std::int64_t line)
+static int centres_before(std::int32_t line)
 {
     return static_cast<int>(ceil_divided(line - grid / 2, grid));
 }
 
-/* Returns how many pixel centres of the row lie to the left of the edge: a whole number, which a double holds exactly.
-   The sum takes 51 bits at most. */
-double Filler::Edge::column(int row) const
-{
-    const std::int64_t below_start = row * grid + grid / 2 - y;
-    const std::int64_t from_first_centre = (x - grid / 2) * down + across * below_start;
-    return static_cast<double>(ceil_divided(from_first_centre, grid * down));
-}
-
-Filler::~Filler()
-{
-    SL_total_release(&active_, [](void **) {}); /* the edges are not the list's */
-    DBLL_release(&crossings_);
-}
-
-void Filler::add_edge(Point from, Point to)
+void Region::add_edge(Point from, Point to, Size map)
 {
     if (from.latitude < to.latitude)
         std::swap(from, to);
-    const auto right = [this](Point point) {
-        return (std::int64_t{point.longitude} + 180 * degree) * canvas_.width() * grid / globe;
+    const auto right = [map](Point point) {
+        return static_cast<std::int32_t>((std::int64_t{point.longitude} + 180 * degree) * map.width * grid / globe);
     };
-    const auto down = [this](Point point) {
-        return (std::int64_t{90} * degree - point.latitude) * canvas_.height() * 2 * grid / globe;
+    const auto down = [map](Point point) {
+        return static_cast<std::int32_t>((std::int64_t{90} * degree - point.latitude) * map.height * 2 * grid / globe);
     };
-    const std::int64_t x = right(from), y = down(from), end_y = down(to);
-    const int first_row = centres_before(y), end_row = centres_before(end_y);
-    if (first_row < end_row)
-        edges_.push_back({nullptr, nullptr, x, y, right(to) - x, end_y - y, first_row, end_row});
+    const std::int32_t x = right(from), end_x = right(to), y = down(from), end_y = down(to);
+    const Rectangle bounds = {centres_before(std::min(x, end_x)), centres_before(y), centres_before(std::max(x, end_x)),
+                              centres_before(end_y)};
+    if (bounds.top >= bounds.bottom)
+        return;
+    tallest_ = std::max(tallest_, bounds.height());
+    bounds_ = edges_.empty() ? bounds : rectangle_around(bounds_, bounds);
+    edges_.push_back({nullptr, nullptr, x, y, end_x - x, end_y - y, bounds.top, bounds.bottom});
 }
 
-void Filler::collect_edges(const Country &country)
+Region::Region(const Country &country, Size map)
 {
-    edges_.clear();
     const Shapes shapes(country);
     SL_iterator each = SL_all_items(shapes.get());
     for (void *item; SL_next_item(&each, &item);) {
         const Points &points = static_cast<const Shape *>(item)->points;
         for (std::int32_t i = 0; i < points.count(); ++i)
-            add_edge(points[i], points[GB_advance(points.get(), i, 1)]);
+            add_edge(points[i], points[GB_advance(points.get(), i, 1)], map);
     }
+    std::sort(edges_.begin(), edges_.end(), [](const Edge &a, const Edge &b) { return a.first_row < b.first_row; });
 }
 
-/* Notes where the scanline crosses the active edges, and drops those that end above the next one. */
-void Filler::cross(int row)
+/* ---- filling ---------------------------------------------------------------------------------------------- */
+
+/* Whether every pixel of the tile lies on one side of the edge, as far as the edge's ends tell. */
+bool Region::Edge::is_left_of(const Rectangle &tile) const
 {
+    return std::max(x, x + across) <= tile.left * grid;
+}
+
+bool Region::Edge::is_right_of(const Rectangle &tile) const
+{
+    return std::min(x, x + across) >= tile.right * grid;
+}
+
+/* Returns how many pixel centres of the row lie to the left of the edge, but no column outside the tile: a whole number,
+   which a double holds exactly. The sum takes 51 bits at most. */
+double Region::Edge::column(int row, const Rectangle &tile) const
+{
+    const std::int64_t below_start = std::int64_t{row} * grid + grid / 2 - y;
+    const std::int64_t from_first_centre = std::int64_t{x - grid / 2} * down + across * below_start;
+    const std::int64_t centres = ceil_divided(from_first_centre, std::int64_t{grid} * down);
+    return static_cast<double>(std::clamp<std::int64_t>(centres, tile.left, tile.right));
+}
+
+/* The edges are not the list's. */
+static void leave(void **)
+{
+}
+
+Filler::~Filler()
+{
+    SL_total_release(&active_, leave);
+    DBLL_release(&crossings_);
+}
+
+/* Notes where the scanline crosses the active edges, and drops those that end above the next one. The crossings to the
+   left of the tile only say whether the tile begins inside. */
+void Filler::cross(int row, const Rectangle &tile)
+{
+    bool begins_inside = false;
     SL_iterator active = SL_all_items(active_);
     for (void *item; SL_next_item(&active, &item);) {
-        const Edge *edge = static_cast<const Edge *>(item);
-        DBLL_add_double(crossings_, edge->column(row));
+        const Region::Edge *edge = static_cast<const Region::Edge *>(item);
+        if (edge->is_left_of(tile))
+            begins_inside = !begins_inside;
+        else
+            DBLL_add_double(crossings_, edge->column(row, tile));
         if (edge->end_row == row + 1)
             SL_remove_item(active_, item);
     }
+    if (begins_inside)
+        DBLL_add_double(crossings_, tile.left);
 }
 
-/* Crossings come in pairs, for every shape is closed. */
-void Filler::fill_row(int row)
+/* Crossings come in pairs, for every shape is closed; the last one may be to the right of the tile. */
+void Filler::fill_row(Canvas &canvas, int row)
 {
     DBLL_sort(crossings_);
     EL_iterator values = DBLL_all_doubles(crossings_);
-    for (double from, end; DBLL_next_double(&values, &from) && DBLL_next_double(&values, &end);)
-        canvas_.span(row, static_cast<int>(from), static_cast<int>(end));
+    for (double from; DBLL_next_double(&values, &from);) {
+        double end = canvas.bounds().right;
+        DBLL_next_double(&values, &end);
+        canvas.span(row, static_cast<int>(from), static_cast<int>(end));
+    }
     DBLL_make_empty(crossings_);
 }
 
-void Filler::fill(const Country &country, const std::function<void()> &after_row)
+void Filler::fill(Canvas &canvas, Region &region)
 {
-    collect_edges(country);
-    std::sort(edges_.begin(), edges_.end(), [](const Edge &a, const Edge &b) { return a.first_row < b.first_row; });
-    auto waiting = edges_.begin();
-    for (int row = 0; waiting != edges_.end() || SL_count_items(active_) > 0; ++row) {
-        if (SL_count_items(active_) == 0)
-            row = waiting->first_row;
-        for (; waiting != edges_.end() && waiting->first_row == row; ++waiting)
-            SL_append_after_last(active_, &*waiting);
-        cross(row);
-        fill_row(row);
-        after_row();
+    const Rectangle &tile = canvas.bounds();
+    const int end = std::min(tile.bottom, region.bounds_.bottom);
+    /* For sure: so far above the tile even the tallest edge ends. */
+    const auto ends_above = [&](const Region::Edge &edge) { return edge.first_row + region.tallest_ <= tile.top; };
+    auto waiting = std::partition_point(region.edges_.begin(), region.edges_.end(), ends_above);
+    for (int row = std::max(tile.top, region.bounds_.top); row < end; ++row) {
+        for (; waiting != region.edges_.end() && waiting->first_row <= row; ++waiting) {
+            if (waiting->end_row > row && !waiting->is_right_of(tile))
+                SL_append_after_last(active_, &*waiting);
+        }
+        cross(row, tile);
+        fill_row(canvas, row);
     }
+    SL_make_empty(active_, leave);
 }
 
 } // namespace atlas

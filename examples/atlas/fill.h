@@ -6,7 +6,6 @@
 #ifndef ATLAS_FILL_H
 #define ATLAS_FILL_H
 
-#include <functional>
 #include <vector>
 
 #include <mova/lists/double_list.h>
@@ -17,34 +16,50 @@
 
 namespace atlas {
 
+/* What a country covers on a map of one size, prepared so that any part of it can be filled. */
+class Region {
+public:
+    Region(const Country &country, Size map);
+
+    /* Nothing is filled outside it. */
+    const Rectangle &bounds() const { return bounds_; }
+
+private:
+    friend class Filler;
+
+    /* A side of a shape that lies on the scanlines from `first_row` up to, not including, `end_row`. From its upper end
+       it runs `down` lines of the grid downwards and `across` to the right. */
+    struct Edge {
+        Edge *prev, *next; /* the simple list's, while its region is filled */
+        std::int32_t x, y, across, down;
+        int first_row, end_row;
+
+        bool is_left_of(const Rectangle &tile) const;
+        bool is_right_of(const Rectangle &tile) const;
+        double column(int row, const Rectangle &tile) const;
+    };
+
+    void add_edge(Point from, Point to, Size map);
+
+    std::vector<Edge> edges_; /* by their first rows */
+    int tallest_ = 0;         /* the most rows that an edge lies on */
+    Rectangle bounds_ = {0, 0, 0, 0};
+};
+
 class Filler {
 public:
-    explicit Filler(Canvas &canvas) : canvas_(canvas) {}
+    Filler() = default;
     ~Filler();
     Filler(const Filler &) = delete;
     Filler &operator=(const Filler &) = delete;
 
-    /* Fills what the country's polygons cover. Calls `after_row` after each row. */
-    void fill(const Country &country, const std::function<void()> &after_row);
+    /* Fills what lies in the canvas' tile. */
+    void fill(Canvas &canvas, Region &region);
 
 private:
-    /* A side of a shape that lies on the scanlines from `first_row` up to, not including, `end_row`. From its upper end
-       it runs `down` lines of the grid downwards and `across` to the right. */
-    struct Edge {
-        Edge *prev, *next; /* the simple list's */
-        std::int64_t x, y, across, down;
-        int first_row, end_row;
+    void cross(int row, const Rectangle &tile);
+    void fill_row(Canvas &canvas, int row);
 
-        double column(int row) const;
-    };
-
-    void collect_edges(const Country &country);
-    void add_edge(Point from, Point to);
-    void cross(int row);
-    void fill_row(int row);
-
-    Canvas &canvas_;
-    std::vector<Edge> edges_;
     SL_list *active_ = SL_create(); /* the edges that lie on the scanline */
     DBLL_list *crossings_ = DBLL_create();
 };

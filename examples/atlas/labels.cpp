@@ -202,6 +202,10 @@ static void draw_glyph(Canvas &canvas, char glyph, int left, int top, int dot)
 
 static void draw_label(Canvas &canvas, const Label &label, int cell)
 {
+    const Box &box = label.box;
+    const Pixel first = {box.left * cell, box.top * cell};
+    if (!canvas.bounds().meets({first.x, first.y, first.x + box.width * cell, first.y + box.height * cell}))
+        return;
     const int dot = label.dot * cell;
     int top = label.box.top * cell + margin * dot;
     for_each_line(label.text, [&](std::string_view line) {

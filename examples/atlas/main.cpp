@@ -11,11 +11,15 @@
 #include <mova/host/messages.h>
 #include <unistd.h>
 
+#include <mova/host/errors.h>
+
+#include "colours.h"
 #include "draw.h"
 #include "error.h"
 #include "file.h"
 #include "indices.h"
 #include "options.h"
+#include "picture.h"
 #include "png_file.h"
 #include "select.h"
 #include "topology.h"
@@ -36,13 +40,14 @@ private:
 };
 
 struct Times {
-    double read, decode, fill, draw, write;
+    double read, decode, prepare, draw, write;
 };
 
 struct Outcome {
-    int width, height;
+    Size size;
     std::size_t bytes;
     Totals drawn;
+    Picture::Statistics cache;
     Times times;
 };
 
@@ -82,16 +87,16 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
         print_tree(topology);
     }
     times.decode = watch.lap();
-    Picture picture = draw_countries(topology, options.width, progress);
-    times.fill = watch.lap();
-    draw_outlines(picture, topology, progress);
-    draw_labels(picture, topology, progress);
-    times.draw = watch.lap();
+    Drawing drawing(topology, options.width, progress);
+    times.prepare = watch.lap();
 
     subject = options.out;
-    const std::size_t bytes = write_png(options.out, picture, palette, progress);
+    const auto paint = [&](Tile tile) { drawing.draw(tile); };
+    Picture picture(drawing.size(), options.cache_budget, paint, progress);
+    times.draw = watch.lap();
+    const std::size_t bytes = write_png(options.out, picture, palette(), progress);
     times.write = watch.lap();
-    return {picture.width(), picture.height(), bytes, totals(topology), times};
+    return {picture.size(), bytes, totals(topology), picture.statistics(), times};
 }
 
 static void print_outcome(const Options &options, const Outcome &outcome)
@@ -99,13 +104,17 @@ static void print_outcome(const Options &options, const Outcome &outcome)
     const Totals &drawn = outcome.drawn;
     const Times &times = outcome.times;
     std::printf("picture  %s\n", std::filesystem::absolute(options.out).lexically_normal().c_str());
-    std::printf("size     %d x %d pixels, %zu bytes\n", outcome.width, outcome.height, outcome.bytes);
+    std::printf("size     %d x %d pixels, %zu bytes\n", outcome.size.width, outcome.size.height, outcome.bytes);
     std::printf("drawn    %" PRId64 " countries, %" PRId64 " rings, ", drawn.countries, drawn.rings);
     if (drawn.lines > 0)
         std::printf("%" PRId64 " lines, ", drawn.lines);
     std::printf("%" PRId64 " points\n", drawn.points);
-    std::printf("time     read %.1f ms, decode %.1f ms, fill %.1f ms, draw %.1f ms, write %.1f ms\n", times.read,
-                times.decode, times.fill, times.draw, times.write);
+    const Picture::Statistics &cache = outcome.cache;
+    std::printf("cache    %zu bytes for %zu tiles: %" PRIu64 " evictions, %" PRIu64 " write-backs, %" PRIu64
+                " fetches, %" PRIu64 " blocks moved\n",
+                cache.budget, cache.tiles, cache.evictions, cache.write_backs, cache.fetches, cache.moves);
+    std::printf("time     read %.1f ms, decode %.1f ms, prepare %.1f ms, draw %.1f ms, write %.1f ms\n", times.read,
+                times.decode, times.prepare, times.draw, times.write);
     if (std::fflush(stdout) != 0)
         throw Error("the report could not be printed");
 }
@@ -125,11 +134,19 @@ static std::string last_words;
     _exit(1);
 }
 
+static void raise_error(const char *module, std::int32_t line, std::int32_t code)
+{
+    if (code == MOVA_ALLOCATION_FAILED)
+        end_without_memory();
+    throw mova::error(module, line, code);
+}
+
 static int run(int argc, char **argv, std::string &subject)
 {
     const Options options = parse_options(argc, argv);
     last_words = complaint(options.file, "out of memory");
     std::set_new_handler(end_without_memory);
+    mova_set_error_handler(raise_error);
     if (options.help)
         return std::fputs(usage, stdout) < 0 || std::fflush(stdout) != 0;
     const Outcome outcome = draw_atlas(options, subject);

@@ -7,31 +7,38 @@
 
 #include "draw.h"
 #include "error.h"
+#include "picture.h"
 
 namespace atlas {
 
-const char *const usage = R"(usage: atlas FILE [--out PNG] [--width N] [--select NAME,...] [--print-tree]
+const char *const usage =
+    R"(usage: atlas FILE [--out PNG] [--width N] [--cache-budget BYTES] [--select NAME,...] [--print-tree]
 
 Draws a TopoJSON file as a map of the world, areas filled and outlined: its object
 "countries" where it has one, otherwise all its objects.
 
-  --out PNG    the picture to write (atlas.png)
-  --width N    its width in pixels, 16 to 32768 (2048); it is half as high
-  --select NAME,...
-               draws only the countries of these names; may be given again
-  --print-tree prints the tree that the countries are in, in order of their areas
-  --help       shows this text
+  --out PNG             the picture to write (atlas.png)
+  --width N             its width in pixels, 16 to 32768 (2048); it is half as high
+  --cache-budget BYTES  how much of it is kept in memory, 32768 to 536870912 (1048576);
+                        the rest lies in a temporary file, in TMPDIR or /tmp
+  --select NAME,...     draws only the countries of these names; may be given again
+  --print-tree          prints the tree that the countries are in, in order of their areas
+  --help                shows this text
 )";
 
-static int parse_width(const char *text)
+/* Two tiles at the least, and the widest map at the most. */
+constexpr int least_budget = 2 * tile_bytes;
+constexpr int most_budget = widest_map * (widest_map / 2);
+
+static int parse_number(const char *option, const char *text, int least, int most)
 {
-    int width = 0;
+    int number = 0;
     const char *end = text + std::strlen(text);
-    const std::from_chars_result result = std::from_chars(text, end, width);
-    if (result.ec != std::errc() || result.ptr != end || width < narrowest_map || width > widest_map)
-        throw Error("--width takes a whole number from " + std::to_string(narrowest_map) + " to " +
-                    std::to_string(widest_map) + ", not " + text);
-    return width;
+    const std::from_chars_result result = std::from_chars(text, end, number);
+    if (result.ec != std::errc() || result.ptr != end || number < least || number > most)
+        throw Error(std::string(option) + " takes a whole number from " + std::to_string(least) + " to " +
+                    std::to_string(most) + ", not " + text);
+    return number;
 }
 
 static void add_names(std::vector<std::string> &names, const std::string &text)
@@ -46,7 +53,7 @@ static void add_names(std::vector<std::string> &names, const std::string &text)
 }
 
 /* Below every letter, so that a letter that getopt_long refuses is none of them. */
-enum LongOption { option_out = 1, option_width, option_select, option_print_tree, option_help };
+enum LongOption { option_out = 1, option_width, option_cache_budget, option_select, option_print_tree, option_help };
 
 /* The option that getopt_long has just refused: a letter, or the last word that it read. */
 static std::string refused_option(char **argv)
@@ -58,7 +65,11 @@ static void apply(Options &options, int option, char **argv)
 {
     switch (option) {
     case option_out: options.out = optarg; break;
-    case option_width: options.width = parse_width(optarg); break;
+    case option_width: options.width = parse_number("--width", optarg, narrowest_map, widest_map); break;
+    case option_cache_budget:
+        options.cache_budget =
+            static_cast<std::size_t>(parse_number("--cache-budget", optarg, least_budget, most_budget));
+        break;
     case option_select: add_names(options.select, optarg); break;
     case option_print_tree: options.print_tree = true; break;
     case option_help: options.help = true; break;
@@ -69,10 +80,13 @@ static void apply(Options &options, int option, char **argv)
 
 Options parse_options(int argc, char **argv)
 {
-    static const option known[] = {
-        {"out", required_argument, nullptr, option_out},       {"width", required_argument, nullptr, option_width},
-        {"select", required_argument, nullptr, option_select}, {"print-tree", no_argument, nullptr, option_print_tree},
-        {"help", no_argument, nullptr, option_help},           {nullptr, 0, nullptr, 0}};
+    static const option known[] = {{"out", required_argument, nullptr, option_out},
+                                   {"width", required_argument, nullptr, option_width},
+                                   {"cache-budget", required_argument, nullptr, option_cache_budget},
+                                   {"select", required_argument, nullptr, option_select},
+                                   {"print-tree", no_argument, nullptr, option_print_tree},
+                                   {"help", no_argument, nullptr, option_help},
+                                   {nullptr, 0, nullptr, 0}};
     Options options;
     opterr = 0;
     for (int found; (found = getopt_long(argc, argv, ":", known, nullptr)) != -1;)

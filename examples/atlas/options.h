@@ -1,6 +1,7 @@
 #ifndef ATLAS_OPTIONS_H
 #define ATLAS_OPTIONS_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,8 @@ struct Options {
     std::string file;
     std::string out = "atlas.png";
     int width = 2048;
-    std::vector<std::string> select; /* names of countries; none stands for all of them */
+    std::size_t cache_budget = std::size_t{1} << 20; /* bytes */
+    std::vector<std::string> select;                 /* names of countries; none stands for all of them */
     bool print_tree = false;
     bool help = false;
 };

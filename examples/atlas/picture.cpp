@@ -1,49 +1,99 @@
 #include "picture.h"
 
 #include <algorithm>
-#include <cstdlib>
+
+#include <mova/host/memory_blocks.h>
 
 namespace atlas {
 
-Picture::Picture(int width, int height, std::uint8_t background)
-    : width_(width), height_(height),
-      bytes_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), background)
+/* ---- the cache's callbacks -------------------------------------------------------------------------------- */
+
+std::uint32_t Picture::size_of(void *tile)
+{
+    return static_cast<std::uint32_t>(static_cast<const StoredTile *>(tile)->bounds.pixels());
+}
+
+void Picture::fetch(void *tile, void *pixels, std::uint32_t size)
+{
+    const StoredTile *fetched = static_cast<const StoredTile *>(tile);
+    fetched->picture->file_.read(fetched->offset, pixels, size);
+    ++fetched->picture->fetches_;
+}
+
+void Picture::write_back(void *tile, void *pixels)
+{
+    const StoredTile *written = static_cast<const StoredTile *>(tile);
+    written->picture->file_.write(written->offset, pixels, written->bounds.pixels());
+    ++written->picture->write_backs_;
+}
+
+/* The tiles are not the cache's. */
+void Picture::forget(void *)
 {
 }
 
-void Picture::plot(Pixel pixel, std::uint8_t colour)
-{
-    if (pixel.x >= 0 && pixel.x < width_ && pixel.y >= 0 && pixel.y < height_)
-        bytes_[offset(pixel)] = colour;
-}
+/* ---- the picture ------------------------------------------------------------------------------------------ */
 
-/* Bresenham's line. `error` is how far the pixel lies off the ideal line, in units that keep it whole. */
-void Picture::line(Pixel from, Pixel to, std::uint8_t colour)
+Picture::Picture(Size size, std::size_t cache_budget)
+    : size_(size), pool_(mb_create_pool(cache_budget)), cache_(cc_create(pool_))
 {
-    const int across = std::abs(to.x - from.x), down = std::abs(to.y - from.y);
-    const int step_x = from.x < to.x ? 1 : -1, step_y = from.y < to.y ? 1 : -1;
-    int error = across - down;
-    Pixel at = from;
-    plot(at, colour);
-    while (at.x != to.x || at.y != to.y) {
-        const int twice = 2 * error;
-        if (twice > -down) {
-            error -= down;
-            at.x += step_x;
+    for (int top = 0; top < size.height; top += tile_size.height) {
+        for (int left = 0; left < size.width; left += tile_size.width) {
+            const Rectangle bounds = {left, top, std::min(left + tile_size.width, size.width),
+                                      std::min(top + tile_size.height, size.height)};
+            tiles_.push_back({this, tiles_.size() * tile_bytes, bounds, nullptr});
         }
-        if (twice < across) {
-            error += across;
-            at.y += step_y;
-        }
-        plot(at, colour);
     }
 }
 
-void Picture::span(int row, int from, int end, std::uint8_t colour)
+/* The other constructor comes first, so that what it has made is released where painting fails. */
+Picture::Picture(Size size, std::size_t cache_budget, const std::function<void(Tile)> &paint, const Progress &progress)
+    : Picture(size, cache_budget)
 {
-    const int left = std::max(from, 0), right = std::min(end, width_);
-    if (row >= 0 && row < height_ && left < right)
-        std::fill_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset({left, row})), right - left, colour);
+    std::size_t done = 0;
+    for (StoredTile &tile : tiles_) {
+        paint_tile(tile, paint);
+        progress("drawing", ++done, tiles_.size());
+    }
+}
+
+/* No function frees a cache's head: it is a block of the memory service like others. */
+Picture::~Picture()
+{
+    cc_make_empty(cache_);
+    MM_dealloc_item(cache_, sizeof(cc_cache));
+    mb_release_pool(&pool_);
+}
+
+/* No other block is allocated while the tile is drawn, so this one does not move. */
+void Picture::paint_tile(StoredTile &tile, const std::function<void(Tile)> &paint)
+{
+    const mb_handle handle = cc_alloc(cache_, size_of(&tile));
+    paint({tile.bounds, static_cast<std::uint8_t *>(mb_get(pool_, handle))});
+    tile.entry = cc_insert(cache_, &tile, handle, size_of, fetch, write_back, forget);
+}
+
+/* The cache gives up first what was used last, which would be the tile just fetched, again and again. So each tile of a
+   new row of tiles first puts the one above it, which has been read to its end, in front. */
+void Picture::read_row(int y, std::uint8_t *pixels)
+{
+    const int columns = (size_.width + tile_size.width - 1) / tile_size.width;
+    const auto first = tiles_.begin() + std::ptrdiff_t{y / tile_size.height} * columns;
+    for (auto tile = first; tile != first + columns; ++tile) {
+        if (y == tile->bounds.top && y > 0)
+            cc_lazy_swap_out(cache_, (tile - columns)->entry);
+        const auto *body = static_cast<const std::uint8_t *>(cc_get(cache_, tile->entry));
+        std::copy_n(body + std::ptrdiff_t{y - tile->bounds.top} * tile->bounds.width(), tile->bounds.width(),
+                    pixels + tile->bounds.left);
+    }
+}
+
+/* A body comes into memory when its tile is painted or fetched, and leaves it when it is evicted. */
+Picture::Statistics Picture::statistics() const
+{
+    const mb_statistics pool = mb_pool_statistics(pool_);
+    return {tiles_.size(), pool.budget, tiles_.size() + fetches_ - pool.live_blocks,
+            write_backs_,  fetches_,    pool.moves};
 }
 
 } // namespace atlas

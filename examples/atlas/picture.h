@@ -1,41 +1,81 @@
-/* A picture of 8-bit colour numbers, row after row from the top, and straight lines and rows of pixels in it. */
+/* A picture that need not fit into memory: tiles, whose pixels live in a swap cache.
+
+   Each tile is an item of the cache and its pixels are the body, a block of the cache's pool. The pool has a budget, in
+   bytes. When it is used up, the cache has some tile written to a temporary file and gives its block to another; when
+   that tile is read again, it is fetched from there.
+
+       tiles   0  1  2  3  4 …
+       pool  | 0 | 3 | 1 | . |           those in memory, in blocks that the pool may move
+       file  | 0 |   | 2 |   | 4 | …     those that have been written back, each in its place
+
+   The cache writes a tile back only once, for nothing makes a fetched body dirty again: so a tile is drawn whole before
+   the cache gets it, and never after. */
 #ifndef ATLAS_PICTURE_H
 #define ATLAS_PICTURE_H
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
+
+#include <mova/cache/swap_cache.h>
+
+#include "progress.h"
+#include "temporary_file.h"
+#include "tile.h"
 
 namespace atlas {
 
-struct Pixel {
-    int x, y;
-};
+/* Wide and low: a row of a large picture needs few tiles. Those at the right and the lower edge may be smaller. */
+constexpr Size tile_size = {512, 32};
+constexpr std::size_t tile_bytes = std::size_t{tile_size.width} * tile_size.height;
 
 class Picture {
 public:
-    Picture(int width, int height, std::uint8_t background);
+    struct Statistics {
+        std::size_t tiles, budget;
+        std::uint64_t evictions, write_backs, fetches;
+        std::uint64_t moves; /* of blocks, within the pool */
+    };
 
-    int width() const { return width_; }
-    int height() const { return height_; }
-    const std::vector<std::uint8_t> &bytes() const { return bytes_; }
-    const std::uint8_t *row(int y) const { return bytes_.data() + offset({0, y}); }
-    std::uint8_t at(Pixel pixel) const { return bytes_[offset(pixel)]; }
+    /* Has `paint` draw each tile, once and whole. Requires a budget for two tiles. Throws Error where the temporary
+       file fails, and so does `read_row`. */
+    Picture(Size size, std::size_t cache_budget, const std::function<void(Tile)> &paint, const Progress &progress);
+    ~Picture();
+    Picture(const Picture &) = delete;
+    Picture &operator=(const Picture &) = delete;
 
-    /* All three leave out what lies outside the picture. */
-    void plot(Pixel pixel, std::uint8_t colour);
-    void line(Pixel from, Pixel to, std::uint8_t colour);
-    /* The columns from `from` up to, not including, `end`. */
-    void span(int row, int from, int end, std::uint8_t colour);
+    Size size() const { return size_; }
+
+    /* Copies a row's pixels. Rows are best read from the top down, with a budget for the tiles of one. */
+    void read_row(int y, std::uint8_t *pixels);
+
+    Statistics statistics() const;
 
 private:
-    std::size_t offset(Pixel pixel) const
-    {
-        return static_cast<std::size_t>(pixel.y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(pixel.x);
-    }
+    struct StoredTile {
+        Picture *picture;
+        std::size_t offset; /* in the file */
+        Rectangle bounds;
+        cc_entry *entry;
+    };
 
-    int width_, height_;
-    std::vector<std::uint8_t> bytes_;
+    /* The cache's callbacks. */
+    static std::uint32_t size_of(void *tile);
+    static void fetch(void *tile, void *pixels, std::uint32_t size);
+    static void write_back(void *tile, void *pixels);
+    static void forget(void *tile);
+
+    Picture(Size size, std::size_t cache_budget);
+
+    void paint_tile(StoredTile &tile, const std::function<void(Tile)> &paint);
+
+    Size size_;
+    mb_pool *pool_;
+    cc_cache *cache_;
+    TemporaryFile file_;
+    std::vector<StoredTile> tiles_; /* row after row */
+    std::uint64_t write_backs_ = 0, fetches_ = 0;
 };
 
 } // namespace atlas

@@ -27,14 +27,17 @@ public:
     Encoder &operator=(const Encoder &) = delete;
 
     /* Returns whether it worked. */
-    bool encode(const Picture &picture, const std::vector<png_color> &colours, const Progress &progress)
+    bool encode(Picture &picture, const std::vector<png_color> &colours, const Progress &progress)
     {
         if (!info_ || setjmp(png_jmpbuf(png_)))
             return false;
-        encode_header(picture, colours);
-        for (int y = 0; y < picture.height(); ++y) {
-            png_write_row(png_, picture.row(y));
-            progress("writing", static_cast<std::size_t>(y), static_cast<std::size_t>(picture.height()));
+        encode_header(picture.size(), colours);
+        const Size size = picture.size();
+        row_.resize(static_cast<std::size_t>(size.width));
+        for (int y = 0; y < size.height; ++y) {
+            picture.read_row(y, row_.data());
+            png_write_row(png_, row_.data());
+            progress("writing", static_cast<std::size_t>(y), static_cast<std::size_t>(size.height));
         }
         png_write_end(png_, info_);
         return true;
@@ -43,11 +46,10 @@ public:
     const std::vector<std::uint8_t> &bytes() const { return bytes_; }
 
 private:
-    void encode_header(const Picture &picture, const std::vector<png_color> &colours)
+    void encode_header(Size size, const std::vector<png_color> &colours)
     {
-        png_set_IHDR(png_, info_, static_cast<png_uint_32>(picture.width()), static_cast<png_uint_32>(picture.height()),
-                     8, PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                     PNG_FILTER_TYPE_DEFAULT);
+        png_set_IHDR(png_, info_, static_cast<png_uint_32>(size.width), static_cast<png_uint_32>(size.height), 8,
+                     PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_set_PLTE(png_, info_, colours.data(), static_cast<int>(colours.size()));
         png_write_info(png_, info_);
     }
@@ -69,12 +71,12 @@ private:
 
     png_structp png_;
     png_infop info_;
-    std::vector<std::uint8_t> bytes_;
+    std::vector<std::uint8_t> row_, bytes_;
 };
 
 } // namespace
 
-std::size_t write_png(const std::string &path, const Picture &picture, std::span<const Colour> colours,
+std::size_t write_png(const std::string &path, Picture &picture, std::span<const Colour> colours,
                       const Progress &progress)
 {
     std::vector<png_color> entries;

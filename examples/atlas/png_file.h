@@ -5,14 +5,15 @@
 #include <span>
 #include <string>
 
-#include "draw.h"
+#include "colours.h"
 #include "picture.h"
+#include "progress.h"
 
 namespace atlas {
 
 /* Writes the picture as a PNG file whose colours are those of `colours`, and returns how many bytes it takes.
    Throws Error where it cannot be written, and then leaves what was there before. */
-std::size_t write_png(const std::string &path, const Picture &picture, std::span<const Colour> colours,
+std::size_t write_png(const std::string &path, Picture &picture, std::span<const Colour> colours,
                       const Progress &progress);
 
 } // namespace atlas

@@ -2,47 +2,33 @@
 
 #include <gtest/gtest.h>
 
+#include "pixels.h"
+
 using namespace atlas;
 
-namespace {
-
-class CanvasTest : public testing::Test {
-protected:
-    Picture picture_{6, 2, 9};
-    Canvas canvas_{picture_};
-
-    std::vector<std::uint8_t> row(int y) const { return {picture_.row(y), picture_.row(y) + 6}; }
-};
-
-} // namespace
-
-TEST_F(CanvasTest, DrawsWithThePenInHandAndThenWithTheOneBefore)
+TEST(Canvas, DrawsWithThePenInHandAndThenWithTheOneBefore)
 {
+    Pixels pixels(Rectangle{4, 8, 10, 10}, 9);
+    Canvas canvas(pixels.tile(), {20, 10});
     {
-        const PenInHand outer(canvas_, 1);
+        const PenInHand outer(canvas, 1);
         {
-            const PenInHand inner(canvas_, 2);
-            canvas_.span(0, 0, 1);
+            const PenInHand inner(canvas, 2);
+            canvas.span(8, 0, 5);
+            canvas.line({9, 9}, {20, 9});
         }
-        canvas_.span(0, 1, 2);
+        canvas.span(8, 5, 7);
     }
-    canvas_.span(0, 2, 3);
-    EXPECT_EQ((std::vector<std::uint8_t>{2, 1, 0, 9, 9, 9}), row(0));
+    const PenInHand other(canvas, 3);
+    canvas.span(8, 7, 8);
+    EXPECT_EQ((std::vector<std::uint8_t>{2, 1, 1, 3, 9, 9, 9, 9, 9, 9, 9, 2}), pixels.bytes());
 }
 
-TEST_F(CanvasTest, ShiftsLinesAndSpans)
+TEST(Canvas, KnowsTheMapThatItsTileIsPartOf)
 {
-    const PenInHand pen(canvas_, Pen{3, 2});
-    canvas_.line({0, 0}, {1, 0});
-    canvas_.span(1, -3, 1);
-    EXPECT_EQ((std::vector<std::uint8_t>{9, 9, 3, 3, 9, 9}), row(0));
-    EXPECT_EQ((std::vector<std::uint8_t>{3, 3, 3, 9, 9, 9}), row(1));
-}
-
-TEST_F(CanvasTest, KeepsTheShiftWhereOnlyTheInkChanges)
-{
-    const PenInHand shifted(canvas_, Pen{3, 4});
-    const PenInHand pen(canvas_, 5);
-    canvas_.span(0, 0, 1);
-    EXPECT_EQ((std::vector<std::uint8_t>{9, 9, 9, 9, 5, 9}), row(0));
+    Pixels pixels(Rectangle{4, 8, 10, 10});
+    const Canvas canvas(pixels.tile(), {20, 10});
+    EXPECT_EQ(20, canvas.width());
+    EXPECT_EQ(10, canvas.height());
+    EXPECT_EQ(4, canvas.bounds().left);
 }

@@ -4,38 +4,44 @@
 
 #include <gtest/gtest.h>
 
+#include "colours.h"
+#include "pixels.h"
+#include "projection.h"
 #include "world.h"
 
 using namespace atlas;
 
 namespace {
 
-/* FNV-1a, 64 bits. */
-std::uint64_t checksum(const Picture &picture)
+/* FNV-1a, 64 bits, of the colours that the picture shows. */
+std::uint64_t checksum(const Pixels &picture)
 {
+    const std::vector<Colour> colours = palette();
     std::uint64_t sum = 0xcbf29ce484222325;
-    for (const std::uint8_t byte : picture.bytes())
-        sum = (sum ^ byte) * 0x100000001b3;
+    for (const std::uint8_t ink : picture.bytes()) {
+        for (const std::uint8_t part : {colours[ink].red, colours[ink].green, colours[ink].blue})
+            sum = (sum ^ part) * 0x100000001b3;
+    }
     return sum;
 }
 
-std::uint8_t ink_at(const Picture &picture, int longitude, int latitude)
+std::uint8_t ink_at(const Pixels &picture, int longitude, int latitude)
 {
     return picture.at(project({longitude * degree, latitude * degree}, picture.width(), picture.height()));
 }
 
 bool is_land(std::uint8_t ink)
 {
-    return ink >= ink_land && ink < ink_count;
+    return std::count(inks().land.begin(), inks().land.end(), ink) == 1;
 }
 
-Picture map_of(const std::string &arc, int width)
+Pixels map_of(const std::string &arc, int width)
 {
-    return draw_map(decode(world_of("LineString", "[0]", arc)), width, no_progress);
+    return draw_map(decode(world_of("LineString", "[0]", arc)), width);
 }
 
 /* The columns of the pixels in this ink. */
-std::vector<int> columns(const Picture &picture, Ink ink)
+std::vector<int> columns(const Pixels &picture, std::uint8_t ink)
 {
     std::vector<int> found;
     for (int x = 0; x < picture.width(); ++x) {
@@ -76,27 +82,35 @@ TEST(Projection, StaysOnTheWidestMap)
 TEST(WorldMap, HasTheSamePixelsEverywhere)
 {
     const Topology topology = decode(shipped_world("110m"));
-    EXPECT_EQ(3172265964682469878u, checksum(draw_map(topology, 2048, no_progress)));
-    EXPECT_EQ(10669272316232106900u, checksum(draw_map(topology, 360, no_progress)));
-    EXPECT_EQ(665731160819398978u, checksum(draw_map(topology, 37, no_progress)));
+    EXPECT_EQ(12879684820143150734u, checksum(draw_map(topology, 2048)));
+    EXPECT_EQ(12041353205874528485u, checksum(draw_map(topology, 360)));
+    EXPECT_EQ(5110746673110229003u, checksum(draw_map(topology, 37)));
+}
+
+TEST(WorldMap, IsTheSameInTiles)
+{
+    for (const Size tile : {Size{512, 32}, {100, 7}, {1, 180}}) {
+        Drawing drawing(decode(shipped_world("110m")), 720, no_progress);
+        EXPECT_TRUE(is_the_same_in_tiles({0, 0, 720, 360}, tile, [&](const Tile &part) { drawing.draw(part); }));
+    }
 }
 
 TEST(WorldMap, ShowsWhatIsThere)
 {
-    const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
-    EXPECT_EQ(ink_sea, ink_at(map, -145, -15)) << "the middle of the Pacific";
-    EXPECT_EQ(ink_sea, ink_at(map, -35, 40)) << "the Atlantic";
-    EXPECT_EQ(ink_border, ink_at(map, -141, 63)) << "between Alaska and Yukon";
-    EXPECT_EQ(ink_border, ink_at(map, 27, 22)) << "between Egypt and Sudan";
-    EXPECT_EQ(ink_graticule, ink_at(map, -150, -45));
-    EXPECT_EQ(ink_frame, ink_at(map, -25, 0)) << "the equator";
-    EXPECT_EQ(ink_sea, ink_at(map, 51, 40)) << "the Caspian Sea";
+    const Pixels map = draw_map(decode(shipped_world("110m")), 2048);
+    EXPECT_EQ(inks().sea, ink_at(map, -145, -15)) << "the middle of the Pacific";
+    EXPECT_EQ(inks().sea, ink_at(map, -35, 40)) << "the Atlantic";
+    EXPECT_EQ(inks().border, ink_at(map, -141, 63)) << "between Alaska and Yukon";
+    EXPECT_EQ(inks().border, ink_at(map, 27, 22)) << "between Egypt and Sudan";
+    EXPECT_EQ(inks().graticule, ink_at(map, -150, -45));
+    EXPECT_EQ(inks().frame, ink_at(map, -25, 0)) << "the equator";
+    EXPECT_EQ(inks().sea, ink_at(map, 51, 40)) << "the Caspian Sea";
     EXPECT_TRUE(is_land(ink_at(map, 0, 8)));
 }
 
 TEST(WorldMap, ShowsAnEnclaveInAColourOfItsOwn)
 {
-    const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
+    const Pixels map = draw_map(decode(shipped_world("110m")), 2048);
     const std::uint8_t lesotho = ink_at(map, 28, -30), around = ink_at(map, 24, -30);
     EXPECT_TRUE(is_land(lesotho) && is_land(around));
     EXPECT_NE(lesotho, around);
@@ -104,7 +118,7 @@ TEST(WorldMap, ShowsAnEnclaveInAColourOfItsOwn)
 
 TEST(WorldMap, FillsWhatCrossesTheEdgeOnBothSides)
 {
-    const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
+    const Pixels map = draw_map(decode(shipped_world("110m")), 2048);
     EXPECT_TRUE(is_land(ink_at(map, 179, 67)));
     EXPECT_EQ(ink_at(map, 179, 67), ink_at(map, -179, 67));
 }
@@ -112,8 +126,8 @@ TEST(WorldMap, FillsWhatCrossesTheEdgeOnBothSides)
 TEST(WorldMap, FillsAntarcticaToItsLowerEdge)
 {
     for (const char *scale : {"110m", "50m"}) {
-        const Picture map = draw_map(decode(shipped_world(scale)), 2048, no_progress);
-        const std::vector<std::uint8_t> lowest(map.row(1023), map.row(1023) + 2048);
+        const Pixels map = draw_map(decode(shipped_world(scale)), 2048);
+        const std::vector<std::uint8_t> lowest = map.row(1023);
         EXPECT_TRUE(is_land(lowest[0]));
         EXPECT_EQ(std::vector<std::uint8_t>(2048, lowest[0]), lowest) << scale;
     }
@@ -121,28 +135,34 @@ TEST(WorldMap, FillsAntarcticaToItsLowerEdge)
 
 TEST(WorldMap, HasNoLineAcrossIt)
 {
-    const Picture map = draw_map(decode(shipped_world("110m")), 2048, no_progress);
+    const Pixels map = draw_map(decode(shipped_world("110m")), 2048);
     for (int y = 0; y < map.height(); ++y) {
-        const std::uint8_t *row = map.row(y);
-        EXPECT_GT(300, std::count(row, row + map.width(), ink_coast)) << "row " << y;
+        const std::vector<std::uint8_t> row = map.row(y);
+        EXPECT_GT(300, std::count(row.begin(), row.end(), inks().coast)) << "row " << y;
     }
 }
 
 TEST(Segment, AcrossTheAntimeridianGoesTheShorterWay)
 {
     for (const char *arc : {"[[177,10],[-177,20]]", "[[-177,10],[177,20]]", "[[177,10],[183,20]]"}) {
-        const Picture map = map_of(arc, 360);
-        for (const int x : columns(map, ink_coast))
+        const Pixels map = map_of(arc, 360);
+        for (const int x : columns(map, inks().coast))
             EXPECT_TRUE(x <= 3 || x >= 357) << arc << " column " << x;
-        EXPECT_EQ(ink_coast, ink_at(map, 177, arc[2] == '-' ? 20 : 10));
-        EXPECT_EQ(ink_coast, ink_at(map, -177, arc[2] == '-' ? 10 : 20));
-        EXPECT_NE(0, std::count(map.bytes().begin(), map.bytes().end(), ink_coast));
+        EXPECT_EQ(inks().coast, ink_at(map, 177, arc[2] == '-' ? 20 : 10));
+        EXPECT_EQ(inks().coast, ink_at(map, -177, arc[2] == '-' ? 10 : 20));
+        EXPECT_NE(0, std::count(map.bytes().begin(), map.bytes().end(), inks().coast));
     }
+}
+
+TEST(Segment, AcrossTheAntimeridianIsTheSameInTiles)
+{
+    Drawing drawing(decode(world_of("LineString", "[0]", "[[170,10],[-170,20],[120,60],[-120,0]]")), 360, no_progress);
+    EXPECT_TRUE(is_the_same_in_tiles({0, 0, 360, 180}, {9, 9}, [&](const Tile &part) { drawing.draw(part); }));
 }
 
 TEST(Segment, AcrossTheAntimeridianLeavesNoGap)
 {
-    const std::vector<int> found = columns(map_of("[[170,10],[-170,10]]", 360), ink_coast);
+    const std::vector<int> found = columns(map_of("[[170,10],[-170,10]]", 360), inks().coast);
     std::vector<int> expected;
     for (int x = 0; x < 360; ++x) {
         if (x <= 10 || x >= 350)
@@ -153,34 +173,34 @@ TEST(Segment, AcrossTheAntimeridianLeavesNoGap)
 
 TEST(Segment, HalfwayRoundTheGlobeIsDrawnAsItStands)
 {
-    EXPECT_EQ(181u, columns(map_of("[[-90,10],[90,10]]", 360), ink_coast).size());
+    EXPECT_EQ(181u, columns(map_of("[[-90,10],[90,10]]", 360), inks().coast).size());
 }
 
 TEST(Segment, AlongTheEdgeOfTheMapIsACutAndNotDrawn)
 {
     for (const char *arc : {"[[180,10],[180,50]]", "[[-180,10],[-180,50]]", "[[-170,-90],[170,-90]]",
                             "[[-100,-89.999],[100,-89.999]]", "[[-100,90],[100,90]]"})
-        EXPECT_TRUE(columns(map_of(arc, 360), ink_coast).empty()) << arc;
+        EXPECT_TRUE(columns(map_of(arc, 360), inks().coast).empty()) << arc;
 }
 
 TEST(Segment, ThatOnlyEndsAtTheEdgeIsDrawn)
 {
-    EXPECT_EQ(10u, columns(map_of("[[170,10],[180,10]]", 360), ink_coast).size());
-    EXPECT_EQ(10u, columns(map_of("[[15,-80],[15,-90]]", 360), ink_coast).size());
+    EXPECT_EQ(10u, columns(map_of("[[170,10],[180,10]]", 360), inks().coast).size());
+    EXPECT_EQ(10u, columns(map_of("[[15,-80],[15,-90]]", 360), inks().coast).size());
 }
 
 TEST(Outlines, ThatAreSharedLieBelowThoseThatAreNot)
 {
     const std::string objects = R"("a":{"type":"LineString","arcs":[0]},"b":{"type":"LineString","arcs":[-1]},
                                    "c":{"type":"LineString","arcs":[1]})";
-    const Picture map = draw_map(decode(world(objects, "[[10,10],[20,10]],[[15,5],[15,15]]")), 360, no_progress);
-    EXPECT_EQ(ink_border, ink_at(map, 12, 10));
-    EXPECT_EQ(ink_coast, ink_at(map, 15, 10));
+    const Pixels map = draw_map(decode(world(objects, "[[10,10],[20,10]],[[15,5],[15,15]]")), 360);
+    EXPECT_EQ(inks().border, ink_at(map, 12, 10));
+    EXPECT_EQ(inks().coast, ink_at(map, 15, 10));
 }
 
 TEST(Map, IsHalfAsHighAsItIsWide)
 {
-    const Picture map = map_of("[[10,10],[20,10]]", 17);
+    const Pixels map = map_of("[[10,10],[20,10]]", 17);
     EXPECT_EQ(17, map.width());
     EXPECT_EQ(8, map.height());
 }

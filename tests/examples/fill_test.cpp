@@ -9,6 +9,8 @@
 #include <tests/support/byte_source.h>
 
 #include "enclosure.h"
+#include "pixels.h"
+#include "projection.h"
 #include "world.h"
 
 using namespace atlas;
@@ -26,29 +28,35 @@ std::vector<const Country *> countries_of(const Topology &topology)
     return all;
 }
 
-Picture filled(const Country &country, int width)
+void fill(const Tile &tile, Region &region, int width)
 {
-    Picture picture(width, width / 2, 0);
-    Canvas canvas(picture);
+    Canvas canvas(tile, {width, width / 2});
     const PenInHand pen(canvas, ink);
-    Filler(canvas).fill(country, [] {});
-    return picture;
+    Filler().fill(canvas, region);
+}
+
+Pixels filled(const Country &country, int width)
+{
+    Region region(country, {width, width / 2});
+    Pixels pixels(width, width / 2);
+    fill(pixels.tile(), region, width);
+    return pixels;
 }
 
 /* A map of one country of the rings that these arcs are, a degree a pixel. */
-Picture filled(const std::string &rings, const std::string &arcs)
+Pixels filled(const std::string &rings, const std::string &arcs)
 {
     const Topology topology = decode(world_of("Polygon", rings, arcs));
     return filled(*countries_of(topology).front(), 360);
 }
 
-std::ptrdiff_t inked(const Picture &picture)
+std::ptrdiff_t inked(const Pixels &picture)
 {
     return std::count(picture.bytes().begin(), picture.bytes().end(), ink);
 }
 
 /* The pixels to the east and south of a point, as text. */
-std::string cut_out(const Picture &picture, int longitude, int latitude, int columns, int rows)
+std::string cut_out(const Pixels &picture, int longitude, int latitude, int columns, int rows)
 {
     const Pixel corner = project({longitude * degree, latitude * degree}, picture.width(), picture.height());
     std::string text;
@@ -60,7 +68,7 @@ std::string cut_out(const Picture &picture, int longitude, int latitude, int col
     return text;
 }
 
-enclosure::Place centre(int x, int y, const Picture &picture)
+enclosure::Place centre(int x, int y, const Pixels &picture)
 {
     return {(2 * x + 1) * (enclosure::globe / (2 * picture.width())),
             (2 * y + 1) * (enclosure::globe / (4 * picture.height()))};
@@ -68,7 +76,7 @@ enclosure::Place centre(int x, int y, const Picture &picture)
 
 /* Compares every `stride`th pixel of a country with what encloses its centre; returns how many were compared. Requires
    a width at which centres are whole angles. */
-int check_fill(const Country &country, const Picture &picture, int stride, std::int64_t slack)
+int check_fill(const Country &country, const Pixels &picture, int stride, std::int64_t slack)
 {
     const enclosure::Area area(country);
     int compared = 0, wrong = 0;
@@ -162,7 +170,7 @@ TEST(Fill, OfWhatHasNoInsideIsNothing)
 
 TEST(Fill, OfWhatCrossesTheEdgeComesInOnTheOtherSide)
 {
-    const Picture map = filled("[[0]]", "[[178,0],[-177,0],[-177,-2],[178,-2],[178,0]]");
+    const Pixels map = filled("[[0]]", "[[178,0],[-177,0],[-177,-2],[178,-2],[178,0]]");
     EXPECT_EQ(".##\n.##\n...\n", cut_out(map, 177, 0, 3, 3));
     EXPECT_EQ("###.\n###.\n....\n", cut_out(map, -180, 0, 4, 3));
     EXPECT_EQ(10, inked(map));
@@ -177,8 +185,8 @@ TEST(Fill, OfARingRoundAPoleReachesTheEdgeThere)
 
 TEST(Fill, OfTwoRingsRoundAPoleIsTheBandBetween)
 {
-    const Picture map = filled("[[0],[1]]", "[[120,-70],[-120,-70],[0,-70],[120,-70]],"
-                                            "[[120,-80],[-120,-80],[0,-80],[120,-80]]");
+    const Pixels map = filled("[[0],[1]]", "[[120,-70],[-120,-70],[0,-70],[120,-70]],"
+                                           "[[120,-80],[-120,-80],[0,-80],[120,-80]]");
     EXPECT_EQ(10 * 360, inked(map));
     EXPECT_EQ(ink, map.at({0, 165}));
     EXPECT_EQ(0, map.at({0, 175}));
@@ -194,7 +202,7 @@ TEST(Fill, IsExactForRandomRings)
         SCOPED_TRACE("MOVA_TEST_SEED=" + std::to_string(seed) + ", ring " + ring);
         const Topology topology = decode(world_of("Polygon", "[[0]]", ring));
         const Country &country = *countries_of(topology).front();
-        const Picture picture = filled(country, 360);
+        const Pixels picture = filled(country, 360);
         EXPECT_EQ(64800 / 5, check_fill(country, picture, 5, -1));
     }
 }
@@ -209,8 +217,43 @@ TEST(Fill, IsRightForRandomRingsRoundTheGlobe)
         SCOPED_TRACE("MOVA_TEST_SEED=" + std::to_string(seed) + ", ring " + ring);
         const Topology topology = decode(world_of("Polygon", "[[0]]", ring));
         const Country &country = *countries_of(topology).front();
-        const Picture picture = filled(country, 360);
+        const Pixels picture = filled(country, 360);
         EXPECT_LT(64800 / 5 * 98 / 100, check_fill(country, picture, 5, degree / 512));
+    }
+}
+
+TEST(Fill, IsTheSameInTiles)
+{
+    const std::uint32_t seed = mova::test::test_seed(3);
+    std::mt19937 engine(seed);
+    for (int run = 0; run < 40; ++run) {
+        const std::string ring = random_ring(engine, 180, 3 + run % 9);
+        SCOPED_TRACE("MOVA_TEST_SEED=" + std::to_string(seed) + ", ring " + ring);
+        const Topology topology = decode(world_of("Polygon", "[[0]]", ring));
+        Region region(*countries_of(topology).front(), {180, 90});
+        EXPECT_TRUE(is_the_same_in_tiles({0, 0, 180, 90}, {1 + run * 3, 31 - run % 30},
+                                         [&](const Tile &tile) { fill(tile, region, 180); }));
+    }
+}
+
+/* A tile that the bounds do not meet is passed over. */
+TEST(Fill, KeepsWithinTheRegionsBounds)
+{
+    const Topology topology = decode(shipped_world("110m"));
+    for (const Country *country : countries_of(topology)) {
+        const Rectangle bounds = Region(*country, {360, 180}).bounds();
+        const Pixels picture = filled(*country, 360);
+        Rectangle found = {360, 180, 0, 0};
+        for (int y = 0; y < 180; ++y) {
+            for (int x = 0; x < 360; ++x) {
+                if (picture.at({x, y}) == ink)
+                    found = rectangle_around(found, {x, y, x + 1, y + 1});
+            }
+        }
+        EXPECT_LE(bounds.left, found.left);
+        EXPECT_LE(bounds.top, found.top);
+        EXPECT_GE(bounds.right, found.right);
+        EXPECT_GE(bounds.bottom, found.bottom);
     }
 }
 
@@ -219,7 +262,7 @@ TEST(Fill, IsRightForEveryCountryOfTheShippedWorlds)
     for (const char *scale : {"110m", "50m"}) {
         const Topology topology = decode(shipped_world(scale));
         for (const Country *country : countries_of(topology)) {
-            const Picture picture = filled(*country, 2880);
+            const Pixels picture = filled(*country, 2880);
             const int stride = 1997, samples = (2880 * 1440 + stride - 1) / stride;
             EXPECT_LT(samples * 98 / 100, check_fill(*country, picture, stride, degree / 8 / 512));
         }
@@ -233,7 +276,7 @@ TEST(Fill, LeavesNoPixelToTwoCountries)
     std::vector<int> owners(1024 * 512);
     int twice = 0;
     for (const Country *country : countries_of(topology)) {
-        const Picture picture = filled(*country, 1024);
+        const Pixels picture = filled(*country, 1024);
         for (std::size_t i = 0; i < owners.size(); ++i)
             twice += picture.bytes()[i] == ink && owners[i]++ > 0;
     }

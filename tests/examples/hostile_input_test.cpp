@@ -6,6 +6,7 @@
 #include <tests/support/byte_source.h>
 
 #include "error.h"
+#include "pixels.h"
 #include "world.h"
 
 using namespace atlas;
@@ -46,7 +47,7 @@ const char *const unit = R"({"scale":[1,1],"translate":[0,0]})";
 bool fails(const std::string &text)
 {
     try {
-        draw_map(decode(text), 64, no_progress);
+        draw_map(decode(text), 64);
         return false;
     } catch (const Error &error) {
         EXPECT_EQ(std::string::npos, std::string(error.what()).find('\n'));

@@ -6,9 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "fill.h"
 #include "font.h"
 #include "indices.h"
-#include "tints.h"
+#include "pixels.h"
 #include "world.h"
 
 using namespace atlas;
@@ -62,12 +63,20 @@ std::vector<std::string> texts_of(const std::vector<Land> &lands, int width = 36
 
 using Texts = std::vector<std::string>;
 
-const Country &country(const Topology &topology, std::int32_t number)
+/* Each country in an ink of its own, from 1 on. */
+Pixels filled_countries(const Topology &topology, Size map)
 {
-    const GL_node *position = topology.countries.get()->first;
-    for (; number > 0; --number)
-        position = position->next;
-    return *static_cast<const Country *>(position->item);
+    Pixels pixels(map.width, map.height);
+    Canvas canvas(pixels.tile(), map);
+    Filler filler;
+    std::uint8_t ink = 0;
+    GL_iterator countries = GL_all_items(topology.countries.get());
+    while (const Country *each = next_record<Country>(countries)) {
+        const PenInHand pen(canvas, ++ink);
+        Region region(*each, map);
+        filler.fill(canvas, region);
+    }
+    return pixels;
 }
 
 bool apart(const Box &a, const Box &b, int gap)
@@ -82,17 +91,15 @@ TEST(Labels, LieInsideTheirCountriesInTheShippedWorlds)
 {
     for (const auto &[scale, least] : {std::pair("110m", 40u), {"50m", 40u}}) {
         const Topology topology = decode(shipped_world(scale));
-        const Picture map = draw_countries(topology, 2048, no_progress);
-        const Tints tints(topology);
+        const Pixels map = filled_countries(topology, {2048, 1024});
         const std::vector<Label> labels = labels_in(Labels(topology, 2048, 1024, no_progress));
         EXPECT_LT(least, labels.size());
         for (const Label &label : labels) {
             const Box &box = label.box;
-            const int ink = ink_land + tints.of(country(topology, label.summary.number));
             int inside = 0;
             for (int y = box.top; y < box.top + box.height; ++y)
                 for (int x = box.left; x < box.left + box.width; ++x)
-                    inside += map.at({x, y}) == ink;
+                    inside += map.at({x, y}) == label.summary.number + 1;
             EXPECT_EQ(box.width * box.height, inside) << label.text;
         }
     }
@@ -142,8 +149,8 @@ TEST(Labels, AreDrawnTwiceAsLargeOnAMapThatIsTwiceAsWide)
 {
     const Topology topology = world_of_lands({{"Ab", 0, 0, 30, 20}});
     const auto pixels = [&](int width) {
-        Picture picture(width, width / 2, 0);
-        Canvas canvas(picture);
+        Pixels picture(width, width / 2);
+        Canvas canvas(picture.tile(), {width, width / 2});
         const PenInHand pen(canvas, 1);
         Labels(topology, width, width / 2, no_progress).draw(canvas);
         return std::count(picture.bytes().begin(), picture.bytes().end(), 1);
@@ -211,9 +218,9 @@ TEST(Labels, StandInTheLargestPolygon)
 TEST(Labels, AreDrawnDotForDotAndLinesCentred)
 {
     const Topology topology = world_of_lands({{"I ab", 0, 0, 14, 20}});
-    Picture picture(360, 180, 0);
+    Pixels picture(360, 180);
     {
-        Canvas canvas(picture);
+        Canvas canvas(picture.tile(), {360, 180});
         const PenInHand pen(canvas, 1);
         Labels(topology, 360, 180, no_progress).draw(canvas);
     }

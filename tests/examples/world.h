@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 
-#include "draw.h"
 #include "file.h"
 #include "topology.h"
 
@@ -50,6 +50,29 @@ inline void write_whole(const std::filesystem::path &path, const std::string &te
 {
     std::ofstream(path, std::ios::binary) << text;
 }
+
+/* Has temporary files made elsewhere while it lives. */
+class TemporaryDirectory {
+public:
+    explicit TemporaryDirectory(const std::string &path)
+    {
+        if (const char *before = std::getenv("TMPDIR"))
+            before_ = before;
+        setenv("TMPDIR", path.c_str(), 1);
+    }
+    ~TemporaryDirectory()
+    {
+        if (before_)
+            setenv("TMPDIR", before_->c_str(), 1);
+        else
+            unsetenv("TMPDIR");
+    }
+    TemporaryDirectory(const TemporaryDirectory &) = delete;
+    TemporaryDirectory &operator=(const TemporaryDirectory &) = delete;
+
+private:
+    std::optional<std::string> before_;
+};
 
 /* A directory that is gone, with all that is in it, after the test. */
 class ScratchDirectory {

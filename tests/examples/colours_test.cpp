@@ -1,0 +1,54 @@
+#include "colours.h"
+
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include <mova/clut/colour_table.h>
+
+using namespace atlas;
+
+static Colour shown(std::int32_t index)
+{
+    return palette().at(static_cast<std::size_t>(index));
+}
+
+TEST(Colours, OfWhatEveryMapHasAreStandardOnes)
+{
+    EXPECT_EQ(GE_DRKBLU, inks().sea);
+    EXPECT_EQ(GE_LGRAY, inks().coast);
+    EXPECT_EQ(GE_WHITE, inks().text);
+}
+
+TEST(Colours, OfCountriesHaveIndicesOfTheirOwn)
+{
+    std::set<int> all = {inks().sea, inks().graticule, inks().frame, inks().border, inks().coast, inks().text};
+    EXPECT_EQ(6u, all.size());
+    for (const std::uint8_t land : inks().land) {
+        EXPECT_LT(GE_DRKCYAN, land);
+        EXPECT_TRUE(all.insert(land).second);
+    }
+}
+
+TEST(Colours, AreDifferentToTheEye)
+{
+    std::set<std::array<int, 3>> all;
+    const auto insert = [&](std::uint8_t ink) {
+        const Colour colour = shown(ink);
+        return all.insert({colour.red, colour.green, colour.blue}).second;
+    };
+    for (const std::uint8_t ink : {inks().sea, inks().graticule, inks().frame, inks().border, inks().coast})
+        EXPECT_TRUE(insert(ink));
+    for (const std::uint8_t land : inks().land)
+        EXPECT_TRUE(insert(land));
+}
+
+TEST(Palette, IsReadFromTheTable)
+{
+    EXPECT_EQ((Colour{14, 36, 56}), shown(inks().sea));
+    EXPECT_EQ((Colour{250, 246, 232}), shown(inks().text));
+    EXPECT_EQ((Colour{122, 100, 114}), palette().back());
+    CLUT_set(inks().frame, 1, 2, 3);
+    EXPECT_EQ((Colour{1, 2, 3}), shown(inks().frame));
+    CLUT_set(inks().frame, 52, 86, 114);
+}

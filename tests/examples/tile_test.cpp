@@ -1,0 +1,130 @@
+#include "tile.h"
+
+#include <algorithm>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include <tests/support/byte_source.h>
+
+#include "pixels.h"
+
+using namespace atlas;
+
+static std::ptrdiff_t inked(const Pixels &pixels)
+{
+    return std::count(pixels.bytes().begin(), pixels.bytes().end(), 1);
+}
+
+TEST(Rectangle, MeetsWhatSharesAPixelWithIt)
+{
+    const Rectangle rectangle = {10, 20, 14, 22};
+    for (const Rectangle &other : {Rectangle{9, 19, 11, 21}, {13, 21, 15, 23}, {0, 0, 99, 99}, {11, 21, 12, 22}})
+        EXPECT_TRUE(rectangle.meets(other) && other.meets(rectangle));
+    for (const Rectangle &other : {Rectangle{9, 19, 10, 23}, {14, 19, 15, 23}, {9, 19, 15, 20}, {9, 22, 15, 23}})
+        EXPECT_FALSE(rectangle.meets(other) || other.meets(rectangle));
+}
+
+TEST(Tile, IsCoveredWhole)
+{
+    Pixels pixels(Rectangle{3, 4, 10, 7}, 0);
+    pixels.tile().cover(5);
+    EXPECT_EQ(std::vector<std::uint8_t>(21, 5), pixels.bytes());
+}
+
+TEST(Line, LeavesOutWhatLiesOutside)
+{
+    Pixels pixels(Rectangle{10, 20, 14, 24}, 0);
+    for (const Pixel pixel : {Pixel{9, 21}, {14, 21}, {11, 19}, {11, 24}, {0, 0}, {1, 1}})
+        pixels.tile().line(pixel, pixel, 1);
+    pixels.tile().line({0, 19}, {99, 19}, 1);
+    pixels.tile().line({9, 0}, {9, 99}, 1);
+    pixels.tile().line({0, 28}, {18, 10}, 1);
+    EXPECT_EQ(0, inked(pixels)) << "the last one passes a corner";
+    pixels.tile().line({0, 27}, {17, 10}, 1);
+    EXPECT_EQ(0, inked(pixels)) << "the last one passes a corner";
+}
+
+/* Of two pixels as near, the one nearer to where the line starts. */
+TEST(Line, TakesTheNearestPixels)
+{
+    for (const auto &[to, middle] : {std::pair(Pixel{2, 1}, Pixel{1, 0}),
+                                     {{-2, -1}, {-1, 0}},
+                                     {{1, 2}, {0, 1}},
+                                     {{-1, 2}, {0, 1}},
+                                     {{4, -2}, {3, -1}}}) {
+        Pixels pixels(Rectangle{-9, -9, 9, 9}, 0);
+        pixels.tile().line({0, 0}, to, 1);
+        EXPECT_EQ(1, pixels.at(middle)) << to.x << " " << to.y;
+    }
+}
+
+/* The ends lie up to three maps outside. */
+TEST(Line, IsTheSameWhateverTilesItIsDrawnIn)
+{
+    const std::uint32_t seed = mova::test::test_seed(1);
+    std::mt19937 engine(seed);
+    const auto number = [&] { return static_cast<int>(engine() % 140) - 60; };
+    for (int run = 0; run < 2000; ++run) {
+        SCOPED_TRACE("MOVA_TEST_SEED=" + std::to_string(seed) + ", run " + std::to_string(run));
+        const Pixel from = {number(), number()}, to = {number(), number()};
+        EXPECT_TRUE(is_the_same_in_tiles({0, 0, 20, 20}, {1 + run % 7, 1 + run % 5},
+                                         [=](Tile tile) { tile.line(from, to, 1); }));
+    }
+}
+
+TEST(Line, OfOnePixelIsThatPixel)
+{
+    Pixels pixels(3, 3, 0);
+    pixels.tile().line({1, 1}, {1, 1}, 1);
+    EXPECT_EQ(1, pixels.at({1, 1}));
+    EXPECT_EQ(1, inked(pixels));
+}
+
+TEST(Line, JoinsItsEndsInEveryDirectionWithOnePixelAStep)
+{
+    for (int x = 0; x <= 20; ++x) {
+        for (int y = 0; y <= 20; ++y) {
+            Pixels pixels(21, 21, 0);
+            pixels.tile().line({10, 10}, {x, y}, 1);
+            EXPECT_EQ(1, pixels.at({10, 10}));
+            EXPECT_EQ(1, pixels.at({x, y}));
+            EXPECT_EQ(std::max(std::abs(x - 10), std::abs(y - 10)) + 1, inked(pixels)) << x << " " << y;
+        }
+    }
+}
+
+TEST(Line, StaysWithinHalfAPixelOfTheIdeal)
+{
+    Pixels pixels(100, 40, 0);
+    pixels.tile().line({0, 0}, {99, 33}, 1);
+    for (int x = 0; x < 100; ++x)
+        EXPECT_EQ(1, pixels.at({x, (x + 1) / 3})) << x;
+}
+
+TEST(Line, IsCutWhereTheTileEnds)
+{
+    Pixels pixels(10, 10, 0);
+    pixels.tile().line({-5, 4}, {14, 4}, 1);
+    EXPECT_EQ(10, inked(pixels));
+}
+
+TEST(Span, CoversTheColumnsUpToItsEnd)
+{
+    Pixels pixels(5, 3, 0);
+    pixels.tile().span(1, 1, 4, 1);
+    EXPECT_EQ((std::vector<std::uint8_t>{0, 0, 0, 0, 0, 0, 1, 1, 1, 0, 0, 0, 0, 0, 0}), pixels.bytes());
+}
+
+TEST(Span, IsCutWhereTheTileEnds)
+{
+    Pixels pixels(5, 2, 0);
+    pixels.tile().span(-1, 0, 5, 1);
+    pixels.tile().span(2, 0, 5, 1);
+    pixels.tile().span(0, 3, 3, 1);
+    pixels.tile().span(0, 4, 2, 1);
+    pixels.tile().span(0, 5, 9, 1);
+    EXPECT_EQ(0, inked(pixels));
+    pixels.tile().span(1, -7, 9, 1);
+    EXPECT_EQ(5, inked(pixels));
+}
