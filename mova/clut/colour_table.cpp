@@ -7,7 +7,8 @@
 #include <mova/clut/internal/table_state.h>
 #include <mova/frame/internal/module_records.h>
 
-int32_t clut_debug = 0;
+/* Weak, so that a program in a static link can define it too. */
+[[gnu::weak]] int32_t clut_debug = 0;
 
 int32_t GE_CLEAR = 0, GE_WHITE = 0, GE_BLACK = 0, GE_RED = 0, GE_LRED = 0, GE_GREEN = 0, GE_BLUE = 0, GE_GRAY = 0,
         GE_LGRAY = 0, GE_GRAY144 = 0, GE_GRAY164 = 0, GE_CYAN = 0, GE_MAG = 0, GE_DRKGREEN = 0, GE_DRKMAG = 0,

@@ -58,8 +58,9 @@ extern "C" {
 typedef void (*CLUT_callback)(int32_t index, int16_t red, int16_t green, int16_t blue);
 
 /* What is written to the debug output: 0 nothing, from 1 on (and below 0) the initialisation and every index that is
-   allocated, handed out or freed, from 2 on also every colour that is set or read. The program may set it at any time,
-   before RGBLUT_init too; the library only reads it. */
+   allocated, handed out or freed, from 2 on also every colour that is set or read. The library only reads it. A program
+   may set it at any time, before RGBLUT_init too, and may define it itself, with the value that it is to have from the
+   start. */
 extern int32_t clut_debug;
 
 /* The indices of the standard colours: 0 until RGBLUT_init assigns them. Beside each its index and its red, green and
