@@ -8,10 +8,10 @@
 #include <string>
 #include <utility>
 
-#include <mova/host/messages.h>
 #include <unistd.h>
 
 #include <mova/host/errors.h>
+#include <mova/host/messages.h>
 
 #include "colours.h"
 #include "draw.h"
