@@ -313,6 +313,16 @@ bool add_measured(measured_row row)
     return true;
 }
 
+bool add_sized(const char *id, const std::string &workload, size_t count, sized_work ours,
+               const std::vector<sized_peer> &peers)
+{
+    std::vector<timed_peer> timed;
+    auto with = [count](sized_work work) { return [=](benchmark::State &state) { work(state, count); }; };
+    for (const sized_peer &each : peers)
+        timed.push_back({each.name, with(each.work), each.at_least});
+    return add_timed({id, workload, static_cast<double>(count), with(ours), timed});
+}
+
 int run(int argc, char **argv)
 {
     std::ranges::stable_sort(rows(), {}, id_of);

@@ -59,6 +59,19 @@ struct measured_row {
 bool add_timed(timed_row row);
 bool add_measured(measured_row row);
 
+/* Work on so many items. */
+using sized_work = void (*)(benchmark::State &, size_t count);
+
+struct sized_peer {
+    const char *name;
+    sized_work work;
+    double at_least;
+};
+
+/* Registers a timed row of one operation for each item. */
+bool add_sized(const char *id, const std::string &workload, size_t count, sized_work ours,
+               const std::vector<sized_peer> &peers);
+
 /* Runs the rows that the command line names, or all, and prints the table. Returns the program's exit code. */
 int run(int argc, char **argv);
 

@@ -122,23 +122,6 @@ void copy_and_release(benchmark::State &state, size_t count)
     on_one_list<List>(state, count, [](auto list) { List::release(List::copy(list)); });
 }
 
-using work = void (*)(benchmark::State &, size_t);
-
-struct peer {
-    const char *name;
-    work does;
-    double at_least;
-};
-
-void add(const char *id, const std::string &workload, size_t count, work ours, const std::vector<peer> &peers)
-{
-    std::vector<scoreboard::timed_peer> timed;
-    auto with = [count](work does) { return [=](benchmark::State &state) { does(state, count); }; };
-    for (const peer &each : peers)
-        timed.push_back({each.name, with(each.does), each.at_least});
-    scoreboard::add_timed({id, workload, static_cast<double>(count), with(ours), timed});
-}
-
 struct size {
     size_t count;
     const char *text;
@@ -149,19 +132,20 @@ void add_rows(const size &of)
     /* Each target holds at the one size that it was set for. */
     auto only_at = [&](size_t count, double target) { return of.count == count ? target : 0; };
     const std::string items_text = std::string(", ") + of.text + " items";
-    add("L1", "pointer list: append and release" + items_text, of.count, append_and_release<mova_list>,
-        {{"GQueue", append_and_release<glib_queue>, only_at(2000000, 1.7)},
-         {"std::list", append_and_release<standard_list>, only_at(2000000, 2.5)}});
-    add("L2", "pointer list: walk inline" + items_text, of.count, walk<mova_list>,
-        {{"std::list", walk<standard_list>, only_at(100000, 1.0)},
-         {"GQueue", walk<glib_queue>, 0},
-         {"own calls", walk<called_mova_list>, 0}});
-    add("L3", "pointer list: find an absent item" + items_text, of.count, find_absent<mova_list>,
-        {{"g_queue_find", find_absent<glib_queue>, only_at(100000, 2.8)},
-         {"std::find", find_absent<standard_list>, 0}});
-    add("L4", "pointer list: copy and release" + items_text, of.count, copy_and_release<mova_list>,
-        {{"GQueue", copy_and_release<glib_queue>, only_at(100000, 1.6)},
-         {"std::list", copy_and_release<standard_list>, only_at(100000, 1.7)}});
+    scoreboard::add_sized("L1", "pointer list: append and release" + items_text, of.count,
+                          append_and_release<mova_list>,
+                          {{"GQueue", append_and_release<glib_queue>, only_at(2000000, 1.7)},
+                           {"std::list", append_and_release<standard_list>, only_at(2000000, 2.5)}});
+    scoreboard::add_sized("L2", "pointer list: walk inline" + items_text, of.count, walk<mova_list>,
+                          {{"std::list", walk<standard_list>, only_at(100000, 1.0)},
+                           {"GQueue", walk<glib_queue>, 0},
+                           {"own calls", walk<called_mova_list>, 0}});
+    scoreboard::add_sized("L3", "pointer list: find an absent item" + items_text, of.count, find_absent<mova_list>,
+                          {{"g_queue_find", find_absent<glib_queue>, only_at(100000, 2.8)},
+                           {"std::find", find_absent<standard_list>, 0}});
+    scoreboard::add_sized("L4", "pointer list: copy and release" + items_text, of.count, copy_and_release<mova_list>,
+                          {{"GQueue", copy_and_release<glib_queue>, only_at(100000, 1.6)},
+                           {"std::list", copy_and_release<standard_list>, only_at(100000, 1.7)}});
 }
 
 const bool registered = [] {

@@ -236,23 +236,6 @@ void walk(benchmark::State &state, size_t count)
     }
 }
 
-using work = void (*)(benchmark::State &, size_t);
-
-struct peer {
-    const char *name;
-    work does;
-    double at_least;
-};
-
-void add(const char *id, const std::string &workload, size_t count, work ours, const std::vector<peer> &peers)
-{
-    std::vector<scoreboard::timed_peer> timed;
-    auto with = [count](work does) { return [=](benchmark::State &state) { does(state, count); }; };
-    for (const peer &each : peers)
-        timed.push_back({each.name, with(each.does), each.at_least});
-    scoreboard::add_timed({id, "balanced tree: " + workload, static_cast<double>(count), with(ours), timed});
-}
-
 struct size {
     size_t count;
     const char *text;
@@ -262,31 +245,31 @@ struct size {
 void add_rows(const size &of)
 {
     const std::string items = std::string(", ") + of.text + " items";
-    add("T1", "insert" + items, of.count, insert<mova_tree>,
-        {{"GTree", insert<glib_tree>, of.insert_glib},
-         {"std::set", insert<standard_set>, of.insert_set},
-         {"std::multiset", insert<standard_multiset>, 0},
-         {"boost avl_set", insert<boost_set>, 0}});
-    add("T2", "search" + items, of.count, search<mova_tree>,
-        {{"GTree", search<glib_tree>, of.search_glib},
-         {"std::set", search<standard_set>, 0},
-         {"boost avl_set", search<boost_set>, of.search_boost}});
-    add("T3", "find and remove" + items, of.count, find_and_remove<mova_tree>,
-        {{"GTree", find_and_remove<glib_tree>, of.remove_glib},
-         {"std::set", find_and_remove<standard_set>, of.remove_set},
-         {"boost avl_set", find_and_remove<boost_set>, 0}});
-    add("T4", "walk and touch each item" + items, of.count, walk<mova_tree>,
-        {{"GTree", walk<glib_tree>, of.walk_glib},
-         {"std::set", walk<standard_set>, 0},
-         {"boost avl_set", walk<boost_set>, 0}});
+    scoreboard::add_sized("T1", "balanced tree: insert" + items, of.count, insert<mova_tree>,
+                          {{"GTree", insert<glib_tree>, of.insert_glib},
+                           {"std::set", insert<standard_set>, of.insert_set},
+                           {"std::multiset", insert<standard_multiset>, 0},
+                           {"boost avl_set", insert<boost_set>, 0}});
+    scoreboard::add_sized("T2", "balanced tree: search" + items, of.count, search<mova_tree>,
+                          {{"GTree", search<glib_tree>, of.search_glib},
+                           {"std::set", search<standard_set>, 0},
+                           {"boost avl_set", search<boost_set>, of.search_boost}});
+    scoreboard::add_sized("T3", "balanced tree: find and remove" + items, of.count, find_and_remove<mova_tree>,
+                          {{"GTree", find_and_remove<glib_tree>, of.remove_glib},
+                           {"std::set", find_and_remove<standard_set>, of.remove_set},
+                           {"boost avl_set", find_and_remove<boost_set>, 0}});
+    scoreboard::add_sized("T4", "balanced tree: walk and touch each item" + items, of.count, walk<mova_tree>,
+                          {{"GTree", walk<glib_tree>, of.walk_glib},
+                           {"std::set", walk<standard_set>, 0},
+                           {"boost avl_set", walk<boost_set>, 0}});
 }
 
 const bool registered = [] {
     add_rows({1000, "1e3", 1.15, 1.05, 1.1, 0, 0, 0, 0});
     add_rows({100000, "1e5", 1.5, 2, 1.4, 0, 0, 0, 0});
     add_rows({1000000, "1e6", 1.6, 1.9, 1.5, 0.9, 1.2, 1.3, 1.35});
-    add("T1", "insert, 1e5 items, no iterators", 100000, insert<mova_tree>,
-        {{"with 1", insert<walked_mova_tree<1>>, 0}, {"with 8", insert<walked_mova_tree<8>>, 0}});
+    scoreboard::add_sized("T1", "balanced tree: insert, 1e5 items, no iterators", 100000, insert<mova_tree>,
+                          {{"with 1", insert<walked_mova_tree<1>>, 0}, {"with 8", insert<walked_mova_tree<8>>, 0}});
     return true;
 }();
 

@@ -319,22 +319,7 @@ private:
             if (models_[target].bytes_of(model().nitems) <= bytes.size())
                 expect_appended(target, bytes, model().nitems);
         }
-        expect_raise(raises, throws, [&] { DA_copy_into(arrays_[target], array()); });
-    }
-
-    /* Runs the call with raises thrown or returned from. */
-    template <class Call>
-    void expect_raise(bool raises, bool throws, Call call)
-    {
-        host_.set_raise_mode(throws ? recording_host::raise_mode::throws : recording_host::raise_mode::returns);
-        bool thrown = false;
-        try {
-            call();
-        } catch (const raised &) {
-            thrown = true;
-        }
-        host_.set_raise_mode(recording_host::raise_mode::throws);
-        require(thrown == (raises && throws), "raised, or did not");
+        expected_.returns_from(raises, throws, [&] { DA_copy_into(arrays_[target], array()); });
     }
 
     /* The old block is the host's alone then, which gives it up. */
@@ -348,7 +333,7 @@ private:
                                     std::to_string(new_bytes) + " = null");
         expected_.raise("darray", line_of_extend, MOVA_ALLOCATION_FAILED);
         host_.fail_allocation(1);
-        expect_raise(true, bytes_.below(2) == 1, [&] { DA_extend(array(), n); });
+        expected_.returns_from(true, bytes_.below(2) == 1, [&] { DA_extend(array(), n); });
         require(!DA_data(array()), "storage after a failure");
         require(DA_nalloc(array()) == n && DA_nitems(array()) == model().nitems, "another size after a failure");
         if (storage) {
@@ -366,7 +351,7 @@ private:
         expected_.raise("darray", line_of_copy, MOVA_ALLOCATION_FAILED);
         host_.fail_allocation(1);
         DA_array *made = nullptr;
-        expect_raise(true, bytes_.below(2) == 1, [&] { made = DA_copy(array()); });
+        expected_.returns_from(true, bytes_.below(2) == 1, [&] { made = DA_copy(array()); });
         require(!made, "copied without memory");
     }
 

@@ -280,16 +280,7 @@ private:
     template <class Call>
     void expect_raise(bool raises, Call call)
     {
-        bool throws = bytes_.below(2) == 1;
-        host_.set_raise_mode(throws ? recording_host::raise_mode::throws : recording_host::raise_mode::returns);
-        bool thrown = false;
-        try {
-            call();
-        } catch (const raised &) {
-            thrown = true;
-        }
-        host_.set_raise_mode(recording_host::raise_mode::throws);
-        require(thrown == (raises && throws), "raised, or did not");
+        expected_.returns_from(raises, bytes_.below(2) == 1, call);
     }
 
     /* What closes or opens under an iterator changes what a walk to its end is. */

@@ -61,6 +61,23 @@ public:
         calls_.clear();
     }
 
+    /* Makes a call in which the library raises, or does not, and has raises thrown or returned from. Throws mismatch where
+       it did otherwise. Returns whether the call returned. */
+    template <class Call>
+    bool returns_from(bool raises, bool throws, Call make_call)
+    {
+        host_.set_raise_mode(throws ? recording_host::raise_mode::throws : recording_host::raise_mode::returns);
+        bool thrown = false;
+        try {
+            make_call();
+        } catch (const raised &) {
+            thrown = true;
+        }
+        host_.set_raise_mode(recording_host::raise_mode::throws);
+        require(thrown == (raises && throws), "raised, or did not");
+        return !thrown;
+    }
+
     /* To be asked at the end: everything was released, and rightly. */
     void require_nothing_left()
     {

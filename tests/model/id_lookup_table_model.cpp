@@ -98,22 +98,6 @@ private:
         words_.resize(target);
     }
 
-    /* Runs the call, with raises thrown or returned from. Returns whether it returned. */
-    template <class Call>
-    bool run_call(bool raises, bool throws, Call call)
-    {
-        host_.set_raise_mode(throws ? recording_host::raise_mode::throws : recording_host::raise_mode::returns);
-        bool thrown = false;
-        try {
-            call();
-        } catch (const raised &) {
-            thrown = true;
-        }
-        host_.set_raise_mode(recording_host::raise_mode::throws);
-        require(thrown == (raises && throws), "raised, or did not");
-        return !thrown;
-    }
-
     /* ---- operations ---- */
 
     void create()
@@ -176,7 +160,7 @@ private:
             words_[static_cast<std::size_t>(id)] = pointer;
             nitems_ = std::max(nitems_, id + 1);
         }
-        run_call(raises, throws, [&] { io_lut_set(table_, pointer, id); });
+        expected_.returns_from(raises, throws, [&] { io_lut_set(table_, pointer, id); });
     }
 
     void get_id()
@@ -186,7 +170,7 @@ private:
         int32_t got = id;
         if (id == 0)
             expected_.raise("plut", line_of_get_id, MOVA_ID_NOT_FOUND);
-        run_call(id == 0, bytes_.below(2) == 1, [&] { got = io_lut_get_id(table_, pointer); });
+        expected_.returns_from(id == 0, bytes_.below(2) == 1, [&] { got = io_lut_get_id(table_, pointer); });
         require(got == id, "got another id");
     }
 
@@ -203,7 +187,7 @@ private:
         const bool raises = !pointer_of(id);
         if (raises)
             expected_.raise("plut", line_of_get_ptr, MOVA_ID_NOT_FOUND);
-        if (run_call(raises, bytes_.below(2) == 1, [&] { got = io_lut_get_ptr(table_, id); }))
+        if (expected_.returns_from(raises, bytes_.below(2) == 1, [&] { got = io_lut_get_ptr(table_, id); }))
             require(got == (id < nalloc() ? word(id) : nullptr), "got another pointer");
     }
 

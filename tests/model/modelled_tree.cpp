@@ -98,18 +98,9 @@ void modelled_tree::create()
 template <class Call>
 void modelled_tree::expect_raise(int32_t line, Call call)
 {
-    const bool throws = raises_ == raises::are_thrown;
     if (line)
         expected_.raise("gentree", line, MOVA_PRECONDITION_BROKEN);
-    host_.set_raise_mode(throws ? recording_host::raise_mode::throws : recording_host::raise_mode::returns);
-    bool thrown = false;
-    try {
-        call();
-    } catch (const raised &) {
-        thrown = true;
-    }
-    host_.set_raise_mode(recording_host::raise_mode::throws);
-    require(thrown == (line != 0 && throws), "raised, or did not");
+    expected_.returns_from(line != 0, raises_ == raises::are_thrown, call);
 }
 
 /* ---- positions ---- */
