@@ -9,6 +9,10 @@
 namespace mova::hash {
 namespace {
 
+/* Up to here (8 MiB of keys) it is quicker to look at eight keys from the slot on, which may take two cache lines, than
+   to guess wrong whether the rest of the slot's own line will do. */
+constexpr size_t near_slots = size_t{1} << 20;
+
 bool find_avx2()
 {
     __builtin_cpu_init();
@@ -34,6 +38,11 @@ bool has_avx2 = find_avx2();
 __attribute__((target("avx2"))) size_t probe_by_eight(const mova_word *keys, size_t mask, size_t slot, mova_word key)
 {
     const __m256i sought = _mm256_set1_epi64x(key);
+    if (mask < near_slots && slot + 8 <= mask + 1) {
+        const uint32_t near_hits = hits_among_eight(keys + slot, sought);
+        if (near_hits)
+            return slot + static_cast<size_t>(std::countr_zero(near_hits));
+    }
     size_t group = slot & ~size_t{7};
     uint32_t hits = hits_among_eight(keys + group, sought) & (0xFFu << (slot & 7));
     while (!hits) {
