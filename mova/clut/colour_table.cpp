@@ -160,7 +160,8 @@ void RGBLUT_init(int32_t entries, CLUT_callback callback, mova_word client_word)
         return;
     }
     set_standard_colours();
-    std::fill_n(table.states, words.first_free_index, hard_index);
+    /* The callback may have asked for indices until the search was past the end. */
+    std::fill_n(table.states, std::min(words.first_free_index, table.size), hard_index);
 }
 
 void CLUT_alloc(int32_t index)

@@ -60,6 +60,12 @@ void tell(int32_t index, int16_t red, int16_t green, int16_t blue)
     clut_debug = level;
 }
 
+void request_two()
+{
+    EXPECT_EQ(CLUT_new_index(), 39);
+    EXPECT_EQ(CLUT_new_index(), 39);
+}
+
 class ColourTable : public mova::test::recording_host_test_case {
 protected:
     void SetUp() override
@@ -227,6 +233,16 @@ TEST_F(ColourTable, NoEntriesAndNoCallbackMake256)
     EXPECT_EQ(statistics(), (std::array<int, 6>{256, 39, 0, 218, 38, 0}));
     EXPECT_EQ(colour_of(255), black);
     EXPECT_EQ(colour_of(256), white);
+}
+
+TEST_F(ColourTable, ACallbackThatAsksForIndicesMakesNothingHardBehindTheTable)
+{
+    init(40, [](int32_t index, int16_t, int16_t, int16_t) {
+        if (index == GE_DRKCYAN)
+            request_two();
+    });
+    intact = false; /* the dirty index is hard now */
+    EXPECT_EQ(statistics(), (std::array<int, 6>{40, 42, 39, 1, 39, 0}));
 }
 
 TEST_F(ColourTable, StandardColoursAreAssignedFrom20InTheirFixedOrder)
