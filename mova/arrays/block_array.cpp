@@ -48,10 +48,9 @@ void take(GB_block *block, const void *first, int32_t count)
 
 void *GB_init(GB_block *block, uint32_t element_size, int32_t initial_capacity)
 {
-    const int32_t capacity = std::max(initial_capacity, 1);
-    void *data = MM_alloc_item(bytes_of(capacity, element_size));
-    *block = {data, element_size, 0, capacity, default_increment, 0};
-    return data;
+    *block = {nullptr, element_size, 0, std::max(initial_capacity, 1), default_increment, 0};
+    block->data = MM_alloc_item(storage_bytes(block));
+    return block->data;
 }
 
 void GB_set_inc(GB_block *block, int32_t increment)

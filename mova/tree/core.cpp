@@ -105,7 +105,7 @@ tree_item **next_link(insertion_state &op, tree_item *node)
         op.op_succ = node;
         return &node->left;
     }
-    if (c == 0 && !op.op_tree->dupl_allowed)
+    if (c == 0 && !op.op_dupl_allowed)
         return nullptr;
     op.op_pred = node;
     return &node->right;

@@ -10,23 +10,28 @@ namespace {
 
 enum mode : int32_t { every_item = 0, accepted_items = 1, while_accepted = 2 };
 
-/* Returns a new iterator in the tree's list, with its `condition` still unset. */
-tree_iter *create(tree *t, tree_item *cursor, mode mode)
+/* Returns a new iterator that is not yet in the tree's list, with its `condition` still unset. */
+tree_iter *fill(tree *t, tree_item *cursor, mode mode)
 {
     tree_iter *iterator = gt_alloc_tree_iter();
     iterator->cursor = cursor;
     iterator->current = nullptr;
     iterator->tree = t;
     iterator->mode = mode;
-    GL_append_after_last(t->iterators, iterator);
+    return iterator;
+}
+
+tree_iter *enter(tree_iter *iterator)
+{
+    GL_append_after_last(iterator->tree->iterators, iterator);
     return iterator;
 }
 
 tree_iter *create(tree *t, tree_item *cursor, mode mode, GT_condition condition)
 {
-    tree_iter *iterator = create(t, cursor, mode);
+    tree_iter *iterator = fill(t, cursor, mode);
     iterator->condition = condition;
-    return iterator;
+    return enter(iterator);
 }
 
 /* Sends for the nodes that the walk will meet for the first time: it goes down to the right of the next node, whose
@@ -120,7 +125,7 @@ void mova::gt::fix_up_removal_by_predecessor(const tree *t, tree_item *node, tre
 
 tree_iter *GT_all_items(tree *t)
 {
-    return create(t, t->first, every_item);
+    return enter(fill(t, t->first, every_item));
 }
 
 tree_iter *GT_all_items_conditional(tree *t, GT_condition condition)

@@ -10,7 +10,7 @@ namespace {
 
 /* Carries items up the chain from `start`, the first node, to `bound`; from there on all are in their place. Returns
    the last node that an item was carried into, or `start`. */
-tree_item *sort_pass(tree *t, tree_item *start, const tree_item *bound)
+tree_item *sort_pass(tree *t, GT_compare op_compare, tree_item *start, const tree_item *bound)
 {
     tree_item *last_swap = start;
     tree_iter *iterator = GT_all_items(t);
@@ -21,7 +21,7 @@ tree_item *sort_pass(tree *t, tree_item *start, const tree_item *bound)
             GT_end_iterator(iterator);
             break;
         }
-        if (t->compare(cur->item, prev->item) < 0) {
+        if (op_compare(cur->item, prev->item) < 0) {
             std::swap(prev->item, cur->item);
             last_swap = cur;
         }
@@ -61,10 +61,11 @@ void GT_sort(tree *t)
 {
     if (GT_count_items(t) < 2)
         return;
+    const GT_compare op_compare = t->compare;
     tree_item *const start = t->first;
     tree_item *bound = nullptr;
     do
-        bound = sort_pass(t, start, bound);
+        bound = sort_pass(t, op_compare, start, bound);
     while (bound != start);
 }
 

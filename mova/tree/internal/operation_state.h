@@ -17,6 +17,7 @@ struct insertion_state {
     tree *op_tree;
     void *op_key; /* the item to insert */
     GT_compare op_compare = op_tree->compare;
+    int32_t op_dupl_allowed = op_tree->dupl_allowed;
     tree_item *op_node = nullptr; /* the new node, or the one in its way */
     tree_item *op_pred = nullptr; /* the last node whose right subtree was entered */
     tree_item *op_succ = nullptr; /* the last node whose left subtree was entered */
