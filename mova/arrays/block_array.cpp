@@ -38,8 +38,7 @@ void make_room_for_one(GB_block *block)
 void take(GB_block *block, const void *first, int32_t count)
 {
     block->count = count;
-    if (count > 0)
-        elements_of(block).write(0, first, count);
+    elements_of(block).write(0, first, count);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include <mova/frame/host.h>
+#include <mova/frame/internal/copy_element.h>
 #include <mova/frame/internal/module_records.h>
 #include <mova/lists/internal/chain.h>
 
@@ -22,21 +23,10 @@ size_t node_bytes(const EL_list *list)
     return sizeof(EL_node) + list->element_size;
 }
 
-/* Copies elements of one and two words in place: a call takes longer than their copy. Those of size 0 may be null. */
-void copy_element(void *to, const void *from, size_t size)
-{
-    if (size == 8)
-        std::memcpy(to, from, 8);
-    else if (size == 16)
-        std::memcpy(to, from, 16);
-    else if (size != 0)
-        std::memcpy(to, from, size);
-}
-
 EL_node *create_node(const EL_list *list, const void *element)
 {
     EL_node *node = static_cast<EL_node *>(MM_alloc_item(node_bytes(list)));
-    copy_element(EL_element(node), element, list->element_size);
+    mova::copy_element(EL_element(node), element, list->element_size);
     return node;
 }
 

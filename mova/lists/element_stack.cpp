@@ -1,6 +1,6 @@
 #include <mova/lists/element_stack.h>
 
-#include <cstring>
+#include <mova/frame/internal/copy_element.h>
 
 ES_stack *ES_create(uint32_t element_size)
 {
@@ -44,7 +44,6 @@ int ES_inspect_top(const ES_stack *stack, void *buffer)
 {
     if (ES_is_empty(stack))
         return 0;
-    if (stack->element_size != 0)
-        std::memcpy(buffer, EL_element(stack->last), stack->element_size);
+    mova::copy_element(buffer, EL_element(stack->last), stack->element_size);
     return 1;
 }

@@ -11,7 +11,7 @@ namespace {
 enum mode : int32_t { every_item = 0, accepted_items = 1, while_accepted = 2 };
 
 /* Returns a new iterator that is not yet in the tree's list, with its `condition` still unset. */
-tree_iter *fill(tree *t, tree_item *cursor, mode mode)
+tree_iter *make(tree *t, tree_item *cursor, mode mode)
 {
     tree_iter *iterator = gt_alloc_tree_iter();
     iterator->cursor = cursor;
@@ -29,7 +29,7 @@ tree_iter *enter(tree_iter *iterator)
 
 tree_iter *create(tree *t, tree_item *cursor, mode mode, GT_condition condition)
 {
-    tree_iter *iterator = fill(t, cursor, mode);
+    tree_iter *iterator = make(t, cursor, mode);
     iterator->condition = condition;
     return enter(iterator);
 }
@@ -125,7 +125,7 @@ void mova::gt::fix_up_removal_by_predecessor(const tree *t, tree_item *node, tre
 
 tree_iter *GT_all_items(tree *t)
 {
-    return enter(fill(t, t->first, every_item));
+    return enter(make(t, t->first, every_item));
 }
 
 tree_iter *GT_all_items_conditional(tree *t, GT_condition condition)

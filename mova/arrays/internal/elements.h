@@ -7,25 +7,14 @@
 #include <cstdint>
 #include <cstring>
 
+#include <mova/frame/internal/copy_element.h>
+
 namespace mova {
 
 /* Multiplied as size_t: an array may be larger than 4 GiB. */
 inline size_t bytes_of(int32_t count, uint32_t element_size)
 {
     return static_cast<size_t>(count) * element_size;
-}
-
-/* Copies one element. A call of memcpy takes longer than the copy of a small element. */
-inline void copy_element(void *to, const void *from, size_t size)
-{
-    if (size == 4)
-        std::memcpy(to, from, 4);
-    else if (size == 8)
-        std::memcpy(to, from, 8);
-    else if (size == 16)
-        std::memcpy(to, from, 16);
-    else if (size)
-        std::memcpy(to, from, size);
 }
 
 /* The elements that lie from `data` on. It owns nothing. */

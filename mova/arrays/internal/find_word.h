@@ -2,7 +2,7 @@
 #ifndef MOVA_ARRAYS_INTERNAL_FIND_WORD_H
 #define MOVA_ARRAYS_INTERNAL_FIND_WORD_H
 
-#include <mova/arrays/internal/cpu.h>
+#include <mova/frame/internal/cpu.h>
 
 #include <algorithm>
 #include <cstddef>

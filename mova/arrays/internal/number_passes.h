@@ -2,7 +2,7 @@
 #ifndef MOVA_ARRAYS_INTERNAL_NUMBER_PASSES_H
 #define MOVA_ARRAYS_INTERNAL_NUMBER_PASSES_H
 
-#include <mova/arrays/internal/cpu.h>
+#include <mova/frame/internal/cpu.h>
 
 #include <cstdint>
 #include <span>

@@ -2,7 +2,7 @@
 #ifndef MOVA_ARRAYS_INTERNAL_REVERSE_WORDS_H
 #define MOVA_ARRAYS_INTERNAL_REVERSE_WORDS_H
 
-#include <mova/arrays/internal/cpu.h>
+#include <mova/frame/internal/cpu.h>
 
 #include <cstddef>
 #include <cstring>

@@ -6,6 +6,8 @@
 
 #include <immintrin.h>
 
+#include <mova/frame/internal/cpu.h>
+
 namespace mova::hash {
 namespace {
 
@@ -13,14 +15,8 @@ namespace {
    to guess wrong whether the rest of the slot's own line will do. */
 constexpr size_t near_slots = size_t{1} << 20;
 
-bool find_avx2()
-{
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2");
-}
-
 /* One bit for each of the eight keys at `keys` that is 0 or `key`. */
-__attribute__((target("avx2"))) inline uint32_t hits_among_eight(const mova_word *keys, __m256i key)
+MOVA_AVX2 inline uint32_t hits_among_eight(const mova_word *keys, __m256i key)
 {
     const __m256i empty = _mm256_setzero_si256();
     const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(keys));
@@ -33,9 +29,12 @@ __attribute__((target("avx2"))) inline uint32_t hits_among_eight(const mova_word
 
 } // namespace
 
-bool has_avx2 = find_avx2();
+bool has_avx2 = [] {
+    __builtin_cpu_init(); /* which nothing promises to have happened while the library is loaded */
+    return mova::has_avx2();
+}();
 
-__attribute__((target("avx2"))) size_t probe_by_eight(const mova_word *keys, size_t mask, size_t slot, mova_word key)
+MOVA_AVX2 size_t probe_by_eight(const mova_word *keys, size_t mask, size_t slot, mova_word key)
 {
     const __m256i sought = _mm256_set1_epi64x(key);
     if (mask < near_slots && slot + 8 <= mask + 1) {

@@ -24,7 +24,7 @@ inline size_t probe_one_by_one(const mova_word *keys, size_t mask, size_t slot, 
 /* Whether the processor has AVX2. Found out when the library is loaded; tests clear it to take the other path. */
 extern bool has_avx2;
 
-/* Eight keys at a time: a cache line. Requires AVX2. */
+/* Eight keys at a time. Requires AVX2. */
 size_t probe_by_eight(const mova_word *keys, size_t mask, size_t slot, mova_word key);
 
 inline size_t probe(const mova_word *keys, size_t mask, size_t slot, mova_word key)

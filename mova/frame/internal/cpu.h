@@ -1,5 +1,5 @@
-#ifndef MOVA_ARRAYS_INTERNAL_CPU_H
-#define MOVA_ARRAYS_INTERNAL_CPU_H
+#ifndef MOVA_FRAME_INTERNAL_CPU_H
+#define MOVA_FRAME_INTERNAL_CPU_H
 
 /* Marks a function that is compiled for AVX2, whatever the rest is compiled for. Where there is no such thing the mark
    does not exist. */
