@@ -47,7 +47,8 @@ enum {
    reports that itself. The block is the caller's until it gives it to MM_dealloc_item or MM_realloc_item. */
 void *MM_alloc_item(size_t size);
 
-/* Takes back a block. `size` is exactly the size that the block was allocated, or last reallocated, with. */
+/* Takes back a block. `size` is exactly the size that the block was allocated, or last reallocated, with. Does not fail: it
+   neither throws nor jumps. */
 void MM_dealloc_item(void *item, size_t size);
 
 /* Returns a block of `new_size` bytes that begins with the old block's bytes, as many as the smaller of the two
@@ -62,7 +63,7 @@ mb_handle mb_alloc(mb_pool *pool, size_t size);
 /* Returns the block's address, which holds until the next call that may move blocks of the pool. */
 void *mb_get(mb_pool *pool, mb_handle handle);
 
-/* Frees the block and clears the caller's handle. */
+/* Frees the block and clears the caller's handle. Does not fail, as MM_dealloc_item. */
 void mb_free(mb_pool *pool, mb_handle *handle);
 
 /* ---- messages -------------------------------------------------------------------------------------------- */

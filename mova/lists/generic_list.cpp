@@ -2,6 +2,7 @@
 #include <mova/lists/generic_list.h>
 
 #include <mova/frame/host.h>
+#include <mova/frame/internal/undo.h>
 #include <mova/lists/internal/chain.h>
 
 #include <utility>
@@ -37,12 +38,30 @@ void free_nodes(const GL_list *list)
     chain::for_each(list->first, free_node);
 }
 
-void free_items_and_nodes(const GL_list *list, GL_free_fn free_item)
+/* Where `free_item` throws, the list begins with the item that it was called for. */
+void free_items_and_nodes(GL_list *list, GL_free_fn free_item)
 {
-    chain::for_each(list->first, [free_item](GL_node *node) {
-        free_item(&node->item);
-        free_node(node);
-    });
+    GL_node *reached = nullptr;
+    mova::or_undo(
+        [&] {
+            chain::for_each(list->first, [&](GL_node *node) {
+                reached = node;
+                free_item(&node->item);
+                free_node(node);
+            });
+        },
+        [&] { list->count = chain::keep_from(*list, reached); });
+}
+
+/* Returns a new list of what `item_of` makes of each node. */
+template <class ItemOf>
+GL_list *copy_with(const GL_list *list, ItemOf item_of)
+{
+    GL_list *copy = GL_create();
+    mova::or_undo(
+        [&] { chain::for_each(list->first, [&](GL_node *node) { GL_append_after_last(copy, item_of(node)); }); },
+        [&] { GL_release(&copy); });
+    return copy;
 }
 
 void reset(GL_list *list)
@@ -95,17 +114,12 @@ void GL_total_make_empty(GL_list *list, GL_free_fn free_item)
 
 GL_list *GL_copy(const GL_list *list)
 {
-    GL_list *copy = GL_create();
-    chain::for_each(list->first, [copy](GL_node *node) { GL_append_after_last(copy, node->item); });
-    return copy;
+    return copy_with(list, [](const GL_node *node) { return node->item; });
 }
 
 GL_list *GL_total_copy(const GL_list *list, GL_copy_fn copy_item)
 {
-    GL_list *copy = GL_create();
-    chain::for_each(list->first,
-                    [copy, copy_item](GL_node *node) { GL_append_after_last(copy, copy_item(node->item)); });
-    return copy;
+    return copy_with(list, [copy_item](const GL_node *node) { return copy_item(node->item); });
 }
 
 int32_t GL_check(const GL_list *list, GL_size_fn item_size)

@@ -50,9 +50,10 @@
    items, through the caller's callback. A callback must not edit the list that calls it.
 
    Errors: nothing here raises an error, or checks an argument or an allocation. A null list (other than for GL_release),
-   a null position and a position of another list are undefined. An exception or a jump, out of a callback or out of the
-   memory service, passes through. An insertion has changed nothing then; of a copy that was being made, the source is
-   unchanged and the part that was made is lost; a list that was being released or emptied is no longer usable.
+   a null position and a position of another list are undefined.
+
+   Failures: an exception or a jump, out of a callback or out of the memory service, passes through, and the list is
+   unchanged, where a function does not say otherwise. Nothing is lost by an exception.
 
    Threads: a list and its iterators belong to one thread at a time.
 
@@ -116,21 +117,25 @@ GL_list *GL_create(void);
 void GL_release(GL_list **list);
 
 /* As GL_release, but calls `free_item` with the address of each node's item field before it frees that node.
-   Requires a list: unlike GL_release, it does not test `*list` for null. That is deliberate. */
+   Requires a list: unlike GL_release, it does not test `*list` for null. That is deliberate.
+   After an exception the list is usable: it begins with the item that `free_item` threw for, and those before are gone.
+   After a jump it is lost, and its nodes with it. */
 void GL_total_release(GL_list **list, GL_free_fn free_item);
 
 /* Frees every node from first to last. The list is empty afterwards and stays usable. Linear. */
 void GL_make_empty(GL_list *list);
 
-/* As GL_make_empty, but calls `free_item` with the address of each node's item field before it frees that node. */
+/* As GL_make_empty, but calls `free_item` with the address of each node's item field before it frees that node. What an
+   exception or a jump leaves is what GL_total_release leaves. */
 void GL_total_make_empty(GL_list *list, GL_free_fn free_item);
 
 /* ---- copying and measuring ------------------------------------------------------------------------------- */
 
-/* Returns a new list of the same item pointers in the same order. Linear. */
+/* Returns a new list of the same item pointers in the same order. Linear. A jump loses the part that was made. */
 GL_list *GL_copy(const GL_list *list);
 
-/* Returns a new list of what `copy_item` returns for each item, first to last. Linear. */
+/* Returns a new list of what `copy_item` returns for each item, first to last. Linear. A jump loses the part that was
+   made; what `copy_item` had returned by the time of an exception or a jump stays the caller's. */
 GL_list *GL_total_copy(const GL_list *list, GL_copy_fn copy_item);
 
 /* Returns the number of bytes that the list and its items occupy: 12 for the head, and for each node 12 plus what
@@ -234,7 +239,8 @@ MOVA_INLINE_PART GL_node *mova_gl_take_next_node(GL_iterator *iterator)
 
 /* Returns 1 and stores the next accepted item in `*item`, or returns 0 when the iteration is over. The item is stored
    before the test is asked, so after a 0 that follows rejected items `*item` holds the last of them; after a 0 with
-   nothing left to deliver it is untouched. Linear in the number of rejected items. */
+   nothing left to deliver it is untouched. Linear in the number of rejected items. An item that the test throws or jumps
+   for has been passed: the next step delivers what comes after it. */
 GL_INLINE int GL_next_item(GL_iterator *iterator, void **item)
 {
     while (iterator->next) {

@@ -38,7 +38,7 @@ void recording_host::reset()
     log_.clear();
     complaints_.clear();
     last_number_ = 0;
-    allocations_until_failure_ = 0;
+    fault_plan::get().disarm();
     raise_mode_ = raise_mode::throws;
 }
 
@@ -76,11 +76,6 @@ std::size_t recording_host::size_of(const void *block) const
     return found == live_.end() ? static_cast<std::size_t>(-1) : found->second.size;
 }
 
-bool recording_host::allocation_fails()
-{
-    return allocations_until_failure_ > 0 && --allocations_until_failure_ == 0;
-}
-
 void *recording_host::create_block(std::size_t size)
 {
     void *address = ::operator new(size);
@@ -91,7 +86,8 @@ void *recording_host::create_block(std::size_t size)
 
 void *recording_host::allocate(std::size_t size)
 {
-    void *address = allocation_fails() ? nullptr : create_block(size);
+    const bool fails = fault_plan::get().strikes(fault_source::allocation);
+    void *address = fails ? nullptr : create_block(size);
     write_down("alloc " + std::to_string(size) + " = " + name_of(address));
     return address;
 }
@@ -116,9 +112,10 @@ void recording_host::release(void *block, std::size_t size)
 
 void *recording_host::reallocate(void *block, std::size_t old_size, std::size_t new_size)
 {
+    const bool fails = fault_plan::get().strikes(fault_source::allocation);
     std::string call = "realloc " + name_of(block) + " " + std::to_string(old_size) + " -> " + std::to_string(new_size);
     void *grown = nullptr;
-    if (!allocation_fails()) {
+    if (!fails) {
         grown = create_block(new_size);
         if (is_live(block))
             std::memcpy(grown, block, std::min({old_size, new_size, live_[block].size}));
@@ -130,9 +127,13 @@ void *recording_host::reallocate(void *block, std::size_t old_size, std::size_t 
 
 void recording_host::raise(const char *module, int32_t line, int32_t code)
 {
+    const bool returns = fault_plan::get().strikes(fault_source::raise);
     write_down("raise " + std::string(module) + " " + std::to_string(line) + " " + std::to_string(code));
-    if (raise_mode_ == raise_mode::throws)
-        throw raised{module, line, code};
+    if (returns || raise_mode_ == raise_mode::returns)
+        return;
+    if (raise_mode_ == raise_mode::jumps)
+        std::longjmp(fault_plan::get().target(), 1);
+    throw raised{module, line, code};
 }
 
 void recording_host::check_released_blocks()
@@ -146,6 +147,8 @@ void recording_host::check_released_blocks()
 
 } // namespace mova::test
 
+using mova::test::fault_plan;
+using mova::test::fault_source;
 using mova::test::recording_host;
 
 void *MM_alloc_item(size_t size)
@@ -165,6 +168,7 @@ void *MM_realloc_item(void *item, size_t old_size, size_t new_size)
 
 void mova_dprintf(const char *format, ...)
 {
+    fault_plan::get().strikes(fault_source::text);
     va_list arguments;
     va_start(arguments, format);
     char text[4096];
@@ -175,11 +179,13 @@ void mova_dprintf(const char *format, ...)
 
 void debug_break(void)
 {
+    fault_plan::get().strikes(fault_source::text);
     recording_host::get().write_down("debug_break");
 }
 
 void MSG_Message(const char *text)
 {
+    fault_plan::get().strikes(fault_source::text);
     recording_host::get().write_down("message " + std::string(text));
 }
 

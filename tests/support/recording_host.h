@@ -2,12 +2,14 @@
 
    Blocks are numbered in the order of their allocation (#1, #2, …), so that a log reads alike in every run. A fresh
    block is filled with 0xCD; a released one is filled with 0xDD and kept aside until reset(), so that a record which a
-   caller goes on looking at stays readable, and a write into it is found. */
+   caller goes on looking at stays readable, and a write into it is found. Every service but those that take back asks the
+   fault plan first whether it is to fail. */
 #ifndef MOVA_TESTS_SUPPORT_RECORDING_HOST_H
 #define MOVA_TESTS_SUPPORT_RECORDING_HOST_H
 
 #include <mova/frame/host.h>
 
+#include <tests/support/fault_plan.h>
 #include <tests/support/recording_pool.h>
 
 #include <cstddef>
@@ -25,9 +27,12 @@ struct raised {
     int32_t code;
 };
 
+/* What a raise does. A jump goes where the fault plan's jumps go. */
+enum class raise_mode { throws, returns, jumps };
+
 class recording_host {
 public:
-    enum class raise_mode { throws, returns };
+    using raise_mode = mova::test::raise_mode;
 
     /* The one host of the process. */
     static recording_host &get();
@@ -56,7 +61,7 @@ public:
     std::size_t size_of(const void *block) const;
 
     /* Makes the n-th allocation or reallocation from now (1 is the next one) return null. */
-    void fail_allocation(int n) { allocations_until_failure_ = n; }
+    void fail_allocation(int n) { fault_plan::get().arm(fault_source::allocation, fault_way::answers, n); }
 
     void set_raise_mode(raise_mode mode) { raise_mode_ = mode; }
 
@@ -74,7 +79,6 @@ private:
         int number;
     };
 
-    bool allocation_fails();
     void *create_block(std::size_t size);
     void retire(void *address, std::size_t size);
     void check_released_blocks();
@@ -86,7 +90,6 @@ private:
     std::map<const void *, block_record> live_;
     std::map<const void *, block_record> released_;
     int last_number_ = 0;
-    int allocations_until_failure_ = 0;
     raise_mode raise_mode_ = raise_mode::throws;
 };
 

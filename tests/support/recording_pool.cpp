@@ -63,10 +63,11 @@ void recording_pool::move_all()
 
 mb_handle recording_pool::allocate(const mb_pool *pool, std::size_t size)
 {
+    const bool fails = fault_plan::get().strikes(fault_source::pool_allocation);
     check_pool(pool);
     move_all();
     mb_handle handle = 0;
-    if (has_room_for(size)) {
+    if (!fails && has_room_for(size)) {
         handle = ++last_;
         live_[handle] = bytes(size + 1, fresh_byte);
         used_ += size;
@@ -77,6 +78,7 @@ mb_handle recording_pool::allocate(const mb_pool *pool, std::size_t size)
 
 void *recording_pool::get(const mb_pool *pool, mb_handle handle)
 {
+    fault_plan::get().strikes(fault_source::pool_address);
     check_pool(pool);
     log_.push_back("mb_get " + name_of(handle));
     auto found = live_.find(handle);

@@ -203,6 +203,18 @@ void splice_last(List &target, const List &source)
     }
 }
 
+/* Makes `node` the first of an open chain whose nodes before it are gone. Returns how many are left. */
+template <class Node, class List>
+int32_t keep_from(List &list, Node *node)
+{
+    list.first = node;
+    node->prev = nullptr;
+    int32_t count = 0;
+    for (; node; node = node->next)
+        ++count;
+    return count;
+}
+
 /* Walks along `next`, up to the null link. Nodes that were allocated in a row lie one stride apart, so the walk guesses
    the next address and goes on with it while the link is still on its way from memory; the comparison only verifies the
    guess, out of the way. A wrong guess costs what waiting for the link would have. */
