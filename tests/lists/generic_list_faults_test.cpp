@@ -112,15 +112,4 @@ TEST(GenericListFaults, AfterAnExceptionTheListBeginsWithTheItemThatWasNotFreed)
     EXPECT_EQ(recording_host::get().live_blocks(), 0u);
 }
 
-TEST(GenericListFaults, AStepWhoseTestThrowsHasPassedTheItem)
-{
-    lists l;
-    fault_plan::get().arm(fault_source::callback, fault_way::throws, 1);
-    EXPECT_THROW(GL_next_item(&l.walk, &l.delivered), fault);
-    EXPECT_EQ(l.walk.current->item, &items[0]);
-    EXPECT_EQ(GL_next_item(&l.walk, &l.delivered), 1);
-    EXPECT_EQ(l.delivered, &items[2]);
-    l.release();
-}
-
 } // namespace

@@ -802,13 +802,6 @@ int throwing_test(void *)
     throw left_callback();
 }
 
-void *throw_at_b(void *item)
-{
-    if (item == &b)
-        throw left_callback();
-    return item;
-}
-
 TEST_F(GenericList, AnExceptionOutOfATestLeavesTheIteratorOnTheTestedNode)
 {
     fill({&a, &b});
@@ -818,16 +811,6 @@ TEST_F(GenericList, AnExceptionOutOfATestLeavesTheIteratorOnTheTestedNode)
     EXPECT_EQ(item, &a);
     EXPECT_EQ(iterator.current, list->first);
     EXPECT_EQ(iterator.next, list->last);
-}
-
-TEST_F(GenericList, AnExceptionOutOfACopyCallbackLeavesTheSourceUnchanged)
-{
-    fill({&a, &b, &c});
-    EXPECT_THROW(GL_total_copy(list, throw_at_b), left_callback);
-    EXPECT_EQ(items(), (pointers{&a, &b, &c}));
-    EXPECT_EQ(host.live_blocks(), 6u);
-    GL_release(&list);
-    host.reset();
 }
 
 TEST_F(GenericList, ManyItemsKeepTheirOrderThroughEveryWholeListOperation)
