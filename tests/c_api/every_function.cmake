@@ -1,21 +1,22 @@
-# Fails where a link map names a function in C that none of the sources calls, or a variable that none of them uses.
+# Fails where a header declares a function in C that none of the sources calls, or a variable that none of them uses.
 #
-# cmake -DMAPS=... -DSOURCES=... -P <this file>
+# cmake -DHEADERS=... -DSOURCES=... -P <this file>
 cmake_minimum_required(VERSION 3.21)
+include(${CMAKE_CURRENT_LIST_DIR}/../support/names.cmake)
+
 set(text)
 foreach(source IN LISTS SOURCES)
     file(READ ${source} content)
     string(APPEND text "${content}")
 endforeach()
-foreach(map IN LISTS MAPS)
-    file(STRINGS ${map} names REGEX "^    [A-Za-z0-9_]+;")
+foreach(header IN LISTS HEADERS)
+    declared_names(${header} names)
     foreach(name IN LISTS names)
-        string(REGEX REPLACE "[ ;]" "" name "${name}")
-        set(behind "\\(")
+        set(after "\\(")
         if(name MATCHES "^GE_|_debug$")
-            set(behind "[^A-Za-z0-9_(]")
+            set(after "[^A-Za-z0-9_(]")
         endif()
-        if(NOT text MATCHES "[^A-Za-z0-9_]${name}${behind}")
+        if(NOT text MATCHES "[^A-Za-z0-9_]${name}${after}")
             message(SEND_ERROR "${name} is not used from C")
         endif()
     endforeach()

@@ -9,36 +9,11 @@
 #   NEEDED       regular expressions; each library needed must match one
 cmake_minimum_required(VERSION 3.21)
 
-# A declaration that is exported begins its line, and stands by itself on it as far as its name. Comments begin with
-# a star or are indented.
-function(declared_names header result)
-    file(STRINGS ${header} lines)
-    set(names)
-    foreach(line IN LISTS lines)
-        if(line MATCHES "^(static|MOVA_INLINE_PART|typedef|#|/|class|struct|namespace)")
-            continue()
-        endif()
-        if(line MATCHES "^[A-Za-z][A-Za-z0-9_ ]*[ *]([A-Za-z][A-Za-z0-9_]*)\\(")
-            list(APPEND names ${CMAKE_MATCH_1})
-        elseif(line MATCHES "^extern [a-z0-9_]+ ([A-Za-z0-9_, ]+);")
-            string(REGEX MATCHALL "[A-Za-z0-9_]+" variables ${CMAKE_MATCH_1})
-            list(APPEND names ${variables})
-        endif()
-    endforeach()
-    set(${result} ${names} PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/../support/names.cmake)
 
 function(output_of result)
     execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
     set(${result} "${text}" PARENT_SCOPE)
-endfunction()
-
-# Says what is in `found` and not in `expected`.
-function(report_surplus complaint found expected)
-    list(REMOVE_ITEM found ${expected})
-    if(found)
-        message(SEND_ERROR "${complaint}: ${found}")
-    endif()
 endfunction()
 
 set(expected ${MORE_NAMES})

@@ -1,4 +1,4 @@
-#include "block_pool_model.h"
+#include "memory_blocks_model.h"
 
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host.h>
@@ -221,7 +221,7 @@ private:
 
 } // namespace
 
-void run_block_pool_model(std::span<const uint8_t> bytes)
+void run_memory_blocks_model(std::span<const uint8_t> bytes)
 {
     interpreter(byte_source(bytes)).run();
     require(recording_host::get().live_blocks() == 0, "memory is left");

@@ -2,9 +2,7 @@
 
 #include <mova/frame/host.h>
 #include <mova/host/errors.h>
-#include <mova/host/memory.h>
 #include <mova/host/memory_blocks.h>
-#include <mova/host/messages.h>
 
 #include "c_api.h"
 #include "check.h"
@@ -12,52 +10,13 @@
 static char text[80];
 static int32_t code;
 
-static void keep_text(const char *received)
-{
-    snprintf(text, sizeof text, "%s", received);
-}
-
 static void keep_error(const char *module, int32_t line, int32_t raised)
 {
     mova_error_text(text, sizeof text, module, line, raised);
     code = raised;
 }
 
-static void messages(void)
-{
-    CHECK(mova_set_debug_print(keep_text) == NULL);
-    mova_dprintf("%d nodes\n", 3);
-    CHECK(strcmp(text, "3 nodes\n") == 0);
-    CHECK(mova_set_message(keep_text) == NULL);
-    MSG_Message("full");
-    CHECK(strcmp(text, "full") == 0);
-    debug_break();
-}
-
-static void errors(void)
-{
-    CHECK(mova_set_error_handler(keep_error) == NULL);
-    EX_raise_exception_line("plut", 155, MOVA_ID_NOT_FOUND);
-    CHECK(code == 4397);
-    CHECK(strcmp(text, "plut, line 155: an id or a pointer was not found (4397)") == 0);
-    CHECK(mova_set_error_handler(NULL) == keep_error);
-}
-
-static void memory(void)
-{
-    char *block = MM_alloc_item(4);
-    memcpy(block, "abc", 4);
-    block = MM_realloc_item(block, 4, 40);
-    CHECK(strcmp(block, "abc") == 0);
-    const mova_memory_totals totals = mova_memory_statistics();
-    const mova_memory_class class_of_40 = mova_memory_statistics_of_size(40);
-    /* Under a sanitizer the blocks are the system's, and all figures are 0. */
-    CHECK(totals.held_bytes == 0 || class_of_40.live_blocks >= 1);
-    CHECK(totals.live_bytes >= class_of_40.live_blocks * class_of_40.block_size);
-    MM_dealloc_item(block, 40);
-}
-
-static void memory_blocks(void)
+static void movable_blocks(void)
 {
     mb_pool *pool = mb_create_pool(64);
     mb_handle front = mb_alloc(pool, 30), back = mb_alloc(pool, 16);
@@ -91,11 +50,8 @@ static void dead_handle(void)
     mb_release_pool(&pool);
 }
 
-void drive_host(void)
+void drive_memory_blocks(void)
 {
-    messages();
-    errors();
-    memory();
-    memory_blocks();
+    movable_blocks();
     dead_handle();
 }

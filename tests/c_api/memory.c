@@ -1,0 +1,21 @@
+#include <string.h>
+
+#include <mova/frame/host.h>
+#include <mova/host/memory.h>
+
+#include "c_api.h"
+#include "check.h"
+
+void drive_memory(void)
+{
+    char *block = MM_alloc_item(4);
+    memcpy(block, "abc", 4);
+    block = MM_realloc_item(block, 4, 40);
+    CHECK(strcmp(block, "abc") == 0);
+    const mova_memory_totals totals = mova_memory_statistics();
+    const mova_memory_class class_of_40 = mova_memory_statistics_of_size(40);
+    /* Under a sanitizer the blocks are the system's, and all figures are 0. */
+    CHECK(totals.held_bytes == 0 || class_of_40.live_blocks >= 1);
+    CHECK(totals.live_bytes >= class_of_40.live_blocks * class_of_40.block_size);
+    MM_dealloc_item(block, 40);
+}
