@@ -1,4 +1,7 @@
-#include "balanced_tree_model.h"
+/* Operations on two balanced trees, one with duplicates and one without, and up to eight iterators of all nine
+   kinds, beside their models (modelled_tree.h). After every operation results, shapes, balances, order, iterators,
+   counters, raises, comparisons, conditions asked and host calls are compared. */
+#include "model.h"
 #include "modelled_tree.h"
 
 #include <mova/frame/internal/module_records.h>
@@ -214,11 +217,11 @@ private:
     int32_t left_behind_ = 0;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model({.family = "balanced_tree",
+                                               .run = run_interpreter<interpreter>,
+                                               .long_runs = {250, 2000},
+                                               .short_runs = {1500, 40}});
 
-void run_balanced_tree_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

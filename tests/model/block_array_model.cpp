@@ -1,4 +1,6 @@
-#include "block_array_model.h"
+/* Operations on three block arrays, open and closed, beside a model made of vectors. After every operation the
+   result, every field, the whole storage, the invariants and the host calls are compared. */
+#include "model.h"
 #include "element_vector.h"
 #include "expected_calls.h"
 
@@ -353,11 +355,9 @@ private:
     std::size_t selected_ = 0;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model(
+    {.family = "block_array", .run = run_interpreter<interpreter>, .long_runs = {150, 1500}, .short_runs = {1500, 40}});
 
-void run_block_array_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

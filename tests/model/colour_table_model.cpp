@@ -1,4 +1,7 @@
-#include "colour_table_model.h"
+/* Calls on the colour table, good and bad ones, before and after it is made, with a host that throws or one that
+   returns, beside a model made of a set and a map. After every call the result, what is raised, called and printed,
+   every word of the table and its invariants are compared. Puts the process's colour table back to its start. */
+#include "model.h"
 #include "expected_calls.h"
 
 #include <tests/support/colour_table_start.h>
@@ -407,11 +410,9 @@ private:
     model_table model_{expected_};
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model(
+    {.family = "colour_table", .run = run_interpreter<interpreter>, .long_runs = {80, 1500}, .short_runs = {1000, 60}});
 
-void run_colour_table_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

@@ -1,4 +1,7 @@
-#include "dynamic_array_model.h"
+/* Operations on three dynamic arrays and four iterators, beside a model made of vectors. After every operation the
+   result, every field, the whole storage, the invariants, every iterator's fields, the raises, the tests asked and the
+   host calls are compared. */
+#include "model.h"
 #include "element_vector.h"
 #include "expected_calls.h"
 
@@ -473,11 +476,11 @@ private:
     std::size_t selected_ = 0;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model({.family = "dynamic_array",
+                                               .run = run_interpreter<interpreter>,
+                                               .long_runs = {150, 1500},
+                                               .short_runs = {1500, 40}});
 
-void run_dynamic_array_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

@@ -1,4 +1,7 @@
-#include "element_list_model.h"
+/* Operations on three element lists, open and closed, and four iterators, beside a model made of vectors. After
+   every operation the result, the lists' contents and invariants, every iterator's fields, the raises, the tests asked
+   and the host calls are compared. */
+#include "model.h"
 #include "expected_calls.h"
 
 #include <mova/lists/element_list.h>
@@ -614,11 +617,11 @@ private:
     std::size_t selected_ = 0;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model({.family = "element_list",
+                                               .run = run_interpreter<interpreter>,
+                                               .long_runs = {400, 2000},
+                                               .short_runs = {4000, 40}});
 
-void run_element_list_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

@@ -1,5 +1,8 @@
+/* Operations on three pointer lists and four iterators, beside a model made of vectors. After every operation the
+   result, the list's contents and invariants, every iterator's fields, the callbacks and the host calls are compared.
+   */
 #include "expected_calls.h"
-#include "generic_list_model.h"
+#include "model.h"
 
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host.h>
@@ -510,11 +513,11 @@ private:
     std::size_t selected_ = 0;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model({.family = "generic_list",
+                                               .run = run_interpreter<interpreter>,
+                                               .long_runs = {400, 2000},
+                                               .short_runs = {4000, 40}});
 
-void run_generic_list_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

@@ -1,4 +1,6 @@
-#include "hash_table_model.h"
+/* Operations on a hash table and an iterator, beside the literal table and a standard map. After every operation
+   the result, each field and slot of the table, its invariants, the iterator and the host calls are compared. */
+#include "model.h"
 #include "hash_keys.h"
 #include "literal_hash_table.h"
 
@@ -190,11 +192,9 @@ private:
     int32_t index_ = 0;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model(
+    {.family = "hash_table", .run = run_interpreter<interpreter>, .long_runs = {60, 1500}, .short_runs = {4000, 40}});
 
-void run_hash_table_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

@@ -1,5 +1,7 @@
+/* Operations on a table, beside a vector of words. After every operation the result, the whole storage, the
+   invariants, the raises and the host calls are compared. */
 #include "expected_calls.h"
-#include "id_lookup_table_model.h"
+#include "model.h"
 
 #include <mova/arrays/id_lookup_table.h>
 
@@ -238,11 +240,11 @@ private:
     int32_t nitems_ = 0;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model({.family = "id_lookup_table",
+                                               .run = run_interpreter<interpreter>,
+                                               .long_runs = {60, 1500},
+                                               .short_runs = {600, 40}});
 
-void run_id_lookup_table_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

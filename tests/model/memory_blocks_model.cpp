@@ -1,4 +1,7 @@
-#include "memory_blocks_model.h"
+/* Operations on a pool of movable blocks, whose budget, and the handles that it begins with, they choose too. After
+   every operation the pool's invariants and figures, every live block's bytes and the handles that are dead are
+   compared with a model made of strings; what moved is checked to have had to. */
+#include "model.h"
 
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host.h>
@@ -219,12 +222,9 @@ private:
     bool memory_fails_ = false;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model(
+    {.family = "memory_blocks", .run = run_interpreter<interpreter>, .long_runs = {25, 1500}, .short_runs = {300, 40}});
 
-void run_memory_blocks_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-    require(recording_host::get().live_blocks() == 0, "memory is left");
-}
+} // namespace
 
 } // namespace mova::test

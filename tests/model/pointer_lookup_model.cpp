@@ -1,4 +1,6 @@
-#include "pointer_lookup_model.h"
+/* Operations on a pointer lookup, beside a pair in front of the literal table. After every operation the result,
+   the record, each slot of the table, the invariants, the values handed over and the host calls are compared. */
+#include "model.h"
 #include "hash_keys.h"
 #include "literal_hash_table.h"
 
@@ -169,11 +171,11 @@ private:
     std::optional<literal_hash_table> table_;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model({.family = "pointer_lookup",
+                                               .run = run_interpreter<interpreter>,
+                                               .long_runs = {60, 2000},
+                                               .short_runs = {2000, 40}});
 
-void run_pointer_lookup_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

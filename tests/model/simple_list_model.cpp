@@ -1,5 +1,8 @@
+/* Operations on three simple lists, open and closed, and four iterators, beside a model made of vectors. After
+   every operation the result, the lists' contents and invariants, the links of items that are on no list, every
+   iterator's fields, the raises, the callbacks and the host calls are compared. */
 #include "expected_calls.h"
-#include "simple_list_model.h"
+#include "model.h"
 
 #include <mova/lists/simple_list.h>
 
@@ -521,11 +524,9 @@ private:
     std::size_t selected_ = 0;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model(
+    {.family = "simple_list", .run = run_interpreter<interpreter>, .long_runs = {400, 2000}, .short_runs = {4000, 40}});
 
-void run_simple_list_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

@@ -1,5 +1,8 @@
+/* Edits of a companion list, some of whose entries are selected, with a sorted number array that follows them, and
+   additions to and removals from another sorted number array beside a set. After every operation the numbers, their
+   order, the storage's size and the host calls are compared. */
 #include "expected_calls.h"
-#include "sorted_number_array_model.h"
+#include "model.h"
 
 #include <mova/arrays/sorted_number_array.h>
 
@@ -260,11 +263,11 @@ private:
     std::set<int32_t> set_;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model({.family = "sorted_number_array",
+                                               .run = run_interpreter<interpreter>,
+                                               .long_runs = {150, 1500},
+                                               .short_runs = {1500, 40}});
 
-void run_sorted_number_array_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

@@ -1,5 +1,9 @@
+/* Operations on a swap cache whose pool has a budget that they choose, and moves every block at every allocation.
+   Some write-backs make their own entry the first. After every operation the result, the order and the fields of the
+   entries, every body's bytes, what was written back, and all callbacks, host calls and traces are compared with a
+   model. */
 #include "expected_calls.h"
-#include "swap_cache_model.h"
+#include "model.h"
 
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host.h>
@@ -509,11 +513,9 @@ private:
     bool throws_ = true;
 };
 
-} // namespace
+[[maybe_unused]] const bool added = add_model(
+    {.family = "swap_cache", .run = run_interpreter<interpreter>, .long_runs = {80, 2000}, .short_runs = {2000, 40}});
 
-void run_swap_cache_model(std::span<const uint8_t> bytes)
-{
-    interpreter(byte_source(bytes)).run();
-}
+} // namespace
 
 } // namespace mova::test

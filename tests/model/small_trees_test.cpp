@@ -1,6 +1,7 @@
-#include "balanced_tree_model.h"
+/* Every tree of up to seven nodes, with an iterator in every position, under every single edit, beside the model. */
 #include "modelled_tree.h"
-#include "random_runs.h"
+
+#include <gtest/gtest.h>
 
 #include <functional>
 
@@ -8,18 +9,6 @@ namespace {
 
 using mova::test::expected_calls;
 using mova::test::modelled_tree;
-
-TEST(BalancedTreeModel, RandomOperationsBehaveAsOnAMultiset)
-{
-    mova::test::run_random(mova::test::run_balanced_tree_model, 250, 2000);
-}
-
-TEST(BalancedTreeModel, ShortRunsOnNearlyEmptyTreesBehaveAsOnAMultiset)
-{
-    mova::test::run_random(mova::test::run_balanced_tree_model, 1500, 40);
-}
-
-/* ---- every tree of up to seven nodes, with an iterator in every position, under every single edit ---- */
 
 constexpr int32_t most_nodes = 7;
 

@@ -1,0 +1,42 @@
+/* An interpreter turns bytes into operations on one family, runs them beside a plain model, and compares the two after
+   every operation. It runs on the recording host, and throws mismatch at the first difference. Each registers itself in
+   one call; the model tests give it random bytes, a fuzzer gives it those that lead somewhere new. */
+#ifndef MOVA_TESTS_MODEL_MODEL_H
+#define MOVA_TESTS_MODEL_MODEL_H
+
+#include <tests/support/byte_source.h>
+#include <tests/support/recording_host.h>
+
+#include <string>
+
+namespace mova::test {
+
+/* So many sequences of so many random bytes. */
+struct random_runs {
+    uint32_t count;
+    std::size_t length;
+};
+
+struct model {
+    std::string family; /* as cmake/families.cmake names it */
+    void (*run)(std::span<const uint8_t> bytes);
+    random_runs long_runs;
+    random_runs short_runs; /* which stay near the empty container */
+};
+
+/* Registers a model. The result means nothing: it lets a constant be initialised with the call. */
+bool add_model(model added);
+
+const std::vector<model> &models();
+const model &model_of(const std::string &family);
+
+template <class Interpreter>
+void run_interpreter(std::span<const uint8_t> bytes)
+{
+    Interpreter(byte_source(bytes)).run();
+    require(recording_host::get().live_blocks() == 0, "memory is left");
+}
+
+} // namespace mova::test
+
+#endif
