@@ -1,8 +1,8 @@
 #include <mova/lists/double_list.h>
+#include <mova/lists/internal/invariants.h>
 
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_element_list.h>
 
 #include <bit>
 #include <cmath>
@@ -50,7 +50,7 @@ void *operator new[](std::size_t size)
 
 namespace {
 
-using mova::test::broken_invariant;
+using mova::broken_invariant;
 using mova::test::log;
 using mova::test::raised;
 using doubles = std::vector<double>;

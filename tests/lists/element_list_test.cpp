@@ -1,8 +1,8 @@
 #include <mova/lists/element_list.h>
+#include <mova/lists/internal/invariants.h>
 #include <mova/lists/element_stack.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_element_list.h>
 
 #include <array>
 #include <cstring>
@@ -11,7 +11,7 @@
 
 namespace {
 
-using mova::test::broken_invariant;
+using mova::broken_invariant;
 using mova::test::log;
 using mova::test::raised;
 using mova::test::recording_host;

@@ -1,11 +1,11 @@
 #include <mova/lists/element_stack.h>
+#include <mova/lists/internal/invariants.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_element_list.h>
 
 namespace {
 
-using mova::test::broken_invariant;
+using mova::broken_invariant;
 using mova::test::log;
 
 class ElementStack : public mova::test::recording_host_test_case {

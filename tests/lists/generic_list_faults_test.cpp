@@ -1,7 +1,7 @@
 #include <mova/lists/generic_list.h>
+#include <mova/lists/internal/invariants.h>
 
 #include <tests/support/fault_sweep.h>
-#include <tests/support/verify_generic_list.h>
 
 #include <string>
 
@@ -51,10 +51,7 @@ struct lists {
 
     std::string state() const { return text_of(three) + text_of(one) + (made ? " made" : ""); }
 
-    int broken_invariant() const
-    {
-        return mova::test::broken_invariant(*three) + 10 * mova::test::broken_invariant(*one);
-    }
+    int broken_invariant() const { return mova::broken_invariant(*three) + 10 * mova::broken_invariant(*one); }
 
     void go_on()
     {

@@ -1,7 +1,7 @@
 #include <mova/lists/generic_list.h>
+#include <mova/lists/internal/invariants.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_generic_list.h>
 
 #include <cstddef>
 #include <initializer_list>
@@ -10,7 +10,7 @@
 
 namespace {
 
-using mova::test::broken_invariant;
+using mova::broken_invariant;
 using mova::test::log;
 
 int a, b, c, d, e;

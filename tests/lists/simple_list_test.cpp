@@ -1,14 +1,14 @@
 #include <mova/lists/simple_list.h>
+#include <mova/lists/internal/invariants.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_simple_list.h>
 
 #include <array>
 #include <string>
 
 namespace {
 
-using mova::test::broken_invariant;
+using mova::broken_invariant;
 using mova::test::log;
 using mova::test::raised;
 using mova::test::recording_host;

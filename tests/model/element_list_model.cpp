@@ -5,8 +5,7 @@
 #include "expected_calls.h"
 
 #include <mova/lists/element_list.h>
-
-#include <tests/support/verify_element_list.h>
+#include <mova/lists/internal/invariants.h>
 
 #include <array>
 #include <cstring>

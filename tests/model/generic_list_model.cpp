@@ -6,9 +6,9 @@
 
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host.h>
-#include <tests/support/verify_generic_list.h>
 
 #include <mova/lists/generic_list.h>
+#include <mova/lists/internal/invariants.h>
 
 #include <algorithm>
 #include <array>

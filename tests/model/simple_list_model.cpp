@@ -5,8 +5,7 @@
 #include "model.h"
 
 #include <mova/lists/simple_list.h>
-
-#include <tests/support/verify_simple_list.h>
+#include <mova/lists/internal/invariants.h>
 
 #include <array>
 #include <deque>

@@ -1,9 +1,8 @@
 #ifndef MOVA_TESTS_SUPPORT_VERIFY_BALANCED_TREE_H
 #define MOVA_TESTS_SUPPORT_VERIFY_BALANCED_TREE_H
 
+#include <mova/lists/internal/invariants.h>
 #include <mova/tree/balanced_tree.h>
-
-#include <tests/support/verify_generic_list.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -70,7 +69,7 @@ inline bool iterators_are_registered_once(const tree &t)
         if (static_cast<const tree_iter *>(node->item)->tree != &t || !met.insert(node->item).second)
             return false;
     }
-    return broken_invariant(*t.iterators) == 0;
+    return mova::broken_invariant(*t.iterators) == 0;
 }
 
 /* Returns the number, as the header gives it, of the first invariant that `t` breaks, or 0. The comparison is that of
