@@ -1,21 +1,9 @@
 /* Operations on three pointer lists and four iterators, beside a model made of vectors. After every operation the
-   result, the list's contents and invariants, every iterator's fields, the callbacks and the host calls are compared.
-   */
-#include "expected_calls.h"
+   result, the list's contents and invariants, every iterator's fields, the callbacks and the host calls are compared. */
+#include "list_interpreter.h"
 #include "model.h"
 
-#include <tests/support/byte_source.h>
-#include <tests/support/recording_host.h>
-
 #include <mova/lists/generic_list.h>
-#include <mova/lists/internal/invariants.h>
-
-#include <algorithm>
-#include <array>
-#include <cstddef>
-#include <iterator>
-#include <string>
-#include <vector>
 
 namespace mova::test {
 
@@ -87,44 +75,19 @@ int32_t size_of_item(void *item)
     return static_cast<int32_t>(index_of(item)) - 3;
 }
 
-struct model_node {
+struct node {
     GL_node *position;
     void *item;
 };
 
-using model_list = std::vector<model_node>;
-
-struct iterator_pair {
-    GL_iterator real;
-    GL_iterator model;
-    std::size_t list;
-    bool alive;
-};
-
-class interpreter {
+class interpreter : public list_interpreter<GL_list, GL_iterator, node> {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes)
-    {
-        for (GL_list *&list : lists_)
-            list = created();
-        compare();
-    }
-
-    void run()
-    {
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        for (std::size_t i = 0; i < lists_.size(); ++i)
-            release(i);
-        expected_.require_nothing_left();
-    }
+    using list_interpreter::list_interpreter;
 
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::append,
@@ -155,46 +118,53 @@ private:
             &interpreter::next_position,
             &interpreter::next_position,
         };
-        selected_ = bytes_.below(lists_.size());
         (this->*operations[bytes_.below(std::size(operations))])();
     }
 
-    /* ---- what the operations choose ---- */
+    std::string text_of(const node &tested) const override { return text(tested.item); }
 
-    GL_list *list() { return lists_[selected_]; }
-    model_list &model() { return models_[selected_]; }
+    bool accepts(const GL_iterator &iterator, const node &tested) const override
+    {
+        return iterator.test == test_odd && accepts_odd(tested.item);
+    }
+
+    void compare_node(const void *reached, const node &expected) const override
+    {
+        require(static_cast<const GL_node *>(reached)->item == expected.item, "another item");
+    }
+
     void *any_item() { return item_at(bytes_.below(item_count)); }
-    std::size_t any_index() { return bytes_.below(model().size()); }
 
     /* ---- what they must call ---- */
 
-    void expect_release_of_nodes(const model_list &nodes, bool frees_items)
+    void expect_release_of_nodes(std::size_t index, bool frees_items)
     {
-        for (const model_node &node : nodes) {
+        for (const node &each : models_[index].nodes) {
             if (frees_items)
-                expected_.call("free item " + text(node.item) + " in " + host_.name_of(node.position));
-            expected_.dealloc(node.position, sizeof(GL_node));
+                expected_.call("free item " + text(each.item) + " in " + host_.name_of(each.position));
+            expected_.dealloc(each.position, sizeof(GL_node));
         }
+        note_emptied(index);
     }
 
     /* ---- operations ---- */
 
-    GL_list *created()
+    GL_list *created() override
     {
         expected_.alloc(sizeof(GL_list));
         return GL_create();
     }
 
-    void insert(std::size_t index, GL_node *position, void *item)
+    void insert(std::ptrdiff_t index, GL_node *position, void *item)
     {
         expected_.alloc(sizeof(GL_node));
-        model().insert(model().begin() + static_cast<std::ptrdiff_t>(index), {position, item});
+        selected().insert(index, {position, item});
     }
 
     void append()
     {
         void *item = any_item();
-        insert(model().size(), GL_append_after_last(list(), item), item);
+        insert(selected().size(), GL_append_after_last(list(), item), item);
     }
 
     void prepend()
@@ -205,110 +175,99 @@ private:
 
     void insert_before()
     {
-        if (model().empty())
+        if (selected().empty())
             return;
-        std::size_t index = any_index();
+        const std::ptrdiff_t index = any_index();
         void *item = any_item();
-        insert(index, GL_insert_before(list(), model()[index].position, item), item);
+        insert(index, GL_insert_before(list(), selected().at(index).position, item), item);
     }
 
     void insert_after()
     {
-        if (model().empty())
+        if (selected().empty())
             return;
-        std::size_t index = any_index();
+        const std::ptrdiff_t index = any_index();
         void *item = any_item();
-        insert(index + 1, GL_insert_after(list(), model()[index].position, item), item);
+        insert(index + 1, GL_insert_after(list(), selected().at(index).position, item), item);
     }
 
     void insert_unique()
     {
         void *item = any_item();
-        bool present = position_of(item) != nullptr;
+        const bool present = position_of(item) != nullptr;
         GL_node *position = GL_insert_unique(list(), item);
         if (present)
             require(!position, "a pointer that was present was inserted");
         else
-            insert(model().size(), position, item);
+            insert(selected().size(), position, item);
     }
 
     void move_to_front()
     {
-        if (model().empty())
+        if (selected().empty())
             return;
-        auto node = model().begin() + static_cast<std::ptrdiff_t>(any_index());
-        GL_move_before_first(list(), node->position);
-        std::rotate(model().begin(), node, node + 1);
+        const auto moved = selected().nodes.begin() + any_index();
+        GL_move_before_first(list(), moved->position);
+        std::rotate(selected().nodes.begin(), moved, moved + 1);
     }
 
     void remove()
     {
-        if (model().empty())
+        if (selected().empty())
             return;
-        auto node = model().begin() + static_cast<std::ptrdiff_t>(any_index());
-        expected_.dealloc(node->position, sizeof(GL_node));
-        for (iterator_pair &pair : iterators_)
-            pair.alive = pair.alive && pair.model.next != node->position;
-        GL_remove_item(list(), node->position);
-        model().erase(node);
+        GL_node *position = any_position();
+        expected_.dealloc(position, sizeof(GL_node));
+        GL_remove_item(list(), position);
+        note_removal(position);
     }
 
     void swap()
     {
-        if (model().empty())
+        if (selected().empty())
             return;
-        model_node &node = model()[any_index()];
+        node &chosen = any_node();
         void *item = any_item();
         void *given = item;
-        GL_swap_item(node.position, &given);
-        require(given == node.item, "swap gave another item back");
-        node.item = item;
+        GL_swap_item(chosen.position, &given);
+        require(given == chosen.item, "swap gave another item back");
+        chosen.item = item;
     }
 
     void find()
     {
         void *item = any_item();
         GL_node *position = reinterpret_cast<GL_node *>(&item);
-        int found = GL_find_item(list(), item, &position);
+        const int found = GL_find_item(list(), item, &position);
         require(position == position_of(item), "find gave another position");
         require(found == (position ? 1 : 0), "find returned another result");
     }
 
     void join()
     {
-        std::size_t source = bytes_.below(lists_.size());
+        const std::size_t source = bytes_.below(lists_.size());
         if (source == selected_)
             return;
         expected_.dealloc(lists_[source], sizeof(GL_list));
         GL_append_list(list(), &lists_[source]);
-        require(!lists_[source], "the source variable was not cleared");
-        model().insert(model().end(), models_[source].begin(), models_[source].end());
-        for (iterator_pair &pair : iterators_)
-            pair.list = pair.list == source ? selected_ : pair.list;
-        models_[source].clear();
-        lists_[source] = created();
+        note_joined(source);
     }
 
-    /* Puts a copy into the place of another list. */
     void adopt_copy(GL_list *copy, const std::vector<void *> &items)
     {
-        model_list nodes;
-        for (GL_node *node = copy->first; node; node = node->next)
-            nodes.push_back({node, nodes.size() < items.size() ? items[nodes.size()] : nullptr});
-        require(nodes.size() == items.size(), "the copy has another length");
-        std::size_t target = (selected_ + 1) % lists_.size();
-        release(target);
-        lists_[target] = copy;
-        models_[target] = nodes;
+        list_model nodes;
+        for (GL_node *each = copy->first; each; each = each->next)
+            nodes.nodes.push_back({each, nodes.nodes.size() < items.size() ? items[nodes.nodes.size()] : nullptr});
+        require(nodes.nodes.size() == items.size(), "the copy has another length");
+        adopt(copy, nodes);
     }
 
     void copy()
     {
         std::vector<void *> items;
         expected_.alloc(sizeof(GL_list));
-        for (const model_node &node : model()) {
+        for (const node &each : selected().nodes) {
             expected_.alloc(sizeof(GL_node));
-            items.push_back(node.item);
+            items.push_back(each.item);
         }
         adopt_copy(GL_copy(list()), items);
     }
@@ -317,42 +276,32 @@ private:
     {
         std::vector<void *> items;
         expected_.alloc(sizeof(GL_list));
-        for (const model_node &node : model()) {
-            expected_.call("copy " + text(node.item));
+        for (const node &each : selected().nodes) {
+            expected_.call("copy " + text(each.item));
             expected_.alloc(sizeof(GL_node));
-            items.push_back(copied(node.item));
+            items.push_back(copied(each.item));
         }
         adopt_copy(GL_total_copy(list(), copy_item), items);
     }
 
-    void forget_nodes(std::size_t index)
-    {
-        models_[index].clear();
-        for (iterator_pair &pair : iterators_)
-            pair.alive = pair.alive && pair.list != index;
-    }
-
     void make_empty()
     {
-        expect_release_of_nodes(model(), false);
+        expect_release_of_nodes(selected_, false);
         GL_make_empty(list());
-        forget_nodes(selected_);
     }
 
     void total_make_empty()
     {
-        expect_release_of_nodes(model(), true);
+        expect_release_of_nodes(selected_, true);
         GL_total_make_empty(list(), free_item);
-        forget_nodes(selected_);
     }
 
-    void release(std::size_t index)
+    void release(std::size_t index) override
     {
-        expect_release_of_nodes(models_[index], false);
+        expect_release_of_nodes(index, false);
         expected_.dealloc(lists_[index], sizeof(GL_list));
         GL_release(&lists_[index]);
         require(!lists_[index], "release left the variable");
-        forget_nodes(index);
     }
 
     void release_one()
@@ -364,153 +313,72 @@ private:
 
     void total_release()
     {
-        expect_release_of_nodes(model(), true);
+        expect_release_of_nodes(selected_, true);
         expected_.dealloc(list(), sizeof(GL_list));
         GL_total_release(&lists_[selected_], free_item);
         require(!list(), "total release left the variable");
-        forget_nodes(selected_);
         lists_[selected_] = created();
     }
 
     void measure()
     {
         int32_t bytes = 12;
-        for (const model_node &node : model())
-            bytes += 12 + size_of_item(node.item);
+        for (const node &each : selected().nodes)
+            bytes += 12 + size_of_item(each.item);
         require(GL_check(list(), size_of_item) == bytes, "check reports another size");
-        require(GL_count_items(list()) == static_cast<int32_t>(model().size()), "another count");
+        require(GL_count_items(list()) == selected().size(), "another count");
+    }
+
+    GL_node *position_of(const void *item)
+    {
+        const auto &nodes = selected().nodes;
+        const auto found =
+            std::find_if(nodes.begin(), nodes.end(), [&](const node &candidate) { return candidate.item == item; });
+        return found == nodes.end() ? nullptr : found->position;
     }
 
     /* ---- iterators ---- */
 
-    GL_node *any_position() { return model().empty() ? nullptr : model()[any_index()].position; }
-
     void start_iterator()
     {
-        GL_node *first = model().empty() ? nullptr : model().front().position;
-        GL_node *last = model().empty() ? nullptr : model().back().position;
-        GL_node *from = any_position();
-        GL_node *to = any_position();
-        int forward = static_cast<int>(bytes_.below(3)) - 1;
-        iterator_pair &pair = iterators_[bytes_.below(iterators_.size())];
-        pair.list = selected_;
-        pair.alive = true;
+        GL_node *from = any_position_or_null(), *to = any_position_or_null();
+        const int forward = any_direction();
+        const GL_test test = forward == 1 ? test_none : test_odd;
         switch (bytes_.below(6)) {
-        case 0: pair.real = GL_empty_iter(), pair.model = {nullptr, nullptr, nullptr, 1, nullptr}; break;
-        case 1: pair.real = GL_all_items(list()), pair.model = {nullptr, first, last, 1, nullptr}; break;
-        case 2: pair.real = GL_all_items_reversed(list()), pair.model = {nullptr, last, first, 0, nullptr}; break;
-        case 3: pair.real = GL_tested_items(list(), test_odd), pair.model = {nullptr, first, last, 1, test_odd}; break;
-        case 4:
-            pair.real = GL_all_items_inbetween(list(), from, to, forward);
-            pair.model = {nullptr, from, to, forward, nullptr};
-            break;
+        case 0: return start(GL_empty_iter(), {nullptr, nullptr, nullptr, 1, nullptr});
+        case 1: return start(GL_all_items(list()), {nullptr, first(), last(), 1, nullptr});
+        case 2: return start(GL_all_items_reversed(list()), {nullptr, last(), first(), 0, nullptr});
+        case 3: return start(GL_tested_items(list(), test_odd), {nullptr, first(), last(), 1, test_odd});
+        case 4: return start(GL_all_items_inbetween(list(), from, to, forward), {nullptr, from, to, forward, nullptr});
         default:
-            GL_test test = forward == 1 ? test_none : test_odd;
-            pair.real = GL_tested_items_inbetween(list(), from, to, forward, test);
-            pair.model = {nullptr, from, to, forward, test};
-            break;
+            return start(GL_tested_items_inbetween(list(), from, to, forward, test),
+                         {nullptr, from, to, forward, test});
         }
-    }
-
-    /* One application of the stepping rule to the model; what was rejected last is in `node`. */
-    bool step_model(iterator_pair &pair, model_node &node)
-    {
-        GL_iterator &model = pair.model;
-        const model_list &nodes = models_[pair.list];
-        while (model.next) {
-            auto at = std::find_if(nodes.begin(), nodes.end(),
-                                   [&](const model_node &candidate) { return candidate.position == model.next; });
-            node = *at;
-            model.current = at->position;
-            if (at->position == model.end)
-                model.next = nullptr;
-            else if (model.forward)
-                model.next = at + 1 == nodes.end() ? nullptr : (at + 1)->position;
-            else
-                model.next = at == nodes.begin() ? nullptr : (at - 1)->position;
-            if (!model.test)
-                return true;
-            expected_.call("test " + text(node.item));
-            if (model.test == test_odd && accepts_odd(node.item))
-                return true;
-        }
-        return false;
     }
 
     void next_item()
     {
-        iterator_pair &pair = iterators_[bytes_.below(iterators_.size())];
+        iterator_pair &pair = any_iterator();
         if (!pair.alive)
             return;
-        model_node expected{nullptr, this};
+        const node *reached = nullptr;
+        const int more = step_model(pair, reached) ? 1 : 0;
         void *item = this;
-        bool more = step_model(pair, expected);
-        require(GL_next_item(&pair.real, &item) == (more ? 1 : 0), "next_item returned another result");
-        require(item == expected.item, "next_item stored another item");
+        require(GL_next_item(&pair.real, &item) == more, "next_item returned another result");
+        require(item == (reached ? reached->item : this), "next_item stored another item");
     }
 
     void next_position()
     {
-        iterator_pair &pair = iterators_[bytes_.below(iterators_.size())];
+        iterator_pair &pair = any_iterator();
         if (!pair.alive)
             return;
-        GL_node *untouched = reinterpret_cast<GL_node *>(this);
-        model_node expected{untouched, nullptr};
-        GL_node *position = untouched;
-        bool more = step_model(pair, expected);
-        require(GL_next_position(&pair.real, &position) == (more ? 1 : 0), "next_position returned another result");
-        require(position == expected.position, "next_position stored another position");
+        const node *reached = nullptr;
+        const int more = step_model(pair, reached) ? 1 : 0;
+        GL_node untouched, *position = &untouched;
+        require(GL_next_position(&pair.real, &position) == more, "next_position returned another result");
+        require(position == (reached ? reached->position : &untouched), "next_position stored another position");
     }
-
-    /* ---- comparison ---- */
-
-    GL_node *position_of(const void *item)
-    {
-        auto found =
-            std::find_if(model().begin(), model().end(), [&](const model_node &node) { return node.item == item; });
-        return found == model().end() ? nullptr : found->position;
-    }
-
-    void compare()
-    {
-        for (std::size_t i = 0; i < lists_.size(); ++i)
-            compare_list(*lists_[i], models_[i]);
-        for (const iterator_pair &pair : iterators_) {
-            if (pair.alive)
-                compare_iterator(pair.real, pair.model);
-        }
-        expected_.compare();
-    }
-
-    static void compare_list(const GL_list &list, const model_list &nodes)
-    {
-        int broken = broken_invariant(list);
-        require(broken == 0, "invariant " + std::to_string(broken) + " is broken");
-        require(list.count == static_cast<int32_t>(nodes.size()), "another number of nodes");
-        const GL_node *node = list.first;
-        for (const model_node &expected : nodes) {
-            require(node == expected.position, "another node");
-            require(node->item == expected.item, "another item");
-            node = node->next;
-        }
-    }
-
-    static void compare_iterator(const GL_iterator &real, const GL_iterator &model)
-    {
-        require(real.current == model.current, "iterator: another current");
-        require(real.next == model.next, "iterator: another next");
-        require(real.end == model.end, "iterator: another end");
-        require(real.forward == model.forward, "iterator: another direction");
-        require(real.test == model.test, "iterator: another test");
-    }
-
-    byte_source bytes_;
-    recording_host &host_ = recording_host::get();
-    std::array<GL_list *, 3> lists_{};
-    std::array<model_list, 3> models_;
-    std::array<iterator_pair, 4> iterators_{};
-    expected_calls expected_;
-    std::size_t selected_ = 0;
 };
 
 [[maybe_unused]] const bool added = add_model({.family = "generic_list",
