@@ -1,7 +1,6 @@
 #include <mova/hash/hash_table.h>
 
 #include <tests/model/literal_hash_table.h>
-#include <tests/support/probe_paths.h>
 #include <tests/support/recording_host_test_case.h>
 #include <tests/support/verify_hash_table.h>
 
@@ -17,7 +16,6 @@ using mova::test::broken_invariant;
 using mova::test::literal_hash_table;
 using mova::test::literal_memory;
 using mova::test::log;
-using mova::test::probe_path;
 using mova::test::recording_host;
 
 using words = std::vector<mova_word>;
@@ -29,8 +27,7 @@ std::string bytes_of(int capacity)
     return std::to_string(static_cast<std::size_t>(capacity) * sizeof(mova_word));
 }
 
-/* Each test runs once for each way of searching keys that the machine has. */
-class HashTable : public mova::test::recording_host_test_case, public ::testing::WithParamInterface<probe_path> {
+class HashTable : public mova::test::recording_host_test_case {
 protected:
     void SetUp() override
     {
@@ -100,16 +97,11 @@ private:
         }
         return out.str();
     }
-
-    mova::test::taken_path path_{GetParam()};
 };
-
-INSTANTIATE_TEST_SUITE_P(Probing, HashTable, ::testing::ValuesIn(mova::test::probe_paths()),
-                         [](const auto &path) { return path.param == probe_path::wide ? "wide" : "plain"; });
 
 /* ---- creation and release ---- */
 
-TEST_P(HashTable, NewTableIsEmpty)
+TEST_F(HashTable, NewTableIsEmpty)
 {
     create(64, 3);
     EXPECT_EQ(table->minimum_size, 64);
@@ -126,7 +118,7 @@ TEST_P(HashTable, NewTableIsEmpty)
     }
 }
 
-TEST_P(HashTable, InitialSizeIsRaisedToAPowerOfTwoOfAtLeast8)
+TEST_F(HashTable, InitialSizeIsRaisedToAPowerOfTwoOfAtLeast8)
 {
     for (auto [given, raised] : {std::pair{0u, 8},
                                  {1u, 8},
@@ -145,7 +137,7 @@ TEST_P(HashTable, InitialSizeIsRaisedToAPowerOfTwoOfAtLeast8)
     }
 }
 
-TEST_P(HashTable, CreationAllocatesTheRecordTheKeysAndTheValues)
+TEST_F(HashTable, CreationAllocatesTheRecordTheKeysAndTheValues)
 {
     HSH_table *other = HSH_create(17, 0);
     const std::string record = host.name_of(other), keys = host.name_of(other->keys);
@@ -158,7 +150,7 @@ TEST_P(HashTable, CreationAllocatesTheRecordTheKeysAndTheValues)
     EXPECT_EQ(other, nullptr);
 }
 
-TEST_P(HashTable, ShiftIsTheMaximumOrWhatTheCapacityLeavesOf32Bits)
+TEST_F(HashTable, ShiftIsTheMaximumOrWhatTheCapacityLeavesOf32Bits)
 {
     create(8, 2);
     EXPECT_EQ(table->shift, 2);
@@ -173,7 +165,7 @@ TEST_P(HashTable, ShiftIsTheMaximumOrWhatTheCapacityLeavesOf32Bits)
 
 /* ---- storing and finding ---- */
 
-TEST_P(HashTable, StoresValuesAndFindsThem)
+TEST_F(HashTable, StoresValuesAndFindsThem)
 {
     EXPECT_EQ(HSH_set_value(table, 5, 50), 50);
     EXPECT_EQ(HSH_set_value(table, 6, -1), -1);
@@ -186,7 +178,7 @@ TEST_P(HashTable, StoresValuesAndFindsThem)
     EXPECT_EQ(host.take_log(), log{});
 }
 
-TEST_P(HashTable, AbsentKeysHaveTheValue0)
+TEST_F(HashTable, AbsentKeysHaveTheValue0)
 {
     fill({1, 9});
     EXPECT_EQ(HSH_get_value(table, 17), 0);
@@ -195,7 +187,7 @@ TEST_P(HashTable, AbsentKeysHaveTheValue0)
     EXPECT_EQ(HSH_contains_key(table, 4), 0);
 }
 
-TEST_P(HashTable, AStored0IsToldFromAnAbsentKey)
+TEST_F(HashTable, AStored0IsToldFromAnAbsentKey)
 {
     EXPECT_EQ(HSH_set_value(table, 7, 0), 0);
     EXPECT_EQ(HSH_get_value(table, 7), 0);
@@ -204,7 +196,7 @@ TEST_P(HashTable, AStored0IsToldFromAnAbsentKey)
     EXPECT_EQ(HSH_contains_key(table, 3), 0);
 }
 
-TEST_P(HashTable, ReplacingAValueKeepsTheCount)
+TEST_F(HashTable, ReplacingAValueKeepsTheCount)
 {
     fill({3, 11});
     EXPECT_EQ(HSH_set_value(table, 11, 4), 4);
@@ -214,7 +206,7 @@ TEST_P(HashTable, ReplacingAValueKeepsTheCount)
     EXPECT_EQ(slots(), ". . . 3 11 . . .");
 }
 
-TEST_P(HashTable, Key0IsRefused)
+TEST_F(HashTable, Key0IsRefused)
 {
     fill_up_to(7);
     EXPECT_EQ(HSH_set_value(table, 0, 5), 0);
@@ -225,7 +217,7 @@ TEST_P(HashTable, Key0IsRefused)
     EXPECT_EQ(host.take_log(), log{});
 }
 
-TEST_P(HashTable, KeysWhoseHomeIsTakenStandInTheNextFreeSlot)
+TEST_F(HashTable, KeysWhoseHomeIsTakenStandInTheNextFreeSlot)
 {
     fill({6, 14, 22, 7, 1});
     EXPECT_EQ(slots(), "22 7 1 . . . 6 14");
@@ -234,14 +226,14 @@ TEST_P(HashTable, KeysWhoseHomeIsTakenStandInTheNextFreeSlot)
     EXPECT_EQ(HSH_contains_key(table, 30), 0);
 }
 
-TEST_P(HashTable, ShiftDropsTheLowBitsOfTheKey)
+TEST_F(HashTable, ShiftDropsTheLowBitsOfTheKey)
 {
     create(8, 4);
     fill({0x10, 0x25, 0x7F, 0x1F, 0xF0});
     EXPECT_EQ(slots(), "240 16 37 31 . . . 127");
 }
 
-TEST_P(HashTable, TheSignNeverReachesTheHomeSlot)
+TEST_F(HashTable, TheSignNeverReachesTheHomeSlot)
 {
     const mova_word least = std::numeric_limits<int32_t>::min();
     create(8, 40);
@@ -259,7 +251,7 @@ TEST_P(HashTable, TheSignNeverReachesTheHomeSlot)
 }
 
 #if INTPTR_MAX > INT32_MAX
-TEST_P(HashTable, KeysThatDifferOnlyAboveTheir32LowBitsShareAHome)
+TEST_F(HashTable, KeysThatDifferOnlyAboveTheir32LowBitsShareAHome)
 {
     const mova_word high = mova_word{1} << 32;
     create(8, 40);
@@ -278,7 +270,7 @@ TEST_P(HashTable, KeysThatDifferOnlyAboveTheir32LowBitsShareAHome)
 #endif
 
 /* Every run of up to 40 slots in a table of 64, so that each begins, ends and wraps everywhere in a group of eight. */
-TEST_P(HashTable, FindsEveryKeyOfARunThatBeginsAnywhere)
+TEST_F(HashTable, FindsEveryKeyOfARunThatBeginsAnywhere)
 {
     for (mova_word home = 0; home < 64; ++home) {
         create(64, 0);
@@ -296,7 +288,7 @@ TEST_P(HashTable, FindsEveryKeyOfARunThatBeginsAnywhere)
 
 /* ---- growing and shrinking ---- */
 
-TEST_P(HashTable, TheEighthKeyOfATableOf8DoublesItFirst)
+TEST_F(HashTable, TheEighthKeyOfATableOf8DoublesItFirst)
 {
     fill_up_to(7);
     EXPECT_EQ(table->capacity, 8);
@@ -317,7 +309,7 @@ TEST_P(HashTable, TheEighthKeyOfATableOf8DoublesItFirst)
     EXPECT_EQ(table->mask, 15);
 }
 
-TEST_P(HashTable, ReplacingInAFullTableDoesNotGrowIt)
+TEST_F(HashTable, ReplacingInAFullTableDoesNotGrowIt)
 {
     fill_up_to(7);
     EXPECT_EQ(HSH_set_value(table, 7, 1), 1);
@@ -325,7 +317,7 @@ TEST_P(HashTable, ReplacingInAFullTableDoesNotGrowIt)
     EXPECT_EQ(host.take_log(), log{});
 }
 
-TEST_P(HashTable, GrowingPlacesEntriesInTheOrderOfTheOldSlots)
+TEST_F(HashTable, GrowingPlacesEntriesInTheOrderOfTheOldSlots)
 {
     fill({7, 15, 23, 31});
     EXPECT_EQ(slots(), "15 23 31 . . . . 7");
@@ -333,7 +325,7 @@ TEST_P(HashTable, GrowingPlacesEntriesInTheOrderOfTheOldSlots)
     EXPECT_EQ(slots(), "31 . . 3 4 5 6 23 7 . . . . . . 15");
 }
 
-TEST_P(HashTable, ResizingComputesTheShiftAnew)
+TEST_F(HashTable, ResizingComputesTheShiftAnew)
 {
     create(8, 40);
     fill_up_to(8);
@@ -345,7 +337,7 @@ TEST_P(HashTable, ResizingComputesTheShiftAnew)
     EXPECT_EQ(table->shift, 29);
 }
 
-TEST_P(HashTable, RemovingToBelowAQuarterHalvesTheTable)
+TEST_F(HashTable, RemovingToBelowAQuarterHalvesTheTable)
 {
     fill_up_to(8);
     for (mova_word key : {1, 2, 3, 4})
@@ -365,7 +357,7 @@ TEST_P(HashTable, RemovingToBelowAQuarterHalvesTheTable)
     EXPECT_EQ(table->count, 3);
 }
 
-TEST_P(HashTable, NeverShrinksBelowItsMinimumSize)
+TEST_F(HashTable, NeverShrinksBelowItsMinimumSize)
 {
     for (uint32_t size : {8u, 64u}) {
         create(size, 0);
@@ -383,7 +375,7 @@ TEST_P(HashTable, NeverShrinksBelowItsMinimumSize)
 
 /* ---- removal ---- */
 
-TEST_P(HashTable, RemovingAnAbsentKeyChangesNothing)
+TEST_F(HashTable, RemovingAnAbsentKeyChangesNothing)
 {
     fill({6, 14});
     EXPECT_EQ(HSH_remove_entry(table, 22), -1);
@@ -392,7 +384,7 @@ TEST_P(HashTable, RemovingAnAbsentKeyChangesNothing)
     EXPECT_EQ(host.take_log(), log{});
 }
 
-TEST_P(HashTable, ARemovedSlotKeepsItsValueWord)
+TEST_F(HashTable, ARemovedSlotKeepsItsValueWord)
 {
     fill({1, 2});
     EXPECT_GE(HSH_remove_entry(table, 2), 0);
@@ -404,7 +396,7 @@ TEST_P(HashTable, ARemovedSlotKeepsItsValueWord)
     EXPECT_EQ(host.take_log(), log{});
 }
 
-TEST_P(HashTable, TheLastEntryThatMayMoveFillsTheHole)
+TEST_F(HashTable, TheLastEntryThatMayMoveFillsTheHole)
 {
     fill({8, 16, 24, 3});
     EXPECT_EQ(slots(), "8 16 24 3 . . . .");
@@ -413,7 +405,7 @@ TEST_P(HashTable, TheLastEntryThatMayMoveFillsTheHole)
     EXPECT_EQ(value_words(), "240 160 240 30 . . . .") << "the slot that was left keeps its value word";
 }
 
-TEST_P(HashTable, EntriesAtHomeStay)
+TEST_F(HashTable, EntriesAtHomeStay)
 {
     fill({1, 2, 3, 4});
     HSH_remove_entry(table, 1);
@@ -422,7 +414,7 @@ TEST_P(HashTable, EntriesAtHomeStay)
 }
 
 /* The run that the header draws. */
-TEST_P(HashTable, RemovalRepairsARunThatWraps)
+TEST_F(HashTable, RemovalRepairsARunThatWraps)
 {
     fill({14, 7, 22, 30, 1});
     EXPECT_EQ(slots(), "22 30 1 . . . 14 7");
@@ -431,7 +423,7 @@ TEST_P(HashTable, RemovalRepairsARunThatWraps)
     EXPECT_EQ(entries(), "22=220 1=10 30=300 7=70");
 }
 
-TEST_P(HashTable, ARunBeforeTheHoleIsLeftAlone)
+TEST_F(HashTable, ARunBeforeTheHoleIsLeftAlone)
 {
     fill({2, 10, 18, 26});
     HSH_remove_entry(table, 18);
@@ -440,7 +432,7 @@ TEST_P(HashTable, ARunBeforeTheHoleIsLeftAlone)
     EXPECT_EQ(slots(), ". . 2 10 . . . .");
 }
 
-TEST_P(HashTable, EveryOtherKeyOfARunIsFoundAfterARemoval)
+TEST_F(HashTable, EveryOtherKeyOfARunIsFoundAfterARemoval)
 {
     for (mova_word home = 0; home < 8; ++home) {
         for (int removed = 0; removed < 7; ++removed) {
@@ -461,14 +453,14 @@ TEST_P(HashTable, EveryOtherKeyOfARunIsFoundAfterARemoval)
 
 /* ---- iteration ---- */
 
-TEST_P(HashTable, IteratesInTheOrderOfTheSlots)
+TEST_F(HashTable, IteratesInTheOrderOfTheSlots)
 {
     fill({13, 4, 5, 7, 2});
     EXPECT_EQ(slots(), ". . 2 . 4 13 5 7");
     EXPECT_EQ(entries(), "2=20 4=40 13=130 5=50 7=70");
 }
 
-TEST_P(HashTable, AnIteratorKnowsTheNextSlotToLookAt)
+TEST_F(HashTable, AnIteratorKnowsTheNextSlotToLookAt)
 {
     fill({3, 7});
     mova_word key = 0, value = 0;
@@ -488,7 +480,7 @@ TEST_P(HashTable, AnIteratorKnowsTheNextSlotToLookAt)
     EXPECT_EQ(iterator.index, 8);
 }
 
-TEST_P(HashTable, TheEndOfAnIterationStoresNothing)
+TEST_F(HashTable, TheEndOfAnIterationStoresNothing)
 {
     mova_word key = -5, value = -6;
     HSH_iterator iterator = HSH_all_entries(table);
@@ -499,7 +491,7 @@ TEST_P(HashTable, TheEndOfAnIterationStoresNothing)
     EXPECT_EQ(value, -6);
 }
 
-TEST_P(HashTable, AnIteratorDeliversTheValueThatIsStoredWhenItArrives)
+TEST_F(HashTable, AnIteratorDeliversTheValueThatIsStoredWhenItArrives)
 {
     fill({1, 2});
     HSH_iterator iterator = HSH_all_entries(table);
@@ -512,7 +504,7 @@ TEST_P(HashTable, AnIteratorDeliversTheValueThatIsStoredWhenItArrives)
 
 /* ---- the same slots as those of the literal table ---- */
 
-TEST_P(HashTable, EveryInitialSizeAndShiftGrowsAndShrinksByTheRules)
+TEST_F(HashTable, EveryInitialSizeAndShiftGrowsAndShrinksByTheRules)
 {
     for (uint32_t size = 0; size <= 40; ++size) {
         for (int32_t shift = 0; shift <= 40; ++shift) {

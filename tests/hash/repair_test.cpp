@@ -4,7 +4,6 @@
 #include <tests/model/hash_keys.h>
 #include <tests/model/literal_hash_table.h>
 #include <tests/support/byte_source.h>
-#include <tests/support/probe_paths.h>
 #include <tests/support/recording_host_test_case.h>
 
 #include <optional>
@@ -16,9 +15,8 @@ namespace {
 using mova::test::key_shape;
 using mova::test::literal_hash_table;
 using mova::test::literal_memory;
-using mova::test::probe_path;
 
-class Repair : public mova::test::recording_host_test_case, public ::testing::WithParamInterface<probe_path> {
+class Repair : public mova::test::recording_host_test_case {
 protected:
     void TearDown() override
     {
@@ -53,14 +51,10 @@ protected:
     HSH_table *table = nullptr;
 
 private:
-    mova::test::taken_path path_{GetParam()};
     mova_word last_value = 0;
 };
 
-INSTANTIATE_TEST_SUITE_P(Probing, Repair, ::testing::ValuesIn(mova::test::probe_paths()),
-                         [](const auto &path) { return path.param == probe_path::wide ? "wide" : "plain"; });
-
-TEST_P(Repair, RandomRemovalsAtSevenEighthsLeaveTheLiteralSlots)
+TEST_F(Repair, RandomRemovalsAtSevenEighthsLeaveTheLiteralSlots)
 {
     std::mt19937 random(mova::test::test_seed(1));
     for (key_shape key : mova::test::key_shapes) {
@@ -82,7 +76,7 @@ TEST_P(Repair, RandomRemovalsAtSevenEighthsLeaveTheLiteralSlots)
 }
 
 /* Every entry stands one slot behind its home, so that one removal moves each of them: 1500 in turn. */
-TEST_P(Repair, ARunMayMoveAsAWhole)
+TEST_F(Repair, ARunMayMoveAsAWhole)
 {
     for (mova_word first : {1, 1000, 2047}) {
         create(2048, 0);
@@ -95,7 +89,7 @@ TEST_P(Repair, ARunMayMoveAsAWhole)
 }
 
 /* Two runs of the same homes, one behind the other. */
-TEST_P(Repair, LongRunsWithTheSameHomesAreRepaired)
+TEST_F(Repair, LongRunsWithTheSameHomesAreRepaired)
 {
     for (mova_word first : {3, 1800}) {
         create(2048, 0);
@@ -111,7 +105,7 @@ TEST_P(Repair, LongRunsWithTheSameHomesAreRepaired)
 }
 
 /* A run of keys at home, behind which stand colliding keys of every distance. */
-TEST_P(Repair, KeysFarFromTheirHomesComeBack)
+TEST_F(Repair, KeysFarFromTheirHomesComeBack)
 {
     for (int32_t distance : {1, 7, 8, 9, 255, 256, 257, 600, 1200}) {
         create(2048, 0);

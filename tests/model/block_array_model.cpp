@@ -6,6 +6,7 @@
 
 #include <mova/arrays/block_array.h>
 
+#include <tests/support/plain_code.h>
 #include <tests/support/verify_block_array.h>
 
 namespace mova::test {
@@ -26,7 +27,7 @@ struct model_block {
 
 class interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes)
+    explicit interpreter(byte_source bytes) : bytes_(bytes), plain_(bytes_.below(2) == 0)
     {
         element_size_ = element_sizes[bytes_.below(element_sizes.size())];
         for (selected_ = 0; selected_ < blocks_.size(); ++selected_)
@@ -347,6 +348,7 @@ private:
     }
 
     byte_source bytes_;
+    plain_code plain_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;
     std::array<GB_block, 3> blocks_{};

@@ -7,6 +7,7 @@
 
 #include <mova/arrays/dynamic_array.h>
 
+#include <tests/support/plain_code.h>
 #include <tests/support/verify_dynamic_array.h>
 
 #include <utility>
@@ -58,7 +59,7 @@ struct iterator_pair {
 
 class interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes)
+    explicit interpreter(byte_source bytes) : bytes_(bytes), plain_(bytes_.below(2) == 0)
     {
         for (std::size_t i = 0; i < arrays_.size(); ++i)
             create(i);
@@ -468,6 +469,7 @@ private:
     }
 
     byte_source bytes_;
+    plain_code plain_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;
     std::array<DA_array *, 3> arrays_{};

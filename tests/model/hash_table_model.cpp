@@ -5,7 +5,7 @@
 #include "literal_hash_table.h"
 
 #include <tests/support/byte_source.h>
-#include <tests/support/probe_paths.h>
+#include <tests/support/plain_code.h>
 #include <tests/support/recording_host.h>
 #include <tests/support/verify_hash_table.h>
 
@@ -20,8 +20,7 @@ namespace {
 class interpreter {
 public:
     explicit interpreter(byte_source bytes)
-        : bytes_(bytes), path_(bytes_.below(2) ? probe_path::wide : probe_path::plain),
-          key_(key_shapes[bytes_.below(key_shapes.size())])
+        : bytes_(bytes), plain_(bytes_.below(2) == 0), key_(key_shapes[bytes_.below(key_shapes.size())])
     {
         host_.reset();
         create();
@@ -181,7 +180,7 @@ private:
     }
 
     byte_source bytes_;
-    taken_path path_;
+    plain_code plain_;
     key_shape key_;
     recording_host &host_ = recording_host::get();
     literal_memory memory_;

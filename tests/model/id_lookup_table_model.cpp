@@ -5,6 +5,7 @@
 
 #include <mova/arrays/id_lookup_table.h>
 
+#include <tests/support/plain_code.h>
 #include <tests/support/verify_id_lookup_table.h>
 
 #include <array>
@@ -21,7 +22,7 @@ std::array<char, 8> things;
 
 class interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes)
+    explicit interpreter(byte_source bytes) : bytes_(bytes), plain_(bytes_.below(2) == 0)
     {
         create();
         compare();
@@ -233,6 +234,7 @@ private:
     }
 
     byte_source bytes_;
+    plain_code plain_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;
     DA_array *table_ = nullptr;

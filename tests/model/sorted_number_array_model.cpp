@@ -6,6 +6,7 @@
 
 #include <mova/arrays/sorted_number_array.h>
 
+#include <tests/support/plain_code.h>
 #include <tests/support/verify_dynamic_array.h>
 #include <tests/support/verify_sorted_number_array.h>
 
@@ -26,7 +27,7 @@ struct tracked_array {
 
 class interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes)
+    explicit interpreter(byte_source bytes) : bytes_(bytes), plain_(bytes_.below(2) == 0)
     {
         for (tracked_array *made : {&selection_, &loose_}) {
             made->increment = 1 + static_cast<int32_t>(bytes_.below(20));
@@ -255,6 +256,7 @@ private:
     }
 
     byte_source bytes_;
+    plain_code plain_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;
     tracked_array selection_{};

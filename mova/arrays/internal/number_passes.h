@@ -2,7 +2,7 @@
 #ifndef MOVA_ARRAYS_INTERNAL_NUMBER_PASSES_H
 #define MOVA_ARRAYS_INTERNAL_NUMBER_PASSES_H
 
-#include <mova/frame/internal/cpu.h>
+#include <mova/frame/internal/vector_code.h>
 
 #include <cstdint>
 #include <span>
@@ -17,24 +17,18 @@ template <class Pass>
     return pass;
 }
 
-#ifdef MOVA_AVX2
 template <class Pass>
 MOVA_AVX2 Pass pass_over_by_avx2(std::span<int32_t> numbers, Pass pass)
 {
     return pass_over(numbers, pass);
 }
-#endif
 
 /* Calls `pass` with each number, which it may change, and its index, in order. Returns `pass` with what it has gathered.
    It should not branch, so that the compiler can take many numbers at a time. */
 template <class Pass>
 Pass for_each_number(std::span<int32_t> numbers, Pass pass)
 {
-#ifdef MOVA_AVX2
-    if (has_avx2())
-        return pass_over_by_avx2(numbers, pass);
-#endif
-    return pass_over(numbers, pass);
+    return use_avx2 ? pass_over_by_avx2(numbers, pass) : pass_over(numbers, pass);
 }
 
 } // namespace mova

@@ -2,7 +2,7 @@
 #ifndef MOVA_ARRAYS_INTERNAL_REVERSE_WORDS_H
 #define MOVA_ARRAYS_INTERNAL_REVERSE_WORDS_H
 
-#include <mova/frame/internal/cpu.h>
+#include <mova/frame/internal/vector_code.h>
 
 #include <cstddef>
 #include <cstring>
@@ -49,27 +49,21 @@ private:
 };
 
 template <class Word>
-void reverse_words_portably(char *data, size_t count)
+void reverse_words_plainly(char *data, size_t count)
 {
     word_reverser<Word, 16>::reverse(data, count);
 }
 
-#ifdef MOVA_AVX2
 template <class Word>
 MOVA_AVX2 void reverse_words_by_avx2(char *data, size_t count)
 {
     word_reverser<Word, 32>::reverse(data, count);
 }
-#endif
 
 template <class Word>
 void reverse_words(char *data, size_t count)
 {
-#ifdef MOVA_AVX2
-    if (has_avx2())
-        return reverse_words_by_avx2<Word>(data, count);
-#endif
-    reverse_words_portably<Word>(data, count);
+    use_avx2 ? reverse_words_by_avx2<Word>(data, count) : reverse_words_plainly<Word>(data, count);
 }
 
 } // namespace mova
