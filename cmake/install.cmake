@@ -13,15 +13,6 @@ install(TARGETS mova_container mova_container_static mova_host mova_host_static 
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
-# The C++ runtime that this compiler links. A static link by a compiler for C has to name it.
-set(cxx_runtime stdc++)
-if("c++" IN_LIST CMAKE_CXX_IMPLICIT_LINK_LIBRARIES)
-    set(cxx_runtime c++)
-endif()
-foreach(library mova_container_static mova_host_static)
-    target_link_libraries(${library} INTERFACE $<INSTALL_INTERFACE:$<$<LINK_LANGUAGE:C>:${cxx_runtime}>>)
-endforeach()
-
 # ---- the CMake package -------------------------------------------------------------------------------------------
 
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/mova)
@@ -34,10 +25,20 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mova-config.cmake ${CMAKE_CURRENT_BINA
 
 # ---- pkg-config --------------------------------------------------------------------------------------------------
 
-file(RELATIVE_PATH prefix_from_file ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-file(RELATIVE_PATH libdir_from_prefix ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
-file(RELATIVE_PATH includedir_from_prefix ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-string(REGEX REPLACE "/$" "" prefix_from_file ${prefix_from_file})
+# From where the file lies, unless a directory was given as an absolute one, which stays where it is.
+set(prefix ${CMAKE_INSTALL_PREFIX})
+if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    file(RELATIVE_PATH prefix_from_file ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+    string(REGEX REPLACE "/$" "" prefix_from_file ${prefix_from_file})
+    set(prefix "\${pcfiledir}/${prefix_from_file}")
+endif()
+foreach(directory libdir includedir)
+    string(TOUPPER CMAKE_INSTALL_${directory} variable)
+    set(${directory} ${${variable}})
+    if(NOT IS_ABSOLUTE ${${variable}})
+        set(${directory} "\${prefix}/${${variable}}")
+    endif()
+endforeach()
 
 # install_pkg_config(<library> <description> <libraries required> <options of a static link>)
 function(install_pkg_config name description requires libs_private)

@@ -11,4 +11,11 @@
    forbids an inline function with external linkage to call one.) */
 #define MOVA_INLINE_PART extern inline __attribute__((gnu_inline, always_inline))
 
+/* MOVA_POINTER converts a `void *` without a cast that a compiler for C++ may be asked to warn of. */
+#ifdef __cplusplus
+#define MOVA_POINTER(type, pointer) static_cast<type *>(pointer)
+#else
+#define MOVA_POINTER(type, pointer) ((type *)(pointer))
+#endif
+
 #endif

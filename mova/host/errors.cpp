@@ -42,7 +42,9 @@ mova_error_handler mova_set_error_handler(mova_error_handler handler)
 
 size_t mova_error_text(char *buffer, size_t size, const char *module, int32_t line, int32_t code)
 {
-    const int length = std::snprintf(buffer, size, "%s, line %d: %s (%d)", module, line, meaning(code), code);
+    const char *description = mova_error_description(module, line);
+    const int length = std::snprintf(buffer, size, "%s, line %d: %s (%d)%s%s", module, line, meaning(code), code,
+                                     description ? ". " : "", description ? description : "");
     return length < 0 ? 0 : static_cast<size_t>(length);
 }
 

@@ -1,6 +1,10 @@
 #include <mova/lists/double_list.h>
 
+/* clang warns of what the standard library's own sort is made of. */
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 #include <algorithm>
+#pragma GCC diagnostic pop
 #include <cfloat>
 #include <cmath>
 #include <cstring>

@@ -254,7 +254,8 @@ MOVA_INLINE_PART EL_node *mova_el_take_next_node(EL_iterator *iterator)
 {
     EL_node *node = iterator->next;
     iterator->current = node;
-    iterator->next = (EL_node *)mova_iterator_step(node, iterator->end, iterator->forward, node->prev, node->next);
+    iterator->next =
+        MOVA_POINTER(EL_node, mova_iterator_step(node, iterator->end, iterator->forward, node->prev, node->next));
     return node;
 }
 

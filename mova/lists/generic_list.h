@@ -233,7 +233,8 @@ MOVA_INLINE_PART GL_node *mova_gl_take_next_node(GL_iterator *iterator)
 {
     GL_node *node = iterator->next;
     iterator->current = node;
-    iterator->next = (GL_node *)mova_iterator_step(node, iterator->end, iterator->forward, node->prev, node->next);
+    iterator->next =
+        MOVA_POINTER(GL_node, mova_iterator_step(node, iterator->end, iterator->forward, node->prev, node->next));
     return node;
 }
 

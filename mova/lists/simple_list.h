@@ -239,7 +239,7 @@ SL_INLINE SL_iterator SL_all_items_reversed(const SL_list *list)
 SL_INLINE int SL_next_item(SL_iterator *iterator, void **item)
 {
     while (iterator->upcoming) {
-        mova_sl_links *node = (mova_sl_links *)iterator->upcoming;
+        mova_sl_links *node = MOVA_POINTER(mova_sl_links, iterator->upcoming);
         iterator->current = node;
         iterator->upcoming = mova_iterator_step(node, iterator->end, iterator->forward, node->prev, node->next);
         if (!iterator->test || iterator->test(node)) {

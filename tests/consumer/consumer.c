@@ -1,11 +1,13 @@
 /* A program in C that uses an installed libmova_container and its default host. */
 #include <stdio.h>
+#include <string.h>
 
 #include <mova/container.h>
 #include <mova/frame/host.h>
 #include <mova/host/errors.h>
 #include <mova/host/memory.h>
 #include <mova/host/messages.h>
+#include <mova/version.h>
 
 static int raised;
 
@@ -15,6 +17,13 @@ static void count_raise(const char *module, int32_t line, int32_t code)
     (void)line;
     (void)code;
     ++raised;
+}
+
+static int is_of_the_headers_version(void)
+{
+    char text[20];
+    snprintf(text, sizeof text, "%d.%d.%d", MOVA_VERSION_MAJOR, MOVA_VERSION_MINOR, MOVA_VERSION_PATCH);
+    return mova_version() == MOVA_VERSION && strcmp(mova_version_text(), text) == 0;
 }
 
 int main(void)
@@ -34,5 +43,5 @@ int main(void)
     mova_set_error_handler(count_raise);
     EX_raise_exception_line("consumer", 1, MOVA_PRECONDITION_BROKEN);
     printf("sum %d, raised %d\n", sum, raised);
-    return sum == 7 && raised == 1 ? 0 : 1;
+    return sum == 7 && raised == 1 && is_of_the_headers_version() ? 0 : 1;
 }

@@ -1,7 +1,8 @@
 # With tests, benchmarks and examples off, the two libraries configure and build with a compiler for C++ and CMake
-# alone.
+# alone. REPEAT builds them twice, and compares; with PKG_CONFIG it looks at what absolute directories lead to.
 #
-# cmake -DSOURCE=... -DDIRECTORY=... -DGENERATOR=... [-DTOOLCHAIN=...] [-DCXX_COMPILER=...] -P <this file>
+# cmake -DSOURCE=... -DDIRECTORY=... -DGENERATOR=... [-DTOOLCHAIN=...] [-DCXX_COMPILER=...] [-DPKG_CONFIG=...]
+#       [-DREPEAT=ON] -P <this file>
 include(${CMAKE_CURRENT_LIST_DIR}/support.cmake)
 
 if(TOOLCHAIN)
@@ -11,8 +12,8 @@ else()
 endif()
 
 file(REMOVE_RECURSE ${DIRECTORY})
-configure_project(${SOURCE} ${DIRECTORY} ${compiler}
-    -DMOVA_BUILD_TESTS=OFF -DMOVA_BUILD_BENCH=OFF -DMOVA_BUILD_EXAMPLES=OFF
+set(options ${compiler} -DMOVA_BUILD_TESTS=OFF -DMOVA_BUILD_BENCH=OFF -DMOVA_BUILD_EXAMPLES=OFF)
+configure_project(${SOURCE} ${DIRECTORY} ${options}
     -DCMAKE_PROJECT_INCLUDE_BEFORE=${CMAKE_CURRENT_LIST_DIR}/refuse_packages.cmake)
 file(GLOB compiler_for_c ${DIRECTORY}/CMakeFiles/*/CMakeCCompiler.cmake)
 if(compiler_for_c)
@@ -27,3 +28,27 @@ foreach(library mova_container mova_host)
         endif()
     endforeach()
 endforeach()
+
+if(REPEAT)
+    set(again ${DIRECTORY}/in/another/directory)
+    configure_project(${SOURCE} ${again} ${options})
+    build_project(${again})
+    foreach(library mova_container mova_host)
+        run(${CMAKE_COMMAND} -E compare_files ${DIRECTORY}/mova/lib${library}.so ${again}/mova/lib${library}.so)
+    endforeach()
+endif()
+
+if(PKG_CONFIG)
+    set(absolute ${DIRECTORY}/absolute)
+    execute_process(COMMAND ${CMAKE_COMMAND} -S ${SOURCE} -B ${absolute} -G ${GENERATOR} ${options}
+        -DBUILD_SHARED_LIBS=OFF -DCMAKE_INSTALL_LIBDIR=/somewhere/lib -DCMAKE_INSTALL_INCLUDEDIR=/elsewhere/include
+        OUTPUT_VARIABLE said COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT said MATCHES "mova does not look at BUILD_SHARED_LIBS")
+        message(FATAL_ERROR "BUILD_SHARED_LIBS was not spoken of:\n${said}")
+    endif()
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${absolute}/mova
+        ${PKG_CONFIG} --cflags --libs mova_container OUTPUT_VARIABLE flags COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT flags MATCHES "^-I/elsewhere/include -L/somewhere/lib -lmova_container -lmova_host *\n$")
+        message(FATAL_ERROR "with absolute directories pkg-config says: ${flags}")
+    endif()
+endif()

@@ -1,16 +1,19 @@
-# As a part of another project the library builds no tests, benchmarks or examples, and the project links it.
+# As a part of another project the library builds no tests, benchmarks or examples, installs nothing, and does not mind what
+# the project asks of its own sources. The project links it, shared and static, and has a compiler for C alone.
 #
-# cmake -DSOURCE=... -DDIRECTORY=... -DGENERATOR=... -DC_COMPILER=... -DCXX_COMPILER=... -P <this file>
+# cmake -DSOURCE=... -DDIRECTORY=... -DGENERATOR=... -DC_COMPILER=... -DCXX_COMPILER=... -DNM=... -P <this file>
 include(${CMAKE_CURRENT_LIST_DIR}/support.cmake)
 
 file(REMOVE_RECURSE ${DIRECTORY})
 configure_project(${CMAKE_CURRENT_LIST_DIR}/subproject ${DIRECTORY} -DMOVA_SOURCE=${SOURCE}
-    -DCONSUMER_SOURCE=${CMAKE_CURRENT_LIST_DIR}/consumer.c
-    -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
+    -DCONSUMER_SOURCE=${CMAKE_CURRENT_LIST_DIR} -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
+    "-DCMAKE_C_FLAGS=-Werror -Wall -Wextra -Wmissing-declarations -Wmissing-prototypes"
+    "-DCMAKE_CXX_FLAGS=-fno-exceptions -fno-rtti -Werror -Wall -Wextra -Wmissing-declarations -Wold-style-cast"
+    -DCMAKE_UNITY_BUILD=ON -DCMAKE_BUILD_TYPE=Release)
 
 execute_process(COMMAND ${CMAKE_CTEST_COMMAND} -N WORKING_DIRECTORY ${DIRECTORY} OUTPUT_VARIABLE tests
     COMMAND_ERROR_IS_FATAL ANY)
-if(NOT tests MATCHES "Total Tests: 1\n")
+if(NOT tests MATCHES "Total Tests: 2\n")
     message(FATAL_ERROR "tests beside the project's own:\n${tests}")
 endif()
 foreach(room tests bench examples googletest)
@@ -21,3 +24,16 @@ endforeach()
 
 build_project(${DIRECTORY})
 run(${DIRECTORY}/consumer)
+run(${DIRECTORY}/consumer_static)
+
+run(${CMAKE_COMMAND} --install ${DIRECTORY} --prefix ${DIRECTORY}/installed)
+file(GLOB_RECURSE installed RELATIVE ${DIRECTORY}/installed ${DIRECTORY}/installed/*)
+if(NOT installed STREQUAL "bin/consumer_static")
+    message(FATAL_ERROR "installed beside the project's own: ${installed}")
+endif()
+
+execute_process(COMMAND ${NM} -D --defined-only ${DIRECTORY}/libplugin.so OUTPUT_VARIABLE exported
+    COMMAND_ERROR_IS_FATAL ANY)
+if(exported MATCHES "(GL|MM|EX)_[a-z_]+|mova" OR NOT exported MATCHES " main\n")
+    message(FATAL_ERROR "the plug-in exports:\n${exported}")
+endif()

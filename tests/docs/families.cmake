@@ -36,6 +36,8 @@ foreach(name IN LISTS names)
     endif()
 endforeach()
 
+list(APPEND container_prefixes mova_version)
+
 names_in(found mova/container.h "^#include <(.*)>" "\\1")
 expect_same(mova/container.h "${found}" "${headers}")
 

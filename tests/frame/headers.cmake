@@ -1,5 +1,6 @@
 # Compiles every public header for itself, as C99 and C11, as C++11 for those who use the library, and as C++20; each before
-# and after the standard library's <stdio.h>, which declares names like the library's own.
+# and after the standard library's <stdio.h>, which declares names like the library's own. None of them makes a compiler warn
+# of what programs may ask it to warn of.
 
 # Writes a source that includes the two headers in this order, the first one twice.
 function(write_header_source path first second identifier)
@@ -11,6 +12,9 @@ extern int header_@identifier@;
 int header_@identifier@;
 ")
 endfunction()
+
+set(warnings_c -Wmissing-prototypes -Wstrict-prototypes)
+set(warnings_cpp -Wold-style-cast -fno-exceptions -fno-rtti)
 
 # add_header_checks(<standard> <extension> <header of the standard library> <header>...)
 function(add_header_checks standard extension stdio)
@@ -25,7 +29,8 @@ function(add_header_checks standard extension stdio)
     endforeach()
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     # Named by its option: a compiler feature asks for no more than "at least".
-    target_compile_options(${name} PRIVATE -std=${standard} -Wall -Wextra -pedantic-errors -Werror)
+    target_compile_options(${name} PRIVATE -std=${standard} -Wall -Wextra -pedantic-errors -Werror
+        -Wmissing-declarations -Wundef ${warnings_${extension}})
 endfunction()
 
 foreach(list container_headers host_headers)

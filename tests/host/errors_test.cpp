@@ -6,6 +6,7 @@
 #include <exception>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -36,7 +37,7 @@ void throw_length_error(const char *module, int32_t, int32_t)
 std::string text_of(int32_t code)
 {
     std::array<char, 200> text;
-    mova_error_text(text.data(), text.size(), "plut", 108, code);
+    mova_error_text(text.data(), text.size(), "mine", 108, code);
     return text.data();
 }
 
@@ -56,7 +57,8 @@ TEST_F(Errors, WithoutAHandlerARaiseThrowsModuleLineAndCode)
         EXPECT_EQ(error.module(), module);
         EXPECT_EQ(error.line(), 481);
         EXPECT_EQ(error.code(), 4297);
-        EXPECT_STREQ(error.what(), "gentree, line 481: a precondition was broken (4297)");
+        EXPECT_STREQ(error.what(), "gentree, line 481: a precondition was broken (4297). "
+                                   "GT_remove_item: the comparisons do not lead to the node");
     }
 }
 
@@ -67,14 +69,38 @@ TEST_F(Errors, AnErrorIsCaughtAsAStandardException)
 
 TEST_F(Errors, EachCodeHasItsText)
 {
-    EXPECT_EQ(text_of(4197), "plut, line 108: memory ran out (4197)");
-    EXPECT_EQ(text_of(4297), "plut, line 108: a precondition was broken (4297)");
-    EXPECT_EQ(text_of(4397), "plut, line 108: an id or a pointer was not found (4397)");
+    EXPECT_EQ(text_of(4197), "mine, line 108: memory ran out (4197)");
+    EXPECT_EQ(text_of(4297), "mine, line 108: a precondition was broken (4297)");
+    EXPECT_EQ(text_of(4397), "mine, line 108: an id or a pointer was not found (4397)");
 }
 
 TEST_F(Errors, AnUnknownCodeIsNamedAllTheSame)
 {
-    EXPECT_EQ(text_of(-17), "plut, line 108: an error was raised (-17)");
+    EXPECT_EQ(text_of(-17), "mine, line 108: an error was raised (-17)");
+}
+
+TEST_F(Errors, TheLibrarysOwnRaisesAreDescribedByModuleAndLine)
+{
+    EXPECT_STREQ(mova_error_description("gentree", 896), "GT_next_item: the iterator is not in its tree's list");
+    EXPECT_STREQ(mova_error_description("egenlist", 557),
+                 "EL_replace_items_inbetween: the source has fewer elements than the range");
+    EXPECT_EQ(mova_error_description("gentree", 557), nullptr);
+    EXPECT_EQ(mova_error_description("mine", 896), nullptr);
+    EXPECT_EQ(mova_error_description("", 0), nullptr);
+}
+
+TEST_F(Errors, AnExceptionHoldsEveryTextOfTheLibraryWhole)
+{
+    int described = 0;
+    for (const char *module : {"RGBLUT", "cache", "darray", "egenlist", "gentree", "plut", "sgenlist"})
+        for (int32_t line = 0; line < 2000; ++line)
+            if (const char *description = mova_error_description(module, line)) {
+                ++described;
+                EXPECT_TRUE(
+                    std::string_view(mova::error(module, line, MOVA_ID_NOT_FOUND).what()).ends_with(description))
+                    << module << ' ' << line;
+            }
+    EXPECT_EQ(described, 40);
 }
 
 TEST_F(Errors, ATextThatDoesNotFitIsCutAndItsWholeLengthReturned)
@@ -82,7 +108,8 @@ TEST_F(Errors, ATextThatDoesNotFitIsCutAndItsWholeLengthReturned)
     std::array<char, 12> buffer;
     buffer.fill('#');
     EXPECT_EQ(mova_error_text(buffer.data(), 10, "cache", 334, MOVA_ALLOCATION_FAILED),
-              std::strlen("cache, line 334: memory ran out (4197)"));
+              std::strlen("cache, line 334: memory ran out (4197). "
+                          "cc_alloc: the pool has no room, even with every body out"));
     EXPECT_STREQ(buffer.data(), "cache, li");
     EXPECT_EQ(buffer[10], '#');
 }
@@ -90,7 +117,8 @@ TEST_F(Errors, ATextThatDoesNotFitIsCutAndItsWholeLengthReturned)
 TEST_F(Errors, ASizeOfZeroWritesNothing)
 {
     EXPECT_EQ(mova_error_text(nullptr, 0, "cache", 334, MOVA_ALLOCATION_FAILED),
-              std::strlen("cache, line 334: memory ran out (4197)"));
+              std::strlen("cache, line 334: memory ran out (4197). "
+                          "cc_alloc: the pool has no room, even with every body out"));
 }
 
 TEST_F(Errors, ALongModuleNameCutsTheTextOfTheExceptionButNotTheName)
@@ -112,7 +140,8 @@ TEST_F(Errors, ACopyKeepsItsOwnText)
     try {
         std::rethrow_exception(kept);
     } catch (const std::exception &error) {
-        EXPECT_STREQ(error.what(), "sgenlist, line 75: a precondition was broken (4297)");
+        EXPECT_STREQ(error.what(), "sgenlist, line 75: a precondition was broken (4297). "
+                                   "SL_release: the list holds items");
     }
 }
 

@@ -44,7 +44,11 @@ private:
     {
         constexpr size_t count = sizeof...(Index);
         if constexpr (count > 1)
+#if __has_builtin(__builtin_shufflevector)
             words = __builtin_shufflevector(words, words, (count - 1 - Index)...);
+#else /* gcc 11 */
+            words = __builtin_shuffle(words, Piece{static_cast<Word>(count - 1 - Index)...});
+#endif
     }
 };
 

@@ -47,5 +47,6 @@ void check_errors(void)
     CHECK(code_raised_by(library_raises) == MOVA_ID_NOT_FOUND);
     CHECK(strcmp(raised_module, "library") == 0);
     CHECK(raised_line == 7);
+    CHECK(strstr(mova_error_description("gentree", 1427), "the tree is empty") != NULL);
     check_that_the_default_is_absent();
 }

@@ -1,0 +1,14 @@
+# Fails where a file that bears the version itself differs from mova/version.h.
+#
+# cmake -DROOT=... -DVERSION=... -P <this file>
+cmake_minimum_required(VERSION 3.21)
+
+# expect_first(<file> <regular expression with one group>): the first match is the version.
+function(expect_first file expression)
+    file(READ ${ROOT}/${file} text)
+    if(NOT text MATCHES "${expression}" OR NOT CMAKE_MATCH_1 STREQUAL VERSION)
+        message(SEND_ERROR "${file} says ${CMAKE_MATCH_1} where mova/version.h says ${VERSION}")
+    endif()
+endfunction()
+
+expect_first(CHANGELOG.md "^# Changes\n\n## ([0-9.]+)")
