@@ -4,7 +4,7 @@ include(CMakePackageConfigHelpers)
 
 set_target_properties(mova_container PROPERTIES INSTALL_RPATH "$ORIGIN")
 
-foreach(header ${container_headers} ${host_headers})
+foreach(header ${container_headers} ${host_headers} ${cxx_headers})
     cmake_path(GET header PARENT_PATH room)
     install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mova/${room})
 endforeach()

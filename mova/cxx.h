@@ -1,0 +1,11 @@
+/* The typed layer: every family as a class. */
+#ifndef MOVA_CXX_H
+#define MOVA_CXX_H
+
+#include <mova/cxx/double_list.h>
+#include <mova/cxx/element_list.h>
+#include <mova/cxx/element_stack.h>
+#include <mova/cxx/intrusive_list.h>
+#include <mova/cxx/pointer_list.h>
+
+#endif

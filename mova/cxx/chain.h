@@ -1,0 +1,547 @@
+/* The ranges that the nodes of a list are: open chains and rings.
+
+   A position is an iterator, and as large as a pointer: the address of a node, and one bit.
+
+       open chain     null <- A <-> B <-> C -> null       positions  A  B  C  and C+: past the end
+       ring           +-> A <-> B <-> C <-+               positions  A  B  C
+                      +-------------------+               once around  A*  B  C  A: begins at A*, ends at A
+
+   Past the end of an open chain is the last node with the bit set, so that stepping back from there works. All positions
+   past the end are equal: a loop that has taken end() before its first step may append.
+
+   A node of a ring does not know whether it is the first. So a position in a ring is a circulator, which walks around for
+   ever in both directions; the bit marks where a walk once around began, and such a walk goes one way, by begin() … end()
+   or by reversed().
+
+       range                       concept                    delivers
+       list                        bidirectional, sized       items
+       list.reversed()             bidirectional              items, last to first
+       list.between(from, to)      bidirectional              items, both ends included
+       ring, ring.reversed()       forward; the ring sized    items, once around
+       ring.between(from, to)      forward                    items; may cross the seam
+       ring.around(at)             bidirectional, endless     items, from `at` on
+       .positions()                input                      positions; see below
+
+   Editing while walking. A walk over positions() is the C iterator: it fetches the successor before it delivers.
+
+       for (auto at : list.positions())
+           if (is_even(*at))
+               list.remove(at);
+
+       edit, in the body of a loop        over items                    over positions()
+       removing what was delivered        not allowed                   goes on with the successor
+       removing the successor             allowed, while it is not      not allowed
+                                          the last node of a ring
+       removing anything else             allowed                       allowed, but for the walk's end
+       inserting                          delivered where it lies ahead delivered beyond the successor, up to the end
+       reversing, rolling                 walks the links as they are   walks the links as they are
+       clearing, joining, moving the      as in C: positions live as    as in C
+         owner                            long as their nodes do
+
+   Ownership: a range owns nothing. A null owner is an empty range. */
+#ifndef MOVA_CXX_CHAIN_H
+#define MOVA_CXX_CHAIN_H
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+
+#include <mova/cxx/owner.h>
+
+namespace mova {
+
+/* A class of links says what a chain's nodes are:
+
+       head, node                     the C records
+       value_type, reference          what a position leads to
+       constant                       the links of the same nodes, leading to constants
+       first(head) last(head)         the ends
+       next(node) prev(node)          the neighbours
+       item(node)                     what the node holds
+
+   and for positions() the C iterator `walk`, made by from_to(head, from, to, forward) and stepped by step(walk, &node). */
+
+/* The same chain from the other end. */
+template <class Links>
+struct reversed_links : Links {
+    using constant = reversed_links<typename Links::constant>;
+    static auto *next(const typename Links::node *at) noexcept { return Links::prev(at); }
+    static auto *prev(const typename Links::node *at) noexcept { return Links::next(at); }
+};
+
+/* ---- positions -------------------------------------------------------------------------------------------- */
+
+/* What all three kinds of position are: a node's address and a bit. */
+template <class Links>
+class marked_node {
+public:
+    using node = typename Links::node;
+    using value_type = typename Links::value_type;
+    using reference = typename Links::reference;
+    using difference_type = std::ptrdiff_t;
+
+protected:
+    static constexpr std::uintptr_t mark = 1;
+
+    marked_node() = default;
+    explicit marked_node(std::uintptr_t word) noexcept : word_(word) {}
+
+    /* Node addresses are even, which spares loops a test of the bit. */
+    static std::uintptr_t word_of(const node *at) noexcept
+    {
+        return reinterpret_cast<std::uintptr_t>(__builtin_assume_aligned(at, alignof(node)));
+    }
+    static node *node_of(std::uintptr_t word) noexcept { return reinterpret_cast<node *>(word); }
+    bool marked() const noexcept { return (word_ & mark) != 0; }
+
+    std::uintptr_t word_ = 0;
+};
+
+/* Items that are references have addresses; pointers that are delivered by value have none. */
+template <class Links>
+using category_of = std::conditional_t<std::is_reference_v<typename Links::reference>, std::bidirectional_iterator_tag,
+                                       std::input_iterator_tag>;
+
+/* A position in an open chain. */
+template <class Links>
+class chain_iterator : public marked_node<Links> {
+    using base = marked_node<Links>;
+    using base::mark, base::word_;
+
+public:
+    using typename base::node, typename base::reference;
+    using iterator_concept = std::bidirectional_iterator_tag;
+    using iterator_category = category_of<Links>;
+
+    /* Past the end of an empty chain. */
+    chain_iterator() noexcept : base(mark) {}
+
+    /* The position of a node; of null, as chain_iterator(). */
+    explicit chain_iterator(node *at) noexcept : base(at ? base::word_of(at) : mark) {}
+
+    static chain_iterator past(node *last) noexcept
+    {
+        chain_iterator end;
+        end.word_ = base::word_of(last) | mark;
+        return end;
+    }
+
+    /* A position that reads and writes serves where one that reads is wanted. */
+    template <class Other>
+    requires(std::same_as<typename Other::constant, Links> && !std::same_as<Other, Links>)
+        chain_iterator(const chain_iterator<Other> &other)
+    noexcept : base(other.word()) {}
+
+    /* The node, for the C functions; null past the end. */
+    node *get() const noexcept { return base::marked() ? nullptr : base::node_of(word_); }
+    std::uintptr_t word() const noexcept { return word_; }
+
+    /* Requires a node, of which the compiler is told: it would warn of items at addresses like 1. */
+    reference operator*() const noexcept
+    {
+        if (base::marked())
+            __builtin_unreachable();
+        return Links::item(base::node_of(word_));
+    }
+    auto *operator->() const noexcept requires std::is_reference_v<reference> { return std::addressof(**this); }
+
+    chain_iterator &operator++() noexcept
+    {
+        const node *next = Links::next(base::node_of(word_));
+        /* A guess, so that the next load need not wait for the outcome. */
+        if (__builtin_expect_with_probability(next != nullptr, 1, 0.999))
+            word_ = base::word_of(next);
+        else
+            word_ |= mark;
+        return *this;
+    }
+    chain_iterator operator++(int) noexcept
+    {
+        chain_iterator before = *this;
+        ++*this;
+        return before;
+    }
+    chain_iterator &operator--() noexcept
+    {
+        word_ = base::marked() ? word_ & ~mark : base::word_of(Links::prev(base::node_of(word_)));
+        return *this;
+    }
+    chain_iterator operator--(int) noexcept
+    {
+        chain_iterator before = *this;
+        --*this;
+        return before;
+    }
+
+    friend bool operator==(chain_iterator a, chain_iterator b) noexcept
+    {
+        return a.marked() == b.marked() && (a.marked() || a.word_ == b.word_);
+    }
+};
+
+/* A position in a ring. It walks around for ever. */
+template <class Links>
+class circulator : public marked_node<Links> {
+    using base = marked_node<Links>;
+    using base::word_;
+
+public:
+    using typename base::node, typename base::reference;
+    using iterator_concept = std::bidirectional_iterator_tag;
+    using iterator_category = category_of<Links>;
+
+    circulator() = default;
+    explicit circulator(node *at) noexcept : base(base::word_of(at)) {}
+
+    template <class Other>
+    requires(std::same_as<typename Other::constant, Links> && !std::same_as<Other, Links>)
+        circulator(const circulator<Other> &other)
+    noexcept : circulator(other.get()) {}
+
+    /* The node, for the C functions; null where a search found nothing. */
+    node *get() const noexcept { return base::node_of(word_); }
+
+    reference operator*() const noexcept { return Links::item(get()); }
+    auto *operator->() const noexcept requires std::is_reference_v<reference> { return std::addressof(**this); }
+
+    circulator &operator++() noexcept { return *this = circulator(Links::next(get())); }
+    circulator &operator--() noexcept { return *this = circulator(Links::prev(get())); }
+    circulator operator++(int) noexcept { return std::exchange(*this, circulator(Links::next(get()))); }
+    circulator operator--(int) noexcept { return std::exchange(*this, circulator(Links::prev(get()))); }
+
+    friend bool operator==(circulator a, circulator b) noexcept { return a.word_ == b.word_; }
+};
+
+/* A step of a walk once around a ring. Marked, it stands where the walk begins. */
+template <class Links>
+class ring_iterator : public marked_node<Links> {
+    using base = marked_node<Links>;
+    using base::mark, base::word_;
+
+public:
+    using typename base::node, typename base::reference;
+    using iterator_concept = std::forward_iterator_tag;
+    using iterator_category =
+        std::conditional_t<std::is_reference_v<reference>, std::forward_iterator_tag, std::input_iterator_tag>;
+
+    ring_iterator() = default;
+    static ring_iterator begin(node *at) noexcept { return ring_iterator(at ? base::word_of(at) | mark : 0); }
+    static ring_iterator end(node *at) noexcept { return ring_iterator(base::word_of(at)); }
+
+    template <class Other>
+    requires(std::same_as<typename Other::constant, Links> && !std::same_as<Other, Links>)
+        ring_iterator(const ring_iterator<Other> &other)
+    noexcept : base(other.word()) {}
+
+    node *get() const noexcept { return base::node_of(word_ & ~mark); }
+    std::uintptr_t word() const noexcept { return word_; }
+
+    /* The position that this step stands at. */
+    operator circulator<Links>() const noexcept { return circulator<Links>(get()); }
+
+    reference operator*() const noexcept { return Links::item(get()); }
+    auto *operator->() const noexcept requires std::is_reference_v<reference> { return std::addressof(**this); }
+
+    ring_iterator &operator++() noexcept
+    {
+        word_ = base::word_of(Links::next(get()));
+        return *this;
+    }
+    ring_iterator operator++(int) noexcept
+    {
+        ring_iterator before = *this;
+        ++*this;
+        return before;
+    }
+
+    friend bool operator==(ring_iterator a, ring_iterator b) noexcept { return a.word_ == b.word_; }
+
+private:
+    explicit ring_iterator(std::uintptr_t word) noexcept : base(word) {}
+};
+
+/* ---- ranges ----------------------------------------------------------------------------------------------- */
+
+/* What lies between two iterators. */
+template <class Iterator, class Sentinel = Iterator>
+class iterator_range {
+public:
+    iterator_range() = default;
+    iterator_range(Iterator begin, Sentinel end) noexcept : begin_(begin), end_(end) {}
+    Iterator begin() const noexcept { return begin_; }
+    Sentinel end() const noexcept { return end_; }
+    bool empty() const noexcept { return begin_ == end_; }
+
+private:
+    Iterator begin_;
+    [[no_unique_address]] Sentinel end_;
+};
+
+/* The positions that a C iterator delivers: a walk during which what was delivered may be removed. */
+template <class Links, class Position>
+class position_walk {
+public:
+    class iterator {
+    public:
+        using value_type = Position;
+        using difference_type = std::ptrdiff_t;
+        using iterator_concept = std::input_iterator_tag;
+
+        iterator() = default;
+        explicit iterator(position_walk *walk) noexcept : walk_(walk) {}
+        Position operator*() const noexcept { return Position(walk_->current_); }
+        iterator &operator++() noexcept
+        {
+            walk_->step();
+            return *this;
+        }
+        void operator++(int) noexcept { walk_->step(); }
+        friend bool operator==(const iterator &at, std::default_sentinel_t) noexcept { return at.is_over(); }
+
+    private:
+        bool is_over() const noexcept { return !walk_->current_; }
+
+        position_walk *walk_ = nullptr;
+    };
+
+    /* Goes on with a C iterator, which must have no test. */
+    explicit position_walk(const typename Links::walk &walk) noexcept : walk_(walk) {}
+
+    /* Takes the first step: a walk can be walked once. */
+    iterator begin() noexcept
+    {
+        step();
+        return iterator(this);
+    }
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+    void step() noexcept
+    {
+        if (!Links::step(walk_, current_))
+            current_ = nullptr;
+    }
+
+    typename Links::walk walk_;
+    typename Links::node *current_ = nullptr;
+};
+
+/* ---- what every list can do --------------------------------------------------------------------------------- */
+
+/* What open chains and rings share. */
+template <class Links, class Release>
+class chain_owner : public owner<typename Links::head, Release> {
+    using constant = typename Links::constant;
+
+public:
+    using value_type = typename Links::value_type;
+    using owner<typename Links::head, Release>::owner;
+
+    bool empty() const noexcept { return !first(); }
+    std::size_t size() const noexcept requires requires(typename Links::head &head) { head.count; }
+    {
+        return this->head_ ? static_cast<std::size_t>(this->head_->count) : 0;
+    }
+
+    /* Require an item. */
+    decltype(auto) front() noexcept { return Links::item(first()); }
+    decltype(auto) front() const noexcept { return constant::item(first()); }
+    decltype(auto) back() noexcept { return Links::item(last()); }
+    decltype(auto) back() const noexcept { return constant::item(last()); }
+
+protected:
+    typename Links::node *first() const noexcept { return this->head_ ? Links::first(*this->head_) : nullptr; }
+    typename Links::node *last() const noexcept { return this->head_ ? Links::last(*this->head_) : nullptr; }
+
+    template <class Position>
+    auto walk(Position from, Position to, int forward) noexcept
+    {
+        return position_walk<Links, Position>(Links::from_to(this->get(), from.get(), to.get(), forward));
+    }
+};
+
+template <class Links, class Release>
+class open_chain : public chain_owner<Links, Release> {
+    using base = chain_owner<Links, Release>;
+    using constant = typename Links::constant;
+    using base::first, base::last;
+
+public:
+    using iterator = chain_iterator<Links>;
+    using const_iterator = chain_iterator<constant>;
+    using position = iterator;
+    using const_position = const_iterator;
+    using base::base;
+
+    iterator begin() noexcept { return iterator(first()); }
+    iterator end() noexcept { return iterator::past(last()); }
+    const_iterator begin() const noexcept { return const_iterator(first()); }
+    const_iterator end() const noexcept { return const_iterator::past(last()); }
+    const_iterator cbegin() const noexcept { return begin(); }
+    const_iterator cend() const noexcept { return end(); }
+
+    auto reversed() noexcept { return backwards<reversed_links<Links>>(); }
+    auto reversed() const noexcept { return backwards<reversed_links<constant>>(); }
+
+    /* The items from `from` to `to`, which must not lie before it; both included. */
+    iterator_range<iterator> between(iterator from, iterator to) noexcept { return {from, ++to}; }
+    iterator_range<const_iterator> between(const_iterator from, const_iterator to) const noexcept
+    {
+        return {from, ++to};
+    }
+
+    /* Walks during which what was delivered may be removed. */
+    auto positions() noexcept { return this->walk(iterator(first()), iterator(last()), 1); }
+    auto positions_reversed() noexcept { return this->walk(iterator(last()), iterator(first()), 0); }
+    auto positions(iterator from, iterator to) noexcept { return this->walk(from, to, 1); }
+
+private:
+    template <class Backwards>
+    iterator_range<chain_iterator<Backwards>> backwards() const noexcept
+    {
+        return {chain_iterator<Backwards>(last()), chain_iterator<Backwards>::past(first())};
+    }
+};
+
+template <class Links, class Release>
+class ring_chain : public chain_owner<Links, Release> {
+    using base = chain_owner<Links, Release>;
+    using constant = typename Links::constant;
+    using base::first, base::last;
+
+public:
+    using iterator = ring_iterator<Links>;
+    using const_iterator = ring_iterator<constant>;
+    using position = circulator<Links>;
+    using const_position = circulator<constant>;
+    using base::base;
+
+    iterator begin() noexcept { return iterator::begin(first()); }
+    iterator end() noexcept { return iterator::end(first()); }
+    const_iterator begin() const noexcept { return const_iterator::begin(first()); }
+    const_iterator end() const noexcept { return const_iterator::end(first()); }
+    const_iterator cbegin() const noexcept { return begin(); }
+    const_iterator cend() const noexcept { return end(); }
+
+    auto reversed() noexcept { return backwards<reversed_links<Links>>(); }
+    auto reversed() const noexcept { return backwards<reversed_links<constant>>(); }
+
+    /* The items from `from` along the ring to `to`, both included. */
+    iterator_range<iterator> between(position from, position to) noexcept
+    {
+        return {iterator::begin(from.get()), iterator::end((++to).get())};
+    }
+    iterator_range<const_iterator> between(const_position from, const_position to) const noexcept
+    {
+        return {const_iterator::begin(from.get()), const_iterator::end((++to).get())};
+    }
+
+    /* The endless range from `at` on, or from the first item of a ring that is not empty. */
+    iterator_range<position, std::unreachable_sentinel_t> around(position at) noexcept { return {at, {}}; }
+    iterator_range<position, std::unreachable_sentinel_t> around() noexcept { return around(position(first())); }
+    iterator_range<const_position, std::unreachable_sentinel_t> around() const noexcept
+    {
+        return {const_position(first()), {}};
+    }
+
+    /* Walks once around during which what was delivered may be removed. */
+    auto positions() noexcept { return this->walk(position(first()), position(last()), 1); }
+    auto positions_reversed() noexcept { return this->walk(position(last()), position(first()), 0); }
+    auto positions(position from, position to) noexcept { return this->walk(from, to, 1); }
+
+private:
+    template <class Backwards>
+    iterator_range<ring_iterator<Backwards>> backwards() const noexcept
+    {
+        return {ring_iterator<Backwards>::begin(last()), ring_iterator<Backwards>::end(last())};
+    }
+};
+
+/* ---- edits that are compiled into the caller ------------------------------------------------------------------ */
+
+/* Links a node at the back, as the C functions do. */
+template <class Head, class Node>
+void link_last(Head &head, Node *node, bool ring) noexcept
+{
+    Node *const first = static_cast<Node *>(head.first), *const last = static_cast<Node *>(head.last);
+    node->prev = last ? last : ring ? node : nullptr;
+    node->next = ring ? (first ? first : node) : nullptr;
+    if (last)
+        last->next = node;
+    else
+        head.first = node;
+    if (ring && first)
+        first->prev = node;
+    head.last = node;
+    ++head.count;
+}
+
+/* Removes the items that `accepts` accepts, and returns their number. After an exception those up to the item that it was
+   thrown for are done with. */
+template <class List, class Accepts>
+std::size_t remove_if(List &list, Accepts accepts)
+{
+    const std::size_t before = list.size();
+    for (auto at : list.positions()) {
+        if (accepts(*at))
+            list.remove(at);
+    }
+    return before - list.size();
+}
+
+/* ---- comparison --------------------------------------------------------------------------------------------- */
+
+template <class Range>
+bool equal_items(const Range &a, const Range &b)
+{
+    auto y = b.begin();
+    for (auto x = a.begin(); x != a.end(); ++x, ++y) {
+        if (y == b.end() || !(*x == *y))
+            return false;
+    }
+    return y == b.end();
+}
+
+template <class Range>
+auto compared_items(const Range &a, const Range &b)
+{
+    using order = decltype(*a.begin() <=> *b.begin());
+    auto x = a.begin();
+    auto y = b.begin();
+    for (; x != a.end() && y != b.end(); ++x, ++y) {
+        if (const order c = *x <=> *y; c != 0)
+            return c;
+    }
+    return order(int{x != a.end()} <=> int{y != b.end()});
+}
+
+/* ---- construction from ranges ------------------------------------------------------------------------------ */
+
+/* Ranges that a container of `Value` can be made from, other than such a container itself. */
+template <class Range, class Container, class Value>
+concept range_of = !std::same_as<std::remove_cvref_t<Range>, Container> && requires(Range & range)
+{
+    {
+        *std::begin(range)
+        } -> std::convertible_to<Value>;
+    std::end(range);
+};
+
+/* Makes a container of what a range delivers: mova::to<mova::element_list<int>>(range). */
+template <class Container, class Range>
+Container to(Range &&range)
+{
+    return Container(std::forward<Range>(range));
+}
+
+} // namespace mova
+
+template <class Iterator, class Sentinel>
+inline constexpr bool std::ranges::enable_borrowed_range<mova::iterator_range<Iterator, Sentinel>> = true;
+template <class Iterator, class Sentinel>
+inline constexpr bool std::ranges::enable_view<mova::iterator_range<Iterator, Sentinel>> = true;
+template <class Links, class Position>
+inline constexpr bool std::ranges::enable_view<mova::position_walk<Links, Position>> = true;
+
+#endif

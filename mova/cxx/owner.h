@@ -1,0 +1,104 @@
+/* What the typed classes share: owning a C head, and owning what a container points to.
+
+   A class of this layer owns one head of the C layer and is as large as the pointer to it.
+
+       mova::element_list<point>          EL_list
+       +------+                           +---------------------------+
+       | head | ------------------------> | first last count … closed |
+       +------+                           +---------------------------+
+
+       element_list<point> l(raw)         adopts a head that the C functions made; null makes an owner of nothing
+       l.get()                            the head, for the C functions; the owner keeps it
+       l.release()                        the head, which is the caller's from now on
+       std::move(l)                       leaves `l` null
+
+   An owner that was moved from is null. A null owner reads as empty, where a class reads at all, and can be destroyed,
+   assigned to, swapped and released. Every edit requires a head, as the C functions do.
+
+   What an edit leaves after an exception is what the C function leaves that its comment names, and unchanged where it says
+   nothing else. */
+#ifndef MOVA_CXX_OWNER_H
+#define MOVA_CXX_OWNER_H
+
+#include <concepts>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+#include <mova/frame/host.h>
+
+namespace mova {
+
+/* Calls one of the C functions that take the address of the owner's pointer. */
+template <auto Release>
+struct release_by {
+    template <class Head>
+    void operator()(Head *head) const noexcept
+    {
+        Release(&head);
+    }
+};
+
+template <class Head, class Release>
+class owner {
+public:
+    owner(std::nullptr_t) noexcept {}
+    explicit owner(Head *head) noexcept : head_(head) {}
+
+    /* Whether there is a head. */
+    explicit operator bool() const noexcept { return head_ != nullptr; }
+
+    Head *get() noexcept { return head_.get(); }
+    const Head *get() const noexcept { return head_.get(); }
+    [[nodiscard]] Head *release() noexcept { return head_.release(); }
+
+protected:
+    /* The field of a C release or join function, which sets it to null. */
+    Head *given_up() noexcept { return head_.release(); }
+
+    std::unique_ptr<Head, Release> head_;
+};
+
+/* ---- items ------------------------------------------------------------------------------------------------ */
+
+/* Containers of pointers take, as their last argument, a type that says how an item dies. With this one it does not: the
+   items are the caller's. Any deleter without state makes the container their owner: std::default_delete<T>, host_delete. */
+struct borrowed {
+    void operator()(const volatile void *) const noexcept {}
+};
+
+template <class Delete>
+inline constexpr bool owns_items = !std::same_as<Delete, borrowed>;
+
+/* Deletes an item that make_item made. */
+struct host_delete {
+    template <class T>
+    void operator()(T *item) const noexcept
+    {
+        item->~T();
+        MM_dealloc_item(const_cast<std::remove_const_t<T> *>(item), sizeof(T));
+    }
+};
+
+/* Makes an item in a block of the memory service. Throws what the service and T throw; nothing is lost then. */
+template <class T, class... Arguments>
+std::unique_ptr<T, host_delete> make_item(Arguments &&...arguments)
+{
+    struct give_back {
+        void operator()(void *block) const noexcept { MM_dealloc_item(block, sizeof(T)); }
+    };
+    std::unique_ptr<void, give_back> block(MM_alloc_item(sizeof(T)));
+    T *item = ::new (block.get()) T(std::forward<Arguments>(arguments)...);
+    static_cast<void>(block.release());
+    return std::unique_ptr<T, host_delete>(item);
+}
+
+/* A type without state, whose call a C function pointer can stand for. */
+template <class F>
+concept stateless = std::is_empty_v<F> && std::default_initializable<F>;
+
+} // namespace mova
+
+#endif
