@@ -92,49 +92,57 @@ typedef int32_t (*GT_condition)(void *item);
 /* Prints an item, without a line end. */
 typedef void (*GT_print_fn)(void *item);
 
-typedef struct tree_item {
+typedef struct GT_tree_item {
     void *item;
-    struct tree_item *left, *right; /* what goes before the item, and what after it or is equal and came later */
-    struct tree_item *prev, *next;
+    struct GT_tree_item *left, *right; /* what goes before the item, and what after it or is equal and came later */
+    struct GT_tree_item *prev, *next;
     int32_t balance;
-} tree_item;
+} GT_tree_item;
 
-typedef struct tree {
-    struct tree_item *root, *first, *last;
+typedef struct GT_tree {
+    struct GT_tree_item *root, *first, *last;
     GT_compare compare;
     int32_t dupl_allowed; /* 1 or 0 */
     GL_list *iterators;
-} tree;
+} GT_tree;
 
-typedef struct tree_iter {
-    struct tree_item *cursor, *current;
-    struct tree *tree;
+typedef struct GT_tree_iter {
+    struct GT_tree_item *cursor, *current;
+    struct GT_tree *tree;
     GT_condition condition; /* for modes 1 and 2 */
     int32_t mode;           /* 0 delivers every item, 1 those accepted, 2 all up to the first that is rejected */
-} tree_iter;
+} GT_tree_iter;
+
+/* The short names of the three, which a program with types of these names leaves out by defining MOVA_NO_SHORT_NAMES before
+   it includes this. */
+#ifndef MOVA_NO_SHORT_NAMES
+typedef GT_tree tree;
+typedef GT_tree_item tree_item;
+typedef GT_tree_iter tree_iter;
+#endif
 
 /* ---- creation and disposal ------------------------------------------------------------------------------- */
 
 /* Returns a new empty tree that admits items that compare equal. */
-tree *GT_create_with_dupl_allowed(GT_compare compare);
+GT_tree *GT_create_with_dupl_allowed(GT_compare compare);
 
 /* Returns a new empty tree that refuses an item that compares equal to one it holds. */
-tree *GT_create_with_dupl_not_allowed(GT_compare compare);
+GT_tree *GT_create_with_dupl_not_allowed(GT_compare compare);
 
 /* Clears every live iterator's pointers, releases the list of iterators, frees every node, each after both its
    subtrees, and the head, and sets `*t` to null. The items are left alone, and so are the iterators' records. Does
    nothing when `*t` is null. Linear. */
-void GT_release(tree **t);
+void GT_release(GT_tree **t);
 
 /* As GT_release, but frees each node's item ahead of the node: MM_dealloc_item with `item_size` bytes. */
-void GT_total_release(tree **t, size_t item_size);
+void GT_total_release(GT_tree **t, size_t item_size);
 
 /* Exhausts every live iterator and frees every node, each after both its subtrees. The tree is empty afterwards and
    stays usable. Does nothing when `t` is null. Linear. */
-void GT_make_empty(tree *t);
+void GT_make_empty(GT_tree *t);
 
 /* As GT_make_empty, but frees each node's item ahead of the node: MM_dealloc_item with `item_size` bytes. */
-void GT_total_make_empty(tree *t, size_t item_size);
+void GT_total_make_empty(GT_tree *t, size_t item_size);
 
 /* ---- insertion and search -------------------------------------------------------------------------------- */
 
@@ -144,79 +152,79 @@ void GT_total_make_empty(tree *t, size_t item_size);
    Raises line 1181 or 1236 where a `balance` that the insertion must change on its left or its right side is not one of
    -1, 0, +1. The item is in the tree by then. Where the host returns, that balance is left alone and the ancestors are
    rebalanced as if the subtree had grown, up to a rotation whose nodes are not all there. */
-tree_item *GT_insert_item(tree *t, void *item);
+GT_tree_item *GT_insert_item(GT_tree *t, void *item);
 
 /* Finds the node that holds the pointer `item` itself: it is compared by identity first, and by the tree's comparison
    only to find the way. Returns 1 and stores the node in `*position`, or returns 0 and stores null. O(log n), and up to
    every item that compares equal. */
-int GT_find_item(tree *t, void *item, tree_item **position);
+int GT_find_item(GT_tree *t, void *item, GT_tree_item **position);
 
 /* Finds a node whose item compares equal to `key`: the one nearest to the root, not the first in order. `key` is the
    comparison's first argument and need not be an item. Returns 1 and stores the node in `*position`, or returns 0 and
    stores null. O(log n). */
-int GT_search_item(tree *t, void *key, tree_item **position);
+int GT_search_item(GT_tree *t, void *key, GT_tree_item **position);
 
 /* Returns the number of items, by a walk over all nodes: linear. */
-int32_t GT_count_items(const tree *t);
+int32_t GT_count_items(const GT_tree *t);
 
 /* ---- removal: the node is freed, its item left alone --------------------------------------------------------- */
 
 /* Removes the node, which it reaches by comparing its item with those on the way. O(log n), and up to every item that
    compares equal. Balances outside -1 … +1 are left as they are.
    Raises line 481, and changes nothing, when the comparisons do not lead to the node. */
-void GT_remove_item(tree *t, tree_item *position);
+void GT_remove_item(GT_tree *t, GT_tree_item *position);
 
 /* As GT_remove_item, but visits every node where the comparisons do not lead to the position: for an item whose key was
    changed after its insertion. The second way is linear.
    Raises line 545, and changes nothing, when the node is not in the tree. */
-void GT_remove_item_global(tree *t, tree_item *position);
+void GT_remove_item_global(GT_tree *t, GT_tree_item *position);
 
 /* Finds the node that holds the pointer `item` itself, as GT_find_item does, and removes it, as GT_remove_item does.
    Raises line 566 when no node holds it, and line 579 when the removal does not reach the node; neither changes
    anything. */
-void GT_find_and_remove_item(tree *t, void *item);
+void GT_find_and_remove_item(GT_tree *t, void *item);
 
 /* Removes the node `first`, without comparing. O(log n).
    Raises line 1427, and changes nothing, when the tree is empty. Raises line 1728 when `first`, which a program must
    not write, names a node that has a left child; where the host returns, that child's subtree is lost. */
-void GT_remove_first_item(tree *t);
+void GT_remove_first_item(GT_tree *t);
 
 /* ---- iteration: each constructor allocates an iterator and puts it at the end of the tree's list --------------- */
 
 /* Start at the first item: deliver every item, those that `condition` accepts, or all up to the first that it
    rejects. GT_all_items leaves the iterator's `condition` unset. */
-tree_iter *GT_all_items(tree *t);
-tree_iter *GT_all_items_conditional(tree *t, GT_condition condition);
-tree_iter *GT_all_items_while_conditioned(tree *t, GT_condition condition);
+GT_tree_iter *GT_all_items(GT_tree *t);
+GT_tree_iter *GT_all_items_conditional(GT_tree *t, GT_condition condition);
+GT_tree_iter *GT_all_items_while_conditioned(GT_tree *t, GT_condition condition);
 
 /* The same three, from the item that `iterator` has delivered last. `iterator` is not changed. If its current item is
    none, or was removed, the new one is exhausted. GT_from_current copies the `condition`, and does not ask it. */
-tree_iter *GT_from_current(tree_iter *iterator);
-tree_iter *GT_from_current_conditional(tree_iter *iterator, GT_condition condition);
-tree_iter *GT_from_current_while_conditioned(tree_iter *iterator, GT_condition condition);
+GT_tree_iter *GT_from_current(GT_tree_iter *iterator);
+GT_tree_iter *GT_from_current_conditional(GT_tree_iter *iterator, GT_condition condition);
+GT_tree_iter *GT_from_current_while_conditioned(GT_tree_iter *iterator, GT_condition condition);
 
 /* The same three, from the item at which `iterator` would look next. */
-tree_iter *GT_from_next(tree_iter *iterator);
-tree_iter *GT_from_next_conditional(tree_iter *iterator, GT_condition condition);
-tree_iter *GT_from_next_while_conditioned(tree_iter *iterator, GT_condition condition);
+GT_tree_iter *GT_from_next(GT_tree_iter *iterator);
+GT_tree_iter *GT_from_next_conditional(GT_tree_iter *iterator, GT_condition condition);
+GT_tree_iter *GT_from_next_while_conditioned(GT_tree_iter *iterator, GT_condition condition);
 
 /* Returns 1 and stores the next accepted item in `*item`. Or the iteration is over: takes the iterator out of the
    tree's list, frees it, and returns 0 with `*item` untouched. The item just delivered may be removed. Linear in the
    number of rejected items; the last step in the number of live iterators.
    Raises line 896 when the iterator that ends is not in its tree's list. Where the host returns, it is freed all the
    same. */
-int GT_next_item(tree_iter *iterator, void **item);
+int GT_next_item(GT_tree_iter *iterator, void **item);
 
 /* As GT_next_item, but stores the node. Raises line 937 instead of 896. */
-int GT_next_position(tree_iter *iterator, tree_item **position);
+int GT_next_position(GT_tree_iter *iterator, GT_tree_item **position);
 
 /* Stores the item that was delivered last, and returns 1 when it is not null, else 0. Requires that one was delivered
    and has not been removed. */
-int GT_current_item(tree_iter *iterator, void **item);
+int GT_current_item(GT_tree_iter *iterator, void **item);
 
 /* Takes the iterator out of the tree's list and frees it. Linear in the number of live iterators.
    Raises line 962 when it is not in its tree's list. Where the host returns, it is freed all the same. */
-void GT_end_iterator(tree_iter *iterator);
+void GT_end_iterator(GT_tree_iter *iterator);
 
 /* ---- maintenance ----------------------------------------------------------------------------------------- */
 
@@ -224,14 +232,14 @@ void GT_end_iterator(tree_iter *iterator);
    between nodes, and everything else stays. Items that compare equal keep their order. Uses an iterator of the tree's
    in each pass. Linear for items in order, quadratic at worst. If the comparison throws, the items are all there, in
    some order, and that iterator stays in the tree's list. */
-void GT_sort(tree *t);
+void GT_sort(GT_tree *t);
 
 /* Prints how many trees, nodes and iterators are live, of all trees together, a line each. */
 void GT_check(void);
 
 /* Prints the tree on its side, the smallest item first: a line for each item, indented by three blanks a level, with
    the item as `print` prints it, and a warning where its balance is wrong. O(n log n). */
-void GT_print_tree(tree *t, GT_print_fn print);
+void GT_print_tree(GT_tree *t, GT_print_fn print);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus
