@@ -4,10 +4,9 @@
 #include <mova/cxx/intrusive_list.h>
 #include <mova/cxx/pointer_list.h>
 
+#include <mova/lists/internal/invariants.h>
+
 #include <tests/cxx/same_calls.h>
-#include <tests/support/verify_element_list.h>
-#include <tests/support/verify_generic_list.h>
-#include <tests/support/verify_simple_list.h>
 
 #include <algorithm>
 #include <iterator>
@@ -20,7 +19,7 @@
 
 namespace {
 
-using mova::test::broken_invariant;
+using mova::broken_invariant;
 using mova::test::expect_same_calls;
 using mova::test::items_of;
 using mova::test::log;
