@@ -1,6 +1,7 @@
 #include <mova/cache/swap_cache.h>
 
 #include <mova/frame/internal/module_records.h>
+#include <mova/frame/internal/undo.h>
 #include <mova/lists/internal/chain.h>
 
 namespace chain = mova::chain;
@@ -42,6 +43,11 @@ void make_first(cc_cache *cache, cc_entry *entry)
     chain::link_first(*cache, entry, shape::always_open);
 }
 
+void free_record(cc_entry *entry)
+{
+    MM_dealloc_item(entry, sizeof(cc_entry));
+}
+
 void evict(cc_cache *cache, cc_entry *entry)
 {
     if (!is_in_memory(entry))
@@ -61,6 +67,13 @@ void *get_in_memory(cc_cache *cache, cc_entry *entry)
     return mb_get(cache->pool, entry->handle);
 }
 
+void fill(const cc_cache *cache, cc_entry *entry, uint32_t size)
+{
+    entry->swap_in_fn(entry->item, mb_get(cache->pool, entry->handle), size);
+    if (cc_debug)
+        mova_dprintf("cc_get %8X\n", low_word(entry));
+}
+
 /* Returns whether there was room for the body. */
 bool fetch(cc_cache *cache, cc_entry *entry)
 {
@@ -70,9 +83,7 @@ bool fetch(cc_cache *cache, cc_entry *entry)
         return false;
     entry->handle = handle;
     entry->status |= in_memory;
-    entry->swap_in_fn(entry->item, mb_get(cache->pool, handle), size);
-    if (cc_debug)
-        mova_dprintf("cc_get %8X\n", low_word(entry));
+    mova::or_undo([=] { fill(cache, entry, size); }, [=] { evict(cache, entry); });
     return true;
 }
 
@@ -99,7 +110,11 @@ cc_entry *cc_insert(cc_cache *cache, void *item, mb_handle handle, cc_size_fn si
     *entry = {nullptr, nullptr, item, handle, size_fn, swap_in_fn, write_back_fn, release_fn, status};
     chain::link_first(*cache, entry, shape::always_open);
     if (cc_debug)
-        mova_dprintf("cc_insert %8X => %8X\n", low_word(item), low_word(entry));
+        mova::or_undo([=] { mova_dprintf("cc_insert %8X => %8X\n", low_word(item), low_word(entry)); },
+                      [=] {
+                          chain::unlink(*cache, entry, shape::always_open);
+                          free_record(entry);
+                      });
     return entry;
 }
 
@@ -152,7 +167,7 @@ void cc_remove(cc_cache *cache, cc_entry **entry)
     chain::unlink(*cache, removed, shape::always_open);
     if (is_in_memory(removed))
         mb_free(cache->pool, &removed->handle);
-    MM_dealloc_item(removed, sizeof(cc_entry));
+    free_record(removed);
     if (cc_debug)
         mova_dprintf("cc_remove : %8X\n", low_word(removed));
 }

@@ -51,8 +51,12 @@
    taken with cc_alloc, are the caller's. A cache's head is never freed: there is no release function.
 
    The callbacks run inside the cache's calls and have no result that is read, but the size. A write-back must not
-   remove entries of the same cache. Only cc_alloc raises, and so does cc_get, which calls it. A null cache, and an entry
+   remove entries of the same cache, nor a fetch its own entry. Only cc_alloc raises, and so does cc_get, which calls it. A null cache, and an entry
    of another cache, are undefined. One thread at a time.
+
+   Failures: an exception or a jump, out of a callback, the pool, the memory service, the debug output or a raise, passes
+   through, and the cache is unchanged, where a function does not say otherwise. It is usable in every case, and nothing
+   is lost. A body that could not be written back stays in memory and dirty.
 
    Cost: constant, where nothing else is said, beside the callbacks and the pool. */
 #ifndef MOVA_CACHE_SWAP_CACHE_H
@@ -103,14 +107,19 @@ extern int32_t cc_debug;
 cc_cache *cc_create(mb_pool *pool);
 
 /* Registers `item` and returns its entry, the first now. With a handle, the caller has put the body in that block, which
-   is the only copy and belongs to the cache from now on: the entry is dirty. With 0 it is out. Prints under cc_debug. */
+   is the only copy and belongs to the cache from now on: the entry is dirty. With 0 it is out. Prints under cc_debug.
+   A jump out of the print leaves the entry in, as the first. After any other failure the block is still the caller's. */
 cc_entry *cc_insert(cc_cache *cache, void *item, mb_handle handle, cc_size_fn size_fn, cc_swap_in_fn swap_in_fn,
                     cc_write_back_fn write_back_fn, cc_release_fn release_fn);
 
 /* Returns the address of the entry's body and makes the entry the first. A body that is out is fetched: asks for its
    size, allocates with cc_alloc, has the item fill the block, and prints under cc_debug. A body in memory costs no
    callback. The address holds until a block is allocated in the pool or this one is freed.
-   Raises as cc_alloc does. Where the raise returns, the entry stays out and in its place, and the result is null. */
+   Raises as cc_alloc does. Where the raise returns, the entry stays out and in its place, and the result is null.
+   After an exception a body that was being fetched is out again, its block is free, and the entry is in its place; what
+   was evicted for it stays evicted. After a jump out of the fetch or the print it counts as in memory, whole or not:
+   cc_swap_out puts that right. Where the pool fails to give the address that is to be returned, the body is in memory
+   and the entry is the first. */
 void *cc_get(cc_cache *cache, cc_entry *entry);
 
 /* Makes an entry that is in memory the first, and so the next to be evicted. Frees nothing now. */
@@ -120,25 +129,26 @@ void cc_lazy_swap_out(cc_cache *cache, cc_entry *entry);
    under cc_debug, whatever the entry's state. */
 void cc_swap_out(cc_cache *cache, cc_entry *entry);
 
-/* Calls cc_swap_out for every entry, first to last. Linear. */
+/* Calls cc_swap_out for every entry, first to last. Linear. After a failure the entries before the one that failed are
+   out, and the others as they were. */
 void cc_flush(cc_cache *cache);
 
 /* Allocates a block of `size` bytes in the cache's pool and returns its handle. Where the pool has no room, evicts the
    bodies in memory from the first entry on, and tries again after each entry, in memory or not, until the pool
    answers. The block is the caller's: give it to cc_insert or to cc_free.
    Raises line 334, MOVA_ALLOCATION_FAILED, when the pool has no room after the last entry either. Where the raise
-   returns, the result is 0. Linear in the number of entries passed. */
+   returns, the result is 0. After a failure what was evicted stays evicted. Linear in the number of entries passed. */
 mb_handle cc_alloc(cc_cache *cache, uint32_t size);
 
 /* Frees a block that the caller took with cc_alloc and holds itself, and clears `*handle`. */
 void cc_free(cc_cache *cache, mb_handle *handle);
 
 /* Removes the entry and sets `*entry` to null. A body in memory is freed and, even where it is dirty, not written back.
-   Prints under cc_debug. */
+   Prints under cc_debug; where the print fails, that is done already. */
 void cc_remove(cc_cache *cache, cc_entry **entry);
 
 /* Removes every entry as cc_remove does, first to last, and calls its `release_fn` just before. The cache can be used
-   again. Linear. */
+   again. Linear. After a failure of a `release_fn` the cache begins with its entry; those before are gone. */
 void cc_make_empty(cc_cache *cache);
 
 /* Returns the bytes that the cache's own records occupy, without the blocks: 12 for the head and 36 for each entry, on

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
+#include <utility>
 
 #include <mova/clut/internal/table_state.h>
 #include <mova/frame/internal/module_records.h>
+#include <mova/frame/internal/undo.h>
 
 /* Weak, so that a program in a static link can define it too. */
 [[gnu::weak]] int32_t clut_debug = 0;
@@ -66,15 +69,44 @@ T *zeroed(size_t count)
     return static_cast<T *>(std::calloc(count, sizeof(T)));
 }
 
-/* There is an old table where the host returned from the raise for the second one. */
-void make_table(int32_t size)
+void free_arrays(const table_state &of)
 {
-    std::free(table.states);
-    std::free(table.colours);
+    std::free(of.states);
+    std::free(of.colours);
+}
+
+/* All that making a table changes, as it is now. */
+class saved_table {
+public:
+    saved_table()
+    {
+        std::ranges::transform(standard_indices, indices_, [](const int32_t *index) { return *index; });
+    }
+
+    const table_state &state() const { return state_; }
+
+    void restore() const
+    {
+        table = state_;
+        words = words_;
+        for (std::size_t i = 0; i < std::size(indices_); ++i)
+            *standard_indices[i] = indices_[i];
+    }
+
+private:
+    table_state state_ = table;
+    clut_module_record words_ = words;
+    int32_t indices_[std::size(standard_indices)];
+};
+
+void make_table(int32_t size, CLUT_callback callback, mova_word client_word)
+{
     const size_t count = static_cast<size_t>(std::max(size, 0));
     table.size = size;
     table.states = zeroed<int32_t>(count + 1);
     table.colours = zeroed<colour>(count);
+    table.callback = callback;
+    table.client_word = client_word;
 }
 
 void assign_standard_indices()
@@ -132,6 +164,53 @@ void warn_when_full(int32_t index)
     }
 }
 
+/* Gives an index the state that it had before, and lets the search find it where it was free. */
+void put_back(int32_t index, int32_t before)
+{
+    table.states[index] = before;
+    if (before == free_index)
+        words.first_free_index = std::min(words.first_free_index, index);
+}
+
+/* What is printed, and undone where that fails, stands apart: the ordinary course saves no registers for it. */
+[[gnu::noinline]] void set_state_and_print(int32_t index, int32_t state, const char *format)
+{
+    const int32_t before = std::exchange(table.states[index], state);
+    or_undo([=] { mova_dprintf(format, index); }, [=] { put_back(index, before); });
+}
+
+/* Changes a state, and tells of it under clut_debug. Where that fails, the state is the old one again. */
+void set_state(int32_t index, int32_t state, const char *format)
+{
+    if (clut_debug)
+        set_state_and_print(index, state, format);
+    else
+        table.states[index] = state;
+}
+
+/* Stores a colour and then calls `tell`. Where that fails, the colour is the old one again. */
+template <class Tell>
+void store_and(int32_t index, colour value, const Tell &tell)
+{
+    const colour before = std::exchange(table.colours[index], value);
+    or_undo(tell, [=] { table.colours[index] = before; });
+}
+
+[[gnu::noinline]] void store_and_print(int32_t index, int16_t red, int16_t green, int16_t blue)
+{
+    store_and(index, {red, green, blue}, [=] { mova_dprintf("set index : %d : %d %d %d\n", index, red, green, blue); });
+}
+
+void tell_and_store(int32_t index, int16_t red, int16_t green, int16_t blue)
+{
+    if (table.callback)
+        table.callback(index, red, green, blue);
+    if (clut_debug >= 2)
+        store_and_print(index, red, green, blue);
+    else
+        table.colours[index] = {red, green, blue};
+}
+
 int16_t component(float fraction)
 {
     return static_cast<int16_t>(static_cast<int32_t>(fraction * 255.0F));
@@ -146,22 +225,27 @@ using namespace mova::clut;
 void RGBLUT_init(int32_t entries, CLUT_callback callback, mova_word client_word)
 {
     require(!words.initialised, 93);
+    const saved_table old;
     words.initialised = 1;
     if (entries == 0 && !callback)
         entries = default_entries;
     else if (clut_debug)
-        mova_dprintf("Initialising Clut Table, %d entries\n", table.size);
-    make_table(entries);
-    table.callback = callback;
-    table.client_word = client_word;
+        mova::or_undo([] { mova_dprintf("Initialising Clut Table, %d entries\n", table.size); },
+                      [&] { old.restore(); });
+    make_table(entries, callback, client_word);
     assign_standard_indices();
-    if (table.size < words.first_free_index) {
-        require(false, 134);
-        return;
-    }
-    set_standard_colours();
+    const bool is_large_enough = table.size >= words.first_free_index;
+    if (is_large_enough)
+        mova::or_undo(set_standard_colours, [&] {
+            free_arrays(table);
+            old.restore();
+        });
+    /* There is an old table where the host returned from the raise for the second one. */
+    free_arrays(old.state());
+    require(is_large_enough, 134);
     /* The callback may have asked for indices until the search was past the end. */
-    std::fill_n(table.states, std::min(words.first_free_index, table.size), hard_index);
+    if (is_large_enough)
+        std::fill_n(table.states, std::min(words.first_free_index, table.size), hard_index);
 }
 
 void CLUT_alloc(int32_t index)
@@ -171,9 +255,7 @@ void CLUT_alloc(int32_t index)
     if (is_outside(index))
         return;
     require(table.states[index] == free_index, 169);
-    table.states[index] = hard_index;
-    if (clut_debug)
-        mova_dprintf("CLUT alloc %d\n", index);
+    set_state(index, hard_index, "CLUT alloc %d\n");
 }
 
 int32_t CLUT_new_index(void)
@@ -185,9 +267,7 @@ int32_t CLUT_new_index(void)
     const int32_t index = take_index();
     if (is_outside(index))
         return 0;
-    table.states[index] = dynamic_index;
-    if (clut_debug)
-        mova_dprintf("new index : %d\n", index);
+    set_state(index, dynamic_index, "new index : %d\n");
     warn_when_full(index);
     return index;
 }
@@ -201,9 +281,7 @@ void CLUT_release_index(int32_t index)
     require(table.states[index] == dynamic_index, 241);
     if (index == table.dirty_index)
         return;
-    table.states[index] = free_index;
-    if (clut_debug)
-        mova_dprintf("free index : %d\n", index);
+    set_state(index, free_index, "free index : %d\n");
     words.first_free_index = std::min(words.first_free_index, index);
 }
 
@@ -213,13 +291,10 @@ void CLUT_set(int32_t index, int16_t red, int16_t green, int16_t blue)
     require(index < table.size, 266);
     if (is_outside(index))
         return;
-    if (table.states[index] == free_index)
-        CLUT_alloc(index);
-    if (table.callback)
-        table.callback(index, red, green, blue);
-    table.colours[index] = {red, green, blue};
-    if (clut_debug >= 2)
-        mova_dprintf("set index : %d : %d %d %d\n", index, red, green, blue);
+    if (table.states[index] != free_index)
+        return tell_and_store(index, red, green, blue);
+    CLUT_alloc(index);
+    mova::or_undo([=] { tell_and_store(index, red, green, blue); }, [=] { put_back(index, free_index); });
 }
 
 void CLUT_set_RGB(int32_t index, float red, float green, float blue)
@@ -252,9 +327,10 @@ void CLUT_copy(int32_t destination, int32_t source)
         return;
     require(table.states[destination] != free_index && table.states[source] != free_index, 303);
     const colour copied = table.colours[source];
-    table.colours[destination] = copied;
     if (table.callback)
-        table.callback(destination, copied.red, copied.green, copied.blue);
+        store_and(destination, copied, [=] { table.callback(destination, copied.red, copied.green, copied.blue); });
+    else
+        table.colours[destination] = copied;
 }
 
 void CLUT_statistics(void)

@@ -31,14 +31,18 @@
      4. No index below both the first free index and the size is free.
 
    Ownership: the table is the library's, and lives as long as the process. It is allocated with the standard library's
-   calloc, 4 bytes for each index and 4 more, and 6 for each index, and the result is not examined. Pointers and the
-   callback are the caller's.
+   calloc, 4 bytes for each index and 4 more, and 6 for each index, and the result is not examined: where there is no
+   memory, RGBLUT_init is undefined. Pointers and the callback are the caller's.
 
    Errors have the module name "RGBLUT" and the code MOVA_PRECONDITION_BROKEN; the functions give the lines. A raise
    comes before any change, except in RGBLUT_init (line 134) and CLUT_new_index (line 191). Where the host returns from
    one, the function goes on with its next step, so that a further raise may follow; but as soon as it would touch an
    index outside the table it returns, with the result 0. A negative index raises nothing and is outside in every
    function.
+
+   Failures: an exception or a jump, out of the callback, a raise, the debug output, the warning or debug_break, passes
+   through. After an exception the table is unchanged, where a function does not say otherwise. After a jump too, but
+   what the function had changed before it called what jumped is not undone.
 
    There are no locks: all calls come from one thread. The callback may read and set colours, and it must not initialise
    the table again.
@@ -93,7 +97,11 @@ extern int32_t GE_SYS32;    /* 35   never set: black, and the callback is not to
    Raises line 93 when the table is made already. Where the host returns, a new table replaces the old one: all colours
    and states are gone, and the standard colours are assigned from the present first free index on.
    Raises line 134 when the table is smaller than the indices up to the last standard colour. The table is made all the
-   same, and the index words are assigned, but no index is hard and no colour is set. */
+   same, and the index words are assigned, but no index is hard and no colour is set.
+   After an exception out of the callback or the debug output nothing has happened, to an older table neither, and it may
+   be called again. A jump loses an older table. It leaves the new one, in the static phase, with the standard colours
+   that were set before it; the other indices up to 38 are free and below the first free index, where no request finds
+   them: make them hard by CLUT_set and CLUT_alloc. A jump out of the announcement leaves a table without indices. */
 void RGBLUT_init(int32_t entries, CLUT_callback callback, mova_word client_word);
 
 /* Makes a free index hard.
@@ -105,12 +113,16 @@ void CLUT_alloc(int32_t index);
    Linear in the indices that are taken between the last release, or request, and the index found. Each answer of a full
    table moves the first free index, which CLUT_statistics shows, one further past the size; that is deliberate.
    Raises line 186 before RGBLUT_init, 191 when the first call finds no free index to reserve. Where the host returns
-   from 191, no index is reserved, and index 0 takes the dirty index's part in later calls. */
+   from 191, no index is reserved, and index 0 takes the dirty index's part in later calls.
+   After an exception out of the debug output the index is free again, but the static phase is over. After a jump out of
+   it the index is taken. Where the warning fails, the next answer of the full table warns. */
 int32_t CLUT_new_index(void);
 
 /* Gives a dynamic index back, which keeps its colour. The dirty index stays as it is. Calls debug_break on entry.
    Raises line 240 before RGBLUT_init, 241 when the index is hard or free. Where the host returns from 241, the index is
-   freed, whatever it was. */
+   freed, whatever it was.
+   A jump out of the debug output leaves the index free, but where it lies below the first free index no request finds
+   it, until a lower one is given back. */
 void CLUT_release_index(int32_t index);
 
 /* Sets a colour. The callback is called before the colour is stored. A free index becomes hard, as by CLUT_alloc.
@@ -123,7 +135,7 @@ void CLUT_set_RGB(int32_t index, float red, float green, float blue);
 
 /* Stores an index's colour through the three pointers: 255 each when the index is not below the size. Free indices have
    a colour too.
-   Raises line 284 before RGBLUT_init. */
+   Raises line 284 before RGBLUT_init. Where the debug output fails, the colour is stored. */
 void CLUT_get(int32_t index, int16_t *red, int16_t *green, int16_t *blue);
 
 /* Copies a colour. The callback is called after it is stored. Nothing is written to the debug output.

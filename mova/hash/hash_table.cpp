@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstring>
 
+#include <mova/frame/internal/undo.h>
 #include <mova/hash/internal/probe.h>
 #include <mova/hash/internal/repair.h>
 
@@ -30,8 +31,9 @@ struct arrays {
 arrays create_arrays(int32_t capacity)
 {
     const size_t bytes = array_bytes(capacity);
-    auto *keys = static_cast<mova_word *>(MM_alloc_item(bytes));
-    auto *values = static_cast<mova_word *>(MM_alloc_item(bytes));
+    const auto allocate = [bytes] { return static_cast<mova_word *>(MM_alloc_item(bytes)); };
+    mova_word *keys = allocate();
+    mova_word *values = mova::or_undo(allocate, [&] { MM_dealloc_item(keys, bytes); });
     std::memset(keys, 0, bytes);
     std::memset(values, 0, bytes);
     return {keys, values};
@@ -41,6 +43,11 @@ void free_arrays(const HSH_table &table)
 {
     MM_dealloc_item(table.keys, array_bytes(table.capacity));
     MM_dealloc_item(table.values, array_bytes(table.capacity));
+}
+
+void free_record(HSH_table *table)
+{
+    MM_dealloc_item(table, sizeof(HSH_table));
 }
 
 /* Makes the table one of `capacity` empty slots. The arrays that it had are the caller's. */
@@ -101,7 +108,7 @@ void grow(HSH_table *table)
 }
 
 /* Takes out the entry of `slot` and halves the table. That does not go below the minimum size: a table of that size has
-   a low-water mark of 0. The arrays are made first, so that a memory service that throws finds the table as it was. */
+   a low-water mark of 0. The arrays are made first: a memory service that fails finds the table as it was. */
 void shrink_without(HSH_table *table, size_t slot)
 {
     const int32_t capacity = table->capacity / 2;
@@ -140,14 +147,15 @@ HSH_table *HSH_create(uint32_t initial_size, int32_t maximum_shift)
     HSH_table *table = static_cast<HSH_table *>(MM_alloc_item(sizeof(HSH_table)));
     table->minimum_size = capacity_for(initial_size);
     table->maximum_shift = maximum_shift;
-    use_arrays(table, create_arrays(table->minimum_size), table->minimum_size);
+    const arrays fresh = mova::or_undo([&] { return create_arrays(table->minimum_size); }, [&] { free_record(table); });
+    use_arrays(table, fresh, table->minimum_size);
     return table;
 }
 
 void HSH_release(HSH_table **table)
 {
     free_arrays(**table);
-    MM_dealloc_item(*table, sizeof(HSH_table));
+    free_record(*table);
     *table = nullptr;
 }
 

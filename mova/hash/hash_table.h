@@ -58,6 +58,9 @@
    Ownership: the table owns its record and its two arrays, and never looks at what keys and values point to. Errors:
    nothing is checked and nothing is raised. A null table is undefined. One thread at a time.
 
+   Failures: an exception or a jump out of the memory service passes through, and the table is unchanged. Nothing is lost
+   by an exception. A jump loses what the call had allocated.
+
    Cost: a search reads the keys from the home slot on; where keys spread well that is one or two cache lines. A removal
    looks once through the rest of the run, and once more for every 256 entries that move. A resize is linear. */
 #ifndef MOVA_HASH_HASH_TABLE_H
@@ -81,8 +84,15 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 typedef struct HSH_table {
-    int32_t minimum_size, capacity, count, low_water_mark, high_water_mark, mask, shift, maximum_shift;
-    mova_word *keys, *values;
+    int32_t minimum_size;     /* slots that it never shrinks below */
+    int32_t capacity;         /* slots */
+    int32_t count;            /* of them occupied */
+    int32_t low_water_mark;   /* a removal that leaves less halves the table */
+    int32_t high_water_mark;  /* a new key that finds as many doubles it */
+    int32_t mask;             /* takes the home slot from a shifted key */
+    int32_t shift;            /* low key bits that are dropped at this capacity */
+    int32_t maximum_shift;    /* and at every capacity, at most */
+    mova_word *keys, *values; /* slot by slot; a key of 0 is an empty slot */
 } HSH_table;
 
 typedef struct HSH_iterator {

@@ -1,14 +1,37 @@
 #include <mova/hash/pointer_lookup.h>
 
+#include <mova/frame/internal/undo.h>
+
+#include <algorithm>
+
 namespace {
 
+void empty_front(mova_lookup *lookup)
+{
+    lookup->front_key = lookup->front_value = 0;
+}
+
+/* Where the callback throws, the front is empty, and the values in the table that it had before are 0. (To take their
+   keys out of the table could ask for memory.) */
 void release_values(mova_lookup *lookup, mova_lu_release_fn release_value)
 {
     if (lookup->front_value)
         release_value(&lookup->front_value);
     HSH_iterator iterator = HSH_all_entries(lookup->table);
-    for (mova_word key, value; HSH_next(&iterator, &key, &value);)
-        release_value(&value);
+    mova::or_undo(
+        [&] {
+            for (mova_word key, value; HSH_next(&iterator, &key, &value);)
+                release_value(&value);
+        },
+        [&] {
+            empty_front(lookup);
+            std::fill_n(lookup->table->values, iterator.index - 1, 0);
+        });
+}
+
+void free_record(mova_lookup *lookup)
+{
+    MM_dealloc_item(lookup, sizeof(mova_lookup));
 }
 
 } // namespace
@@ -16,8 +39,8 @@ void release_values(mova_lookup *lookup, mova_lu_release_fn release_value)
 mova_lookup *mova_lu_create(void)
 {
     mova_lookup *lookup = static_cast<mova_lookup *>(MM_alloc_item(sizeof(mova_lookup)));
-    lookup->front_key = lookup->front_value = 0;
-    lookup->table = HSH_create(0, 0);
+    empty_front(lookup);
+    lookup->table = mova::or_undo([] { return HSH_create(0, 0); }, [&] { free_record(lookup); });
     return lookup;
 }
 
@@ -39,7 +62,7 @@ mova_word mova_lu_get(const mova_lookup *lookup, mova_word key)
 void mova_lu_remove(mova_lookup *lookup, mova_word key)
 {
     if (key == lookup->front_key)
-        lookup->front_key = lookup->front_value = 0;
+        empty_front(lookup);
     else
         HSH_remove_entry(lookup->table, key);
 }
@@ -51,6 +74,6 @@ void mova_lu_release(mova_lookup **lookup, mova_lu_release_fn release_value)
     if (release_value)
         release_values(*lookup, release_value);
     HSH_release(&(*lookup)->table);
-    MM_dealloc_item(*lookup, sizeof(mova_lookup));
+    free_record(*lookup);
     *lookup = nullptr;
 }

@@ -27,6 +27,10 @@
    of mova_lu_release. Errors: nothing is checked and nothing is raised. A null lookup is undefined, except on release.
    One thread at a time.
 
+   Failures: an exception or a jump, out of the memory service or the callback, passes through, and the lookup is
+   unchanged, where a function does not say otherwise. Nothing is lost by an exception. A jump out of the memory service
+   loses what the call had allocated.
+
    Cost: constant for the key in front, else that of the hash table. */
 #ifndef MOVA_HASH_POINTER_LOOKUP_H
 #define MOVA_HASH_POINTER_LOOKUP_H
@@ -62,7 +66,10 @@ void mova_lu_remove(mova_lookup *lookup, mova_word key);
 
 /* Calls `release_value`, unless it is null, for the value in front where that is not 0, with the address in the record,
    and then for each value in the table, in the order of the slots, with the address of a copy. Frees the lookup and
-   sets `*lookup` to null. Does nothing to a null lookup; `lookup` itself may be null. Linear. */
+   sets `*lookup` to null. Does nothing to a null lookup; `lookup` itself may be null. Linear.
+   After an exception out of `release_value` the lookup is usable, and what had been handed over before is out of it: the
+   front is empty, and such values in the table are 0, which a further release hands over as any other. After a jump
+   nothing is missing: what had been handed over is there too. */
 void mova_lu_release(mova_lookup **lookup, mova_lu_release_fn release_value);
 
 #pragma GCC visibility pop

@@ -6,7 +6,10 @@
 #include <mova/clut/internal/table_state.h>
 #include <mova/frame/internal/module_records.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <iterator>
 
 namespace mova::test {
 
@@ -33,14 +36,19 @@ inline void restart_colour_table()
 {
     static const clut_module_record first_record = modules.rgblut;
     static const clut::table_state first_state = clut::table;
-    static const int32_t first_debug = clut_debug, first_word = GE_WHITE;
+    static const int32_t first_debug = clut_debug;
+    static const auto first_words = [] {
+        std::array<int32_t, std::size(standard_colours)> words;
+        std::ranges::transform(standard_colours, words.begin(), [](const auto &standard) { return *standard.word; });
+        return words;
+    }();
     std::free(clut::table.states);
     std::free(clut::table.colours);
     modules.rgblut = first_record;
     clut::table = first_state;
     clut_debug = first_debug;
-    for (const standard_colour &standard : standard_colours)
-        *standard.word = first_word;
+    for (std::size_t i = 0; i < first_words.size(); ++i)
+        *standard_colours[i].word = first_words[i];
 }
 
 } // namespace mova::test
