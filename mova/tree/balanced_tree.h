@@ -5,7 +5,7 @@
    compare equal, and then keeps them in the order of their insertion, or refuses them. Besides the links of the tree,
    every node lies in a chain from the smallest item to the greatest.
 
-       tree                        the tree                        the chain
+       tree t                      the tree                        the chain
        +--------------+
        | root         |------->       D  -1                        first             last
        | first        |             /   \                            |                 |
@@ -39,7 +39,7 @@
 
        edit                                     rests on              then
        inserting N                              `current` before N    `cursor` is N: N is delivered next
-                                                anything else         stays; N is delivered if it lies behind `cursor`
+                                                anything else         stays; N is delivered if it comes after `cursor`
        removing N                               `current` is N        `current` is null
                                                 `cursor` is N         `cursor` is the successor of N
        removing N, which has two children;      `current` is P        `current` is N, which is released
@@ -146,7 +146,7 @@ void GT_total_make_empty(GT_tree *t, size_t item_size);
 
 /* ---- insertion and search -------------------------------------------------------------------------------- */
 
-/* Inserts `item`, behind all that compare equal to it, and returns its position. In a tree without duplicates that
+/* Inserts `item`, after all that compare equal to it, and returns its position. In a tree without duplicates that
    holds an item equal to it, changes nothing and returns that item's position: the caller looks at the node's `item`.
    Asks one comparison a level: O(log n).
    Raises line 1181 or 1236 where a `balance` that the insertion must change on its left or its right side is not one of

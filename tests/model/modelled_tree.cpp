@@ -1,6 +1,6 @@
 #include "modelled_tree.h"
 
-#include <tests/support/verify_balanced_tree.h>
+#include <mova/tree/internal/invariants.h>
 
 #include <cstring>
 #include <iterator>

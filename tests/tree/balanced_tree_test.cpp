@@ -7,10 +7,11 @@
 
 namespace {
 
-using mova::test::broken_invariant;
+using mova::broken_invariant;
 using mova::test::compare_keys;
 using mova::test::list_bytes;
 using mova::test::log;
+using mova::test::name_of;
 using mova::test::node_bytes;
 using mova::test::record;
 using mova::test::recorded_compare;
@@ -365,7 +366,7 @@ TEST_F(BalancedTree, ATreeThatWasMadeDeepIsGoneThroughToItsEnd)
             node->balance = 0;
     }
     EXPECT_EQ(GT_count_items(t), count);
-    EXPECT_EQ(mova::test::broken_tree_chain_invariant(*t), 0);
+    EXPECT_EQ(mova::broken_chain_invariant(*t), 0);
     tree_item *deepest = t->root;
     for (int32_t depth = 1; depth < count; ++depth)
         deepest = deepest->right;
@@ -378,6 +379,118 @@ TEST_F(BalancedTree, ATreeThatWasMadeDeepIsGoneThroughToItsEnd)
     EXPECT_EQ(GT_count_items(t), count);
     for (tree_item *node = t->root; node; node = node->right)
         EXPECT_EQ(node->balance, 0);
+}
+
+/* The same, with each edit that keeps its way down. */
+class DeepTree : public BalancedTree {
+protected:
+    static constexpr int32_t count = 150;
+
+    void insert_without_rotation(int32_t key)
+    {
+        insert(key);
+        set_balances(0);
+    }
+
+    void set_balances(int32_t balance)
+    {
+        for (tree_item *node = t->first; node; node = node->next)
+            node->balance = balance;
+    }
+
+    void expect_balances(int32_t balance) const
+    {
+        EXPECT_EQ(mova::broken_chain_invariant(*t), 0);
+        for (const tree_item *node = t->first; node; node = node->next)
+            EXPECT_EQ(node->balance, balance) << name_of(node->item);
+    }
+};
+
+TEST_F(DeepTree, ThePredecessorIsReachedAndTheWayBackRebalancedThroughIt)
+{
+    for (int32_t key : {count, count + 1})
+        insert_without_rotation(key);
+    for (int32_t key = 0; key < count; ++key)
+        insert_without_rotation(key);
+    set_balances(1);
+    tree_item *predecessor = at(count - 1);
+    t->root->balance = -1;
+    GT_remove_item(t, t->root);
+    EXPECT_EQ(t->root, predecessor);
+    EXPECT_EQ(t->root->left, t->first);
+    at(count + 1)->balance = 0;
+    expect_balances(0);
+}
+
+TEST_F(DeepTree, TheFirstNodeIsReached)
+{
+    for (int32_t key = count; key > 0; --key)
+        insert_without_rotation(key);
+    set_balances(-1);
+    GT_remove_first_item(t);
+    EXPECT_EQ(GT_count_items(t), count - 1);
+    expect_balances(0);
+}
+
+TEST_F(DeepTree, EveryEqualItemIsComparedOnceOnTheWay)
+{
+    allow_duplicates();
+    for (int32_t i = 0; i < count; ++i) {
+        insert(1, "e" + std::to_string(i));
+        set_balances(0);
+    }
+    set_balances(1);
+    t->last->balance = 0;
+    host.take_log();
+    log expected;
+    const std::string last = name_of(t->last->item);
+    for (int32_t i = 0; i < count - 1; ++i)
+        expected.push_back("compare " + last + " e" + std::to_string(i));
+    GT_remove_item(t, t->last);
+    EXPECT_EQ(taken("compare"), expected);
+    EXPECT_EQ(GT_count_items(t), count - 1);
+    expect_balances(0);
+}
+
+/* ---- the check of the invariants ---- */
+
+TEST_F(BalancedTree, TheCheckNamesTheInvariantThatIsBroken)
+{
+    insert_all({4, 2, 6, 1, 3});
+    tree_iter *iterator = GT_all_items(t), *other = GT_all_items(t);
+    void **first_registered = &t->iterators->first->item;
+    const auto number = [this] { return mova::broken_invariant(*t, compare_keys); };
+    const auto expect_broken = [&](int expected, auto &field, auto broken) {
+        const auto sound = std::exchange(field, broken);
+        EXPECT_EQ(number(), expected);
+        field = sound;
+        EXPECT_EQ(number(), 0);
+    };
+    expect_broken(1, t->first, at(2));
+    expect_broken(1, t->last, at(4));
+    expect_broken(1, at(2)->next, at(4));
+    expect_broken(1, at(4)->left, nullptr);
+    expect_broken(2, at(3)->prev, at(1));
+    expect_broken(2, t->first->prev, at(6));
+    expect_broken(2, t->last->next, at(1));
+    expect_broken(3, at(2)->balance, 1);
+    expect_broken(3, at(4)->balance, 2);
+    expect_broken(4, static_cast<record *>(at(3)->item)->key, 5);
+    expect_broken(4, static_cast<record *>(at(3)->item)->key, 2);
+    expect_broken(5, *first_registered, static_cast<void *>(other));
+    expect_broken(5, iterator->tree, nullptr);
+    expect_broken(5, t->iterators->count, 1);
+    static_cast<record *>(at(3)->item)->key = 5;
+    EXPECT_EQ(mova::broken_invariant(*t, nullptr), 0) << "the order is not looked at";
+    t->dupl_allowed = 1;
+    static_cast<record *>(at(3)->item)->key = 2;
+    EXPECT_EQ(number(), 0) << "equal items are in order where duplicates are allowed";
+    GT_end_iterator(iterator);
+    GT_end_iterator(other);
+    GT_make_empty(t);
+    EXPECT_EQ(number(), 0);
+    tree_item stray = {};
+    expect_broken(1, t->first, &stray);
 }
 
 /* ---- search ---- */

@@ -5,9 +5,9 @@
 
 #include <mova/frame/internal/module_records.h>
 #include <mova/tree/balanced_tree.h>
+#include <mova/tree/internal/invariants.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_balanced_tree.h>
 
 #include <deque>
 #include <string>
@@ -140,7 +140,7 @@ protected:
     /* The names along the chain. */
     std::string order() const
     {
-        EXPECT_EQ(broken_tree_chain_invariant(*t), 0);
+        EXPECT_EQ(mova::broken_chain_invariant(*t), 0);
         std::string names;
         for (const tree_item *node = t->first; node; node = node->next)
             names += (names.empty() ? "" : " ") + name_of(node->item);

@@ -98,6 +98,24 @@ void link_after(List &list, Node *position, Node *node, shape shape)
         link_between(position, node, position->next);
 }
 
+/* Links `node` into an open chain, between two neighbours either of which may be null. Looks at nothing but them. */
+template <class List, class Node>
+void link_by_neighbours(List &list, Node *before, Node *node, Node *after)
+{
+    node->prev = before;
+    node->next = after;
+    (before ? before->next : list.first) = node;
+    (after ? after->prev : list.last) = node;
+}
+
+/* Takes `node` out of an open chain. Which neighbours it has, its own links say: the list's ends are not looked at. */
+template <class List, class Node>
+void unlink_by_neighbours(List &list, const Node *node)
+{
+    (node->prev ? node->prev->next : list.first) = node->next;
+    (node->next ? node->next->prev : list.last) = node->prev;
+}
+
 /* Takes `node` out. Its own links stay as they are. Of an open list's only node `first` and `last` become null; of a
    ring's they go on naming the node, and the caller, who counts, clears them. */
 template <class List, class Node>

@@ -6,6 +6,7 @@
 #ifndef MOVA_TREE_INTERNAL_REBALANCING_H
 #define MOVA_TREE_INTERNAL_REBALANCING_H
 
+#include <mova/frame/internal/assert.h>
 #include <mova/tree/balanced_tree.h>
 #include <mova/tree/internal/records.h>
 
@@ -35,13 +36,14 @@ tree_item *&child(tree_item *node)
 
    The balances are the caller's. */
 template <side High>
-void rotate_single(tree_item **p)
+void rotate_single(tree_item **link)
 {
-    tree_item *a = *p;
-    tree_item *b = child<High>(a);
+    tree_item *const a = *link;
+    tree_item *const b = child<High>(a);
+    assert(b); /* invariant 3: what is too high is there */
     child<High>(a) = child<-High>(b);
     child<-High>(b) = a;
-    *p = b;
+    *link = b;
 }
 
 /* The left side is too high:                  The right side is too high:
@@ -56,11 +58,12 @@ void rotate_single(tree_item **p)
 
    Where `c` was higher towards `x`, `a` is now higher on its outer side; where towards `y`, `b` is on its. */
 template <side High>
-void rotate_double(tree_item **p)
+void rotate_double(tree_item **link)
 {
-    tree_item *a = *p;
-    tree_item *b = child<High>(a);
-    tree_item *c = child<-High>(b);
+    tree_item *const a = *link;
+    tree_item *const b = child<High>(a);
+    tree_item *const c = child<-High>(b);
+    assert(c); /* invariant 3: `b` is higher on this side */
     child<-High>(b) = child<High>(c);
     child<High>(c) = b;
     child<High>(a) = child<-High>(c);
@@ -68,36 +71,44 @@ void rotate_double(tree_item **p)
     a->balance = c->balance == High ? -High : 0;
     b->balance = c->balance == -High ? High : 0;
     c->balance = 0;
-    *p = c;
+    *link = c;
 }
 
-/* Rotates the subtree at `p`, which an insertion made too high on one side, back to the height that it had. */
+/* Rotates the subtree at `link`, which an insertion made too high on one side, back to the height that it had. */
 template <side High>
-void rotate_grown(tree_item **p)
+void rotate_grown(tree_item **link)
 {
-    tree_item *a = *p;
-    tree_item *b = child<High>(a);
+    tree_item *const a = *link;
+    tree_item *const b = child<High>(a);
     if (b->balance != High) {
         /* Where the host returned from a raise, `b` may have any balance, and no `c`. */
         if (child<-High>(b))
-            rotate_double<High>(p);
+            rotate_double<High>(link);
         return;
     }
-    rotate_single<High>(p);
+    rotate_single<High>(link);
     a->balance = b->balance = 0;
 }
 
-/* One side of the node at `p` has grown. Returns whether the whole subtree has. */
-template <side Grown>
-bool rebalance_grown(tree_item **p)
+/* One side of the node at `link` has grown. Returns whether the whole subtree has. The processor cannot
+   foresee which side it is: so nothing but a rotation depends on it. */
+inline bool rebalance_grown(tree_item **link, side grown)
 {
-    tree_item *a = *p;
-    switch (a->balance) {
-    case -Grown: a->balance = 0; return false;
-    case 0: a->balance = Grown; return true;
-    case Grown: rotate_grown<Grown>(p); return false;
-    default: raise_broken_precondition(Grown == left ? 1181 : 1236); return true;
+    tree_item *const a = *link;
+    if (a->balance == 0) {
+        a->balance = grown;
+        return true;
     }
+    if (a->balance == -grown) {
+        a->balance = 0;
+        return false;
+    }
+    if (a->balance == grown) {
+        grown == left ? rotate_grown<left>(link) : rotate_grown<right>(link);
+        return false;
+    }
+    raise_broken_precondition(grown == left ? 1181 : 1236);
+    return true;
 }
 
 /* Whether the node is higher on this side. */
@@ -107,35 +118,37 @@ bool leans(const tree_item *node)
     return Side == left ? node->balance < 0 : node->balance > 0;
 }
 
-/* Rotates the subtree at `p`, which a removal left too high on one side. Returns whether it is lower than before. */
+/* Rotates the subtree at `link`, which a removal left too high on one side. Returns whether it is lower than before. */
 template <side High>
-bool rotate_shrunk(tree_item **p)
+bool rotate_shrunk(tree_item **link)
 {
-    tree_item *a = *p;
-    tree_item *b = child<High>(a);
+    tree_item *const a = *link;
+    tree_item *const b = child<High>(a);
     if (leans<-High>(b)) {
-        rotate_double<High>(p);
+        rotate_double<High>(link);
         return true;
     }
-    rotate_single<High>(p);
+    rotate_single<High>(link);
     const bool was_even = b->balance == 0;
     a->balance = was_even ? High : 0;
     b->balance = was_even ? -High : 0;
     return !was_even;
 }
 
-/* One side of the node at `p` has shrunk. Returns whether the whole subtree has. A balance that is none of the three is
+/* One side of the node at `link` has shrunk. Returns whether the whole subtree has. A balance that is none of the three is
    left alone, and its subtree counts as shrunk. */
-template <side Shrunk>
-bool rebalance_shrunk(tree_item **p)
+inline bool rebalance_shrunk(tree_item **link, side shrunk)
 {
-    tree_item *a = *p;
-    switch (a->balance) {
-    case Shrunk: a->balance = 0; return true;
-    case 0: a->balance = -Shrunk; return false;
-    case -Shrunk: return rotate_shrunk<-Shrunk>(p);
-    default: return true;
+    tree_item *const a = *link;
+    if (a->balance == 0) {
+        a->balance = -shrunk;
+        return false;
     }
+    if (a->balance == shrunk)
+        a->balance = 0;
+    else if (a->balance == -shrunk)
+        return shrunk == left ? rotate_shrunk<right>(link) : rotate_shrunk<left>(link);
+    return true;
 }
 
 } // namespace mova::gt

@@ -1,6 +1,8 @@
-/* The tree's records: each kind is counted in the module's record. The contents of a new one are not set. */
+/* The tree's records: each kind is counted in the module's record while it lives. */
 #ifndef MOVA_TREE_INTERNAL_RECORDS_H
 #define MOVA_TREE_INTERNAL_RECORDS_H
+
+#include <type_traits>
 
 #include <mova/frame/host.h>
 #include <mova/frame/internal/module_records.h>
@@ -8,49 +10,32 @@
 
 namespace mova::gt {
 
+/* How many records of this kind are live. */
 template <class Record>
-Record *counted_alloc(int32_t &live)
+int32_t &live_count()
 {
-    Record *record = static_cast<Record *>(MM_alloc_item(sizeof(Record)));
-    ++live;
+    if constexpr (std::is_same_v<Record, tree>)
+        return modules.gentree.live_trees;
+    else if constexpr (std::is_same_v<Record, tree_item>)
+        return modules.gentree.live_nodes;
+    else
+        return modules.gentree.live_iterators;
+}
+
+/* Returns a new record. Its fields are not set. */
+template <class Record>
+Record *allocate_record()
+{
+    Record *const record = static_cast<Record *>(MM_alloc_item(sizeof(Record)));
+    ++live_count<Record>();
     return record;
 }
 
 template <class Record>
-void counted_free(Record *record, int32_t &live)
+void free_record(Record *record)
 {
     MM_dealloc_item(record, sizeof(Record));
-    --live;
-}
-
-inline tree *gt_alloc_tree()
-{
-    return counted_alloc<tree>(modules.gentree.live_trees);
-}
-
-inline void gt_free_tree(tree *t)
-{
-    counted_free(t, modules.gentree.live_trees);
-}
-
-inline tree_item *gt_alloc_tree_item()
-{
-    return counted_alloc<tree_item>(modules.gentree.live_nodes);
-}
-
-inline void gt_free_tree_item(tree_item *node)
-{
-    counted_free(node, modules.gentree.live_nodes);
-}
-
-inline tree_iter *gt_alloc_tree_iter()
-{
-    return counted_alloc<tree_iter>(modules.gentree.live_iterators);
-}
-
-inline void gt_free_tree_iter(tree_iter *iterator)
-{
-    counted_free(iterator, modules.gentree.live_iterators);
+    --live_count<Record>();
 }
 
 /* Every error of the family is a broken precondition. */

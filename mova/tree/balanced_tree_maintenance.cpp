@@ -10,10 +10,10 @@ namespace {
 
 /* Carries items up the chain from `start`, the first node, to `bound`; from there on all are in their place. Returns
    the last node that an item was carried into, or `start`. */
-tree_item *sort_pass(tree *t, GT_compare op_compare, tree_item *start, const tree_item *bound)
+tree_item *sort_pass(tree *t, GT_compare compare, tree_item *start, const tree_item *bound)
 {
     tree_item *last_swap = start;
-    tree_iter *iterator = GT_all_items(t);
+    tree_iter *const iterator = GT_all_items(t);
     tree_item *prev = start, *cur;
     GT_next_position(iterator, &prev);
     while (GT_next_position(iterator, &cur)) {
@@ -21,7 +21,7 @@ tree_item *sort_pass(tree *t, GT_compare op_compare, tree_item *start, const tre
             GT_end_iterator(iterator);
             break;
         }
-        if (op_compare(cur->item, prev->item) < 0) {
+        if (compare(cur->item, prev->item) < 0) {
             std::swap(prev->item, cur->item);
             last_swap = cur;
         }
@@ -35,24 +35,24 @@ int32_t height(const tree_item *node)
     return node ? 1 + std::max(height(node->left), height(node->right)) : 0;
 }
 
-void print_item(const tree_item *node, int32_t depth, GT_print_fn op_print)
+void print_item(const tree_item *node, int32_t depth, GT_print_fn print)
 {
     for (int32_t level = 0; level < depth; ++level)
         mova_dprintf("   ");
-    op_print(node->item);
+    print(node->item);
     const int32_t balance = height(node->right) - height(node->left);
     if (balance != node->balance)
         mova_dprintf(" %d %d ERROR IN BALANCE !!!!!!!!!!", node->balance, balance);
     mova_dprintf("\n");
 }
 
-void print_subtree(const tree_item *node, int32_t depth, GT_print_fn op_print)
+void print_subtree(const tree_item *node, int32_t depth, GT_print_fn print)
 {
     if (!node)
         return;
-    print_subtree(node->left, depth + 1, op_print);
-    print_item(node, depth, op_print);
-    print_subtree(node->right, depth + 1, op_print);
+    print_subtree(node->left, depth + 1, print);
+    print_item(node, depth, print);
+    print_subtree(node->right, depth + 1, print);
 }
 
 } // namespace
@@ -61,11 +61,11 @@ void GT_sort(tree *t)
 {
     if (GT_count_items(t) < 2)
         return;
-    const GT_compare op_compare = t->compare;
+    const GT_compare compare = t->compare;
     tree_item *const start = t->first;
     tree_item *bound = nullptr;
     do
-        bound = sort_pass(t, op_compare, start, bound);
+        bound = sort_pass(t, compare, start, bound);
     while (bound != start);
 }
 

@@ -1,5 +1,6 @@
 #include <mova/tree/balanced_tree.h>
 
+#include <mova/frame/internal/assert.h>
 #include <mova/tree/internal/iterators.h>
 #include <mova/tree/internal/prefetch.h>
 #include <mova/tree/internal/records.h>
@@ -8,12 +9,13 @@ using namespace mova::gt;
 
 namespace {
 
-enum mode : int32_t { every_item = 0, accepted_items = 1, while_accepted = 2 };
+/* The values of an iterator's `mode`. */
+enum delivery : int32_t { every_item = 0, accepted_items = 1, while_accepted = 2 };
 
 /* Returns a new iterator that is not yet in the tree's list, with its `condition` still unset. */
-tree_iter *make(tree *t, tree_item *cursor, mode mode)
+tree_iter *make(tree *t, tree_item *cursor, delivery mode)
 {
-    tree_iter *iterator = gt_alloc_tree_iter();
+    tree_iter *const iterator = allocate_record<tree_iter>();
     iterator->cursor = cursor;
     iterator->current = nullptr;
     iterator->tree = t;
@@ -27,9 +29,9 @@ tree_iter *enter(tree_iter *iterator)
     return iterator;
 }
 
-tree_iter *create(tree *t, tree_item *cursor, mode mode, GT_condition condition)
+tree_iter *create(tree *t, tree_item *cursor, delivery mode, GT_condition condition)
 {
-    tree_iter *iterator = make(t, cursor, mode);
+    tree_iter *const iterator = make(t, cursor, mode);
     iterator->condition = condition;
     return enter(iterator);
 }
@@ -45,7 +47,7 @@ void prefetch_ahead(const tree_item *next)
 /* Makes the next accepted node the current one and returns it, or returns null when there is none. */
 tree_item *advance(tree_iter *iterator)
 {
-    while (tree_item *node = iterator->cursor) {
+    while (tree_item *const node = iterator->cursor) {
         iterator->cursor = node->next;
         prefetch_ahead(node->next);
         if (iterator->mode == every_item || iterator->condition(node->item)) {
@@ -61,13 +63,14 @@ tree_item *advance(tree_iter *iterator)
 /* Takes the iterator out of its tree's list and frees it. Raises `line` when it is not there. */
 void end(tree_iter *iterator, int32_t line)
 {
-    GL_list *iterators = iterator->tree->iterators;
+    assert(iterator->tree); /* else it outlived the release of its tree */
+    GL_list *const iterators = iterator->tree->iterators;
     GL_node *registered;
     if (GL_find_item(iterators, iterator, &registered))
         GL_remove_item(iterators, registered);
     else
         raise_broken_precondition(line);
-    gt_free_tree_iter(iterator);
+    free_record(iterator);
 }
 
 /* Leads the iterator off `node`, which is still in the chain. */
@@ -170,7 +173,7 @@ tree_iter *GT_from_next_while_conditioned(tree_iter *iterator, GT_condition cond
 
 int GT_next_item(tree_iter *iterator, void **item)
 {
-    if (const tree_item *node = advance(iterator)) {
+    if (const tree_item *const node = advance(iterator)) {
         *item = node->item;
         return 1;
     }
@@ -180,7 +183,7 @@ int GT_next_item(tree_iter *iterator, void **item)
 
 int GT_next_position(tree_iter *iterator, tree_item **position)
 {
-    if (tree_item *node = advance(iterator)) {
+    if (tree_item *const node = advance(iterator)) {
         *position = node;
         return 1;
     }
@@ -190,6 +193,7 @@ int GT_next_position(tree_iter *iterator, tree_item **position)
 
 int GT_current_item(tree_iter *iterator, void **item)
 {
+    assert(iterator->current);
     *item = iterator->current->item;
     return *item != nullptr;
 }
