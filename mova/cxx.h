@@ -2,10 +2,14 @@
 #ifndef MOVA_CXX_H
 #define MOVA_CXX_H
 
+#include <mova/cxx/block_array.h>
 #include <mova/cxx/double_list.h>
+#include <mova/cxx/dynamic_array.h>
 #include <mova/cxx/element_list.h>
 #include <mova/cxx/element_stack.h>
+#include <mova/cxx/id_table.h>
 #include <mova/cxx/intrusive_list.h>
 #include <mova/cxx/pointer_list.h>
+#include <mova/cxx/sorted_numbers.h>
 
 #endif

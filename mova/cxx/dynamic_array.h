@@ -1,0 +1,123 @@
+/* Dynamic array, typed: mova/arrays/dynamic_array.h, whose elements are T.
+
+       mova::dynamic_array<point> points(64);        grows by 64, or a multiple
+       points.append({1, 2});
+       std::span<point> all = points;
+
+   Ranges, walks and what edits do to them: mova/cxx/array.h. What makes an array grow, and that growth zeroes what it adds
+   while shortening does not: the C header. An array that could not grow (line 111) has lost its elements, as there; it is
+   good for clear_storage(), assigning to and the end. */
+#ifndef MOVA_CXX_DYNAMIC_ARRAY_H
+#define MOVA_CXX_DYNAMIC_ARRAY_H
+
+#include <mova/arrays/dynamic_array.h>
+#include <mova/cxx/array.h>
+
+namespace mova {
+
+struct release_dynamic_array {
+    void operator()(DA_array *array) const noexcept { DA_release(array); }
+};
+
+template <class T>
+class dynamic_array : public owner<DA_array, release_dynamic_array>, public array_of<dynamic_array<T>, T> {
+    using base = owner<DA_array, release_dynamic_array>;
+
+public:
+    /* An increment of their own have the arrays that are made here without one. */
+    static constexpr std::int32_t default_increment = 16;
+
+    using base::base;
+    explicit dynamic_array(std::int32_t increment = default_increment) : base(DA_create(sizeof(T), increment)) {}
+    dynamic_array(std::initializer_list<T> elements) : dynamic_array() { append(std::span<const T>(elements)); }
+    template <range_of<dynamic_array, T> Range>
+    explicit dynamic_array(Range &&elements, std::int32_t increment = default_increment) : dynamic_array(increment)
+    {
+        for (auto &&each : elements)
+            append(static_cast<T>(each));
+    }
+
+    T *data() noexcept { return head_ ? static_cast<T *>(head_->data) : nullptr; }
+    const T *data() const noexcept { return head_ ? static_cast<const T *>(head_->data) : nullptr; }
+    std::size_t size() const noexcept { return head_ ? static_cast<std::size_t>(head_->nitems) : 0; }
+    std::size_t capacity() const noexcept { return head_ ? static_cast<std::size_t>(head_->nalloc) : 0; }
+
+    /* The compiler need not look at the owner twice. */
+    T &operator[](std::size_t i) noexcept { return static_cast<T *>(head_->data)[i]; }
+    const T &operator[](std::size_t i) const noexcept { return static_cast<const T *>(head_->data)[i]; }
+
+    /* ---- adding ---- */
+
+    void append(const T &element)
+    {
+        DA_array &array = *head_;
+        if (array.nitems < array.nalloc) [[likely]]
+            ::new (static_cast<T *>(array.data) + array.nitems++) T(element);
+        else
+            append_to_full(element);
+    }
+    /* The elements must not lie in an array that has to grow for them. */
+    void append(std::span<const T> elements) { DA_append(get(), elements.data(), narrow(elements.size())); }
+
+    /* In before element `i`; past the end, elements in between are not written. Linear in the elements from there on. */
+    void insert(std::size_t i, const T &element)
+    {
+        const T copied = element;
+        DA_insert(get(), narrow(i), &copied, 1);
+    }
+    void insert(std::size_t i, std::span<const T> elements)
+    {
+        DA_insert(get(), narrow(i), elements.data(), narrow(elements.size()));
+    }
+
+    /* Element `i`, up to which the array is made longer where it ends before that. */
+    T &grow_to(std::size_t i) { return *static_cast<T *>(DA_get_item(get(), narrow(i))); }
+
+    /* Makes room for more than `n` elements. */
+    void reserve(std::size_t n) { DA_extend(get(), narrow(n)); }
+
+    /* Makes the array longer or shorter: DA_setsize. */
+    void resize(std::size_t n) { DA_setsize(get(), narrow(n)); }
+
+    /* ---- removing ---- */
+
+    /* Linear in the elements beyond. */
+    void remove(std::size_t i) noexcept { cut(i, 1); }
+    void cut(std::size_t i, std::size_t n) noexcept { DA_delete(get(), narrow(i), narrow(n)); }
+
+    void truncate(std::size_t n) noexcept { DA_truncate(get(), narrow(n)); }
+
+    /* Keeps the storage. */
+    void clear() noexcept { DA_reset(get()); }
+    void clear_storage() noexcept { DA_clear(get()); }
+
+    /* ---- the rest ---- */
+
+    /* Linear. After an exception there is no copy. */
+    dynamic_array copy() const { return dynamic_array(DA_copy(get())); }
+
+    /* Takes the elements of another array, not its increment. Linear. After an exception the array is empty, or as one that
+       could not grow. */
+    void assign(const dynamic_array &other) { DA_copy_into(get(), other.get()); }
+
+    /* Linear. Element `n` becomes the first. */
+    void roll(std::int32_t n) { DA_roll(get(), n); }
+    void reverse() { DA_reverse(get()); }
+
+    /* The bytes with a zero behind them. */
+    const char *c_str() requires(sizeof(T) == 1) { return DA_string(get()); }
+
+private:
+    static std::int32_t narrow(std::size_t n) noexcept { return static_cast<std::int32_t>(n); }
+
+    /* The element may lie in the storage that is given up. */
+    [[gnu::noinline]] void append_to_full(const T &element)
+    {
+        const T copied = element;
+        DA_append(get(), &copied, 1);
+    }
+};
+
+} // namespace mova
+
+#endif
