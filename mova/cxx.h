@@ -7,9 +7,12 @@
 #include <mova/cxx/dynamic_array.h>
 #include <mova/cxx/element_list.h>
 #include <mova/cxx/element_stack.h>
+#include <mova/cxx/hash_table.h>
 #include <mova/cxx/id_table.h>
 #include <mova/cxx/intrusive_list.h>
+#include <mova/cxx/keyed_table.h>
 #include <mova/cxx/pointer_list.h>
+#include <mova/cxx/pointer_lookup.h>
 #include <mova/cxx/sorted_numbers.h>
 
 #endif

@@ -1,0 +1,61 @@
+/* Pointer lookup, typed: mova/hash/pointer_lookup.h, quickest for the key that was added last.
+
+       mova::pointer_lookup<window *, state *> states;                                  the values are the caller's
+       mova::pointer_lookup<window *, state *, std::default_delete<state>> own_states;  the lookup's, until its end
+
+   A key that is added again hides its older value until it is removed. A value that owns is deleted at the end only: not when
+   it is removed or displaced. */
+#ifndef MOVA_CXX_POINTER_LOOKUP_H
+#define MOVA_CXX_POINTER_LOOKUP_H
+
+#include <mova/cxx/owner.h>
+#include <mova/cxx/word.h>
+#include <mova/hash/pointer_lookup.h>
+
+namespace mova {
+
+template <class Value, class Delete>
+struct release_lookup {
+    static void delete_value(mova_word *value) { Delete()(from_word<Value>(*value)); }
+    void operator()(mova_lookup *lookup) const noexcept
+    {
+        if constexpr (owns_items<Delete>)
+            mova_lu_release(&lookup, delete_value);
+        else
+            mova_lu_release(&lookup, nullptr);
+    }
+};
+
+template <class Key, class Value, class Delete = borrowed>
+class pointer_lookup : public owner<mova_lookup, release_lookup<Value, Delete>> {
+    using base = owner<mova_lookup, release_lookup<Value, Delete>>;
+    static_assert(
+        word_sized<Key> && word_sized<Value>,
+        "mova::pointer_lookup: keys and values are pointers, integers or enumerations, no wider than a word: take "
+        "mova::keyed_table for any other");
+    static_assert(stateless<Delete>,
+                  "mova::pointer_lookup: a deleter must have no state: take a class whose operator() says "
+                  "how a value dies");
+
+public:
+    using base::base, base::get;
+    pointer_lookup() : base(mova_lu_create()) {}
+
+    /* Puts the pair in front. Returns the value of the pair that moved from there into the table. Unchanged after an
+       exception. */
+    Value add(Key key, Value value) { return from_word<Value>(mova_lu_add(get(), to_word(key), to_word(value))); }
+
+    /* The value of the key, or 0. */
+    Value find(Key key) const noexcept
+    {
+        return from_word<Value>(this->head_->front_key == to_word(key) ? this->head_->front_value
+                                                                       : mova_lu_get(get(), to_word(key)));
+    }
+
+    /* Removes the pair in front, or else the one in the table. */
+    void remove(Key key) { mova_lu_remove(get(), to_word(key)); }
+};
+
+} // namespace mova
+
+#endif
