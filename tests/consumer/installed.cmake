@@ -1,92 +1,11 @@
-# Installs a build, moves what was installed, and builds and runs against it a program in C and one in C++, each
-# through the CMake package and through pkg-config, with the shared and with the static libraries.
+# Installs a build, moves what was installed, and builds and runs programs against it.
 #
 # cmake -DBUILD=... -DSOURCE=... -DDIRECTORY=... -DGENERATOR=... -DPKG_CONFIG=... -DC_COMPILER=...
 #       -DCXX_COMPILER=... -DC_FLAGS=... -DCXX_FLAGS=... -DLIBDIR=... -P <this file>
-include(${CMAKE_CURRENT_LIST_DIR}/support.cmake)
-set(consumer ${CMAKE_CURRENT_LIST_DIR})
+include(${CMAKE_CURRENT_LIST_DIR}/use.cmake)
 set(prefix ${DIRECTORY}/moved)
-set(source_C ${consumer}/consumer.c)
-set(source_CXX ${consumer}/consumer.cpp)
 
-function(install_and_move)
-    file(REMOVE_RECURSE ${DIRECTORY})
-    run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${DIRECTORY}/installed)
-    file(RENAME ${DIRECTORY}/installed ${prefix})
-endfunction()
-
-# Every public header is installed, and nothing besides.
-function(check_headers)
-    file(GLOB_RECURSE public RELATIVE ${SOURCE} ${SOURCE}/mova/*.h)
-    list(FILTER public EXCLUDE REGEX "/internal/")
-    file(GLOB_RECURSE installed RELATIVE ${prefix}/include ${prefix}/include/*)
-    if(NOT public STREQUAL installed)
-        message(FATAL_ERROR "public headers: ${public}\ninstalled: ${installed}")
-    endif()
-endfunction()
-
-# No installed text names the place where it was installed first, nor the one where it was built.
-function(check_paths)
-    file(GLOB_RECURSE texts ${prefix}/*.cmake ${prefix}/*.pc)
-    foreach(text IN LISTS texts)
-        file(READ ${text} content)
-        foreach(path ${DIRECTORY} ${BUILD} ${SOURCE})
-            string(FIND "${content}" ${path} position)
-            if(NOT position EQUAL -1)
-                message(FATAL_ERROR "${text} names ${path}")
-            endif()
-        endforeach()
-    endforeach()
-endfunction()
-
-function(check_cmake_package language suffix)
-    set(build ${DIRECTORY}/cmake_${language}${suffix})
-    configure_project(${consumer}/package ${build} -DCMAKE_PREFIX_PATH=${prefix} -DCONSUMER_LANGUAGE=${language}
-        -DCONSUMER_SOURCE=${source_${language}} -DCONSUMER_SUFFIX=${suffix}
-        -DCMAKE_${language}_COMPILER=${${language}_COMPILER} -DCMAKE_${language}_FLAGS=${${language}_FLAGS})
-    build_project(${build})
-    run(${build}/consumer)
-endfunction()
-
-function(pkg_config_options result)
-    execute_process(COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${prefix}/${LIBDIR}/pkgconfig
-        ${PKG_CONFIG} ${ARGN} mova_container
-        OUTPUT_VARIABLE options OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-    separate_arguments(options UNIX_COMMAND "${options}")
-    set(${result} ${options} PARENT_SCOPE)
-endfunction()
-
-function(check_pkg_config language suffix)
-    set(program ${DIRECTORY}/pkg_config_${language}${suffix})
-    set(mode)
-    set(link -Wl,-rpath,${prefix}/${LIBDIR})
-    if(suffix)
-        set(mode --static)
-        set(link -static)
-    endif()
-    pkg_config_options(cflags --cflags)
-    pkg_config_options(libs ${mode} --libs)
-    separate_arguments(flags UNIX_COMMAND "${${language}_FLAGS}")
-    run(${${language}_COMPILER} ${flags} ${cflags} ${source_${language}} ${link} ${libs} -o ${program})
-    run(${program})
-endfunction()
-
-# A program that knows of the containers alone is linked with their library alone, which finds its default host.
-function(check_container_alone)
-    separate_arguments(flags UNIX_COMMAND "${C_FLAGS}")
-    set(program ${DIRECTORY}/container_alone)
-    run(${C_COMPILER} ${flags} -I${prefix}/include ${consumer}/container_alone.c -o ${program}
-        -L${prefix}/${LIBDIR} -Wl,-rpath,${prefix}/${LIBDIR} -lmova_container)
-    run(${program})
-endfunction()
-
-install_and_move()
-check_headers()
-check_paths()
-check_container_alone()
-foreach(language C CXX)
-    foreach(suffix "" _static)
-        check_cmake_package(${language} "${suffix}")
-        check_pkg_config(${language} "${suffix}")
-    endforeach()
-endforeach()
+file(REMOVE_RECURSE ${DIRECTORY})
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${DIRECTORY}/installed)
+file(RENAME ${DIRECTORY}/installed ${prefix})
+use_installed()

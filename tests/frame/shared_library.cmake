@@ -2,10 +2,11 @@
 # where its SONAME is another; or where it needs a library that is not in the list of those allowed.
 #
 # cmake -DLIBRARY=... -DSONAME=... -DHEADERS=... -DFROM_OTHERS=... -DMORE_NAMES=... -DNEEDED=... -DNM=...
-#       -DREADELF=... -P <this file>
+#       -DREADELF=... -DSYMBOLS=... -P <this file>
 #   HEADERS      the headers that declare the library's functions and variables
 #   FROM_OTHERS  names declared there that others supply
 #   MORE_NAMES   names exported beside those, as the linker spells them
+#   SYMBOLS      the Debian package's list of what the library exports
 #   NEEDED       regular expressions; each library needed must match one
 cmake_minimum_required(VERSION 3.21)
 
@@ -28,6 +29,11 @@ string(REGEX MATCHALL "[^\n ]+ [A-Za-z] [^\n]*" symbols "${symbols}")
 list(TRANSFORM symbols REPLACE " .*" "" OUTPUT_VARIABLE exported)
 report_surplus("exported, but not declared" "${exported}" "${expected}")
 report_surplus("declared, but not exported" "${expected}" "${exported}")
+
+file(STRINGS ${SYMBOLS} packaged REGEX "^ ")
+list(TRANSFORM packaged REPLACE "^ (.*)@.*" "\\1")
+report_surplus("in ${SYMBOLS}, but not exported" "${packaged}" "${exported}")
+report_surplus("exported, but not in ${SYMBOLS}" "${exported}" "${packaged}")
 
 output_of(dynamic_section ${READELF} -d ${LIBRARY})
 if(NOT dynamic_section MATCHES "SONAME[^\n]*\\[${SONAME}\\]")

@@ -1,0 +1,89 @@
+# Installs the Debian packages into a root of their own, builds and runs programs against them, installs the next version over
+# them, and purges them, which leaves nothing.
+#
+# cmake -DPACKAGES=... -DSOURCE=... -DDIRECTORY=... -P <this file>
+#   PACKAGES  the directory that the packages were built in
+include(${CMAKE_CURRENT_LIST_DIR}/use.cmake)
+
+file(REMOVE_RECURSE ${DIRECTORY})
+set(root ${DIRECTORY}/root)
+set(prefix ${root}/usr)
+set(BUILD ${PACKAGES})
+set(GENERATOR Ninja)
+set(PKG_CONFIG pkg-config)
+set(C_COMPILER cc)
+set(CXX_COMPILER c++)
+foreach(directory info updates triggers)
+    file(MAKE_DIRECTORY ${root}/var/lib/dpkg/${directory})
+endforeach()
+file(TOUCH ${root}/var/lib/dpkg/status ${root}/var/lib/dpkg/available)
+execute_process(COMMAND dpkg-architecture -qDEB_HOST_MULTIARCH OUTPUT_VARIABLE machine
+    OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+set(LIBDIR lib/${machine})
+# Their libraries lie where the loader of a whole system looks.
+set(ENV{LD_LIBRARY_PATH} ${prefix}/${LIBDIR})
+
+# The C library and its like are the system's own, which this root does not know of.
+function(dpkg)
+    run(fakeroot dpkg --root=${root} --log=/dev/null --force-depends --force-not-root --force-script-chrootless ${ARGN})
+endfunction()
+
+# packages_in(<result> <directory>): those that people install.
+function(packages_in result directory)
+    file(GLOB packages ${directory}/*.deb)
+    list(FILTER packages EXCLUDE REGEX "-dbgsym_")
+    list(LENGTH packages count)
+    if(NOT count EQUAL 4)
+        message(FATAL_ERROR "not four packages: ${packages}")
+    endif()
+    set(${result} ${packages} PARENT_SCOPE)
+endfunction()
+
+# Puts each package together again, under a version that is newer.
+function(make_next_version directory)
+    file(MAKE_DIRECTORY ${directory} ${DIRECTORY}/content)
+    foreach(package IN LISTS ARGN)
+        cmake_path(GET package FILENAME name)
+        set(content ${DIRECTORY}/content/${name})
+        run(dpkg-deb --raw-extract ${package} ${content})
+        run(sed -i -E "s/^(Version: .*)/\\1+next/\\; s/\\(= ([^)]*)\\)/(= \\1+next)/g" ${content}/DEBIAN/control)
+        run(dpkg-deb --root-owner-group -Znone --build ${content} ${directory}/${name})
+    endforeach()
+endfunction()
+
+# Of each library's debug symbols, and of what the hardening asks of the linker.
+function(check_libraries)
+    foreach(library container host)
+        file(GLOB symbols ${PACKAGES}/libmova-${library}1-dbgsym_*.deb)
+        if(NOT symbols)
+            message(SEND_ERROR "no debug symbols for libmova-${library}1")
+        endif()
+        execute_process(COMMAND readelf -W -d -l ${prefix}/${LIBDIR}/libmova_${library}.so OUTPUT_VARIABLE text
+            COMMAND_ERROR_IS_FATAL ANY)
+        if(NOT text MATCHES "GNU_RELRO" OR NOT text MATCHES "BIND_NOW")
+            message(SEND_ERROR "libmova_${library}.so is not hardened:\n${text}")
+        endif()
+    endforeach()
+endfunction()
+
+packages_in(packages ${PACKAGES})
+dpkg(--install ${packages})
+check_libraries()
+use_installed()
+
+make_next_version(${DIRECTORY}/next ${packages})
+packages_in(newer ${DIRECTORY}/next)
+dpkg(--install ${newer})
+execute_process(COMMAND dpkg-query --admindir=${root}/var/lib/dpkg -W -f "\${Version} \${db:Status-Status}\\n"
+    OUTPUT_VARIABLE versions COMMAND_ERROR_IS_FATAL ANY)
+if(NOT versions MATCHES "^([0-9.]+\\+next installed\n)+$")
+    message(FATAL_ERROR "after the upgrade:\n${versions}")
+endif()
+use_installed()
+
+dpkg(--purge libmova-dev libmova-container1 libmova-host1 mova-doc)
+file(GLOB_RECURSE left LIST_DIRECTORIES true RELATIVE ${root} ${root}/*)
+list(FILTER left EXCLUDE REGEX "^var(/lib(/dpkg.*)?)?$")
+if(left)
+    message(FATAL_ERROR "purged, and left behind: ${left}")
+endif()
