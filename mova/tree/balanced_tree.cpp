@@ -8,6 +8,7 @@
 
 #include <cstddef>
 
+#include <mova/frame/internal/undo.h>
 #include <mova/tree/internal/iterators.h>
 #include <mova/tree/internal/prefetch.h>
 #include <mova/tree/internal/records.h>
@@ -24,7 +25,7 @@ tree *create(GT_compare compare, int32_t dupl_allowed)
     t->root = t->first = t->last = nullptr;
     t->compare = compare;
     t->dupl_allowed = dupl_allowed;
-    t->iterators = GL_create();
+    t->iterators = mova::or_undo(GL_create, [t] { free_record(t); });
     return t;
 }
 

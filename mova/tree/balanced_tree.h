@@ -59,8 +59,12 @@
    freed, and stay counted.
 
    Errors are raised with the module name "gentree" and MOVA_PRECONDITION_BROKEN; nothing else is checked. A null tree
-   (where nothing is said about it), a position of another tree, an iterator that has ended and a failed allocation are
-   undefined. An exception out of a comparison leaves the tree as it was, other than in GT_sort.
+   (where nothing is said about it), a position of another tree, an iterator that has ended and a null answer of the
+   memory service are undefined.
+
+   Failures: an exception or a jump, out of a callback, the memory service, the debug output or a raise, passes through,
+   and the tree and its iterators are unchanged, where a function does not say otherwise. Nothing is lost by an exception.
+   A jump out of the second allocation that a tree or an iterator needs loses its record, which stays counted.
 
    Lines 1728, 1760 and 1799 guard the steps of a removal. Only the first can be raised, by GT_remove_first_item.
 
@@ -150,7 +154,8 @@ void GT_total_make_empty(GT_tree *t, size_t item_size);
    holds an item equal to it, changes nothing and returns that item's position: the caller looks at the node's `item`.
    Asks one comparison a level: O(log n).
    Raises line 1181 or 1236 where a `balance` that the insertion must change on its left or its right side is not one of
-   -1, 0, +1. The item is in the tree by then. Where the host returns, that balance is left alone and the ancestors are
+   -1, 0, +1. The item is in the tree by then, and stays in it where the raise throws or jumps: the tree is releasable,
+   and usable once its balances are right. Where the host returns, that balance is left alone and the ancestors are
    rebalanced as if the subtree had grown, up to a rotation whose nodes are not all there. */
 GT_tree_item *GT_insert_item(GT_tree *t, void *item);
 
@@ -186,7 +191,8 @@ void GT_find_and_remove_item(GT_tree *t, void *item);
 
 /* Removes the node `first`, without comparing. O(log n).
    Raises line 1427, and changes nothing, when the tree is empty. Raises line 1728 when `first`, which a program must
-   not write, names a node that has a left child; where the host returns, that child's subtree is lost. */
+   not write, names a node that has a left child; where the host returns, that child's subtree is lost, and the tree is
+   releasable. */
 void GT_remove_first_item(GT_tree *t);
 
 /* ---- iteration: each constructor allocates an iterator and puts it at the end of the tree's list --------------- */
@@ -210,9 +216,10 @@ GT_tree_iter *GT_from_next_while_conditioned(GT_tree_iter *iterator, GT_conditio
 
 /* Returns 1 and stores the next accepted item in `*item`. Or the iteration is over: takes the iterator out of the
    tree's list, frees it, and returns 0 with `*item` untouched. The item just delivered may be removed. Linear in the
-   number of rejected items; the last step in the number of live iterators.
+   number of rejected items; the last step in the number of live iterators. An item that the condition throws or jumps
+   for has been passed, with those rejected before it: the next step goes on after it.
    Raises line 896 when the iterator that ends is not in its tree's list. Where the host returns, it is freed all the
-   same. */
+   same; else it stays, with what it has not looked at still ahead of it. */
 int GT_next_item(GT_tree_iter *iterator, void **item);
 
 /* As GT_next_item, but stores the node. Raises line 937 instead of 896. */
@@ -230,8 +237,9 @@ void GT_end_iterator(GT_tree_iter *iterator);
 
 /* Puts the items in order again after their keys were changed in place, by a bubble sort along the chain: items move
    between nodes, and everything else stays. Items that compare equal keep their order. Uses an iterator of the tree's
-   in each pass. Linear for items in order, quadratic at worst. If the comparison throws, the items are all there, in
-   some order, and that iterator stays in the tree's list. */
+   in each pass. Linear for items in order, quadratic at worst. After an exception or a jump the tree is usable: the
+   items are all there, in some order, and may be sorted again. A jump out of the comparison leaves that iterator in the
+   tree's list, as the last one. */
 void GT_sort(GT_tree *t);
 
 /* Prints how many trees, nodes and iterators are live, of all trees together, a line each. */

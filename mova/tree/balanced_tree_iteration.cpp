@@ -1,6 +1,7 @@
 #include <mova/tree/balanced_tree.h>
 
 #include <mova/frame/internal/assert.h>
+#include <mova/frame/internal/undo.h>
 #include <mova/tree/internal/iterators.h>
 #include <mova/tree/internal/prefetch.h>
 #include <mova/tree/internal/records.h>
@@ -25,7 +26,8 @@ tree_iter *make(tree *t, tree_item *cursor, delivery mode)
 
 tree_iter *enter(tree_iter *iterator)
 {
-    GL_append_after_last(iterator->tree->iterators, iterator);
+    mova::or_undo([iterator] { GL_append_after_last(iterator->tree->iterators, iterator); },
+                  [iterator] { free_record(iterator); });
     return iterator;
 }
 

@@ -5,15 +5,15 @@
 
 #include <mova/frame/host.h>
 #include <mova/frame/internal/module_records.h>
+#include <mova/frame/internal/undo.h>
 
 namespace {
 
-/* Carries items up the chain from `start`, the first node, to `bound`; from there on all are in their place. Returns
-   the last node that an item was carried into, or `start`. */
-tree_item *sort_pass(tree *t, GT_compare compare, tree_item *start, const tree_item *bound)
+/* Carries items up the chain from `start`, the first node, to `bound`; from there on all are in their place. Ends the
+   iterator, which is fresh. Returns the last node that an item was carried into, or `start`. */
+tree_item *carry_up(tree_iter *iterator, GT_compare compare, tree_item *start, const tree_item *bound)
 {
     tree_item *last_swap = start;
-    tree_iter *const iterator = GT_all_items(t);
     tree_item *prev = start, *cur;
     GT_next_position(iterator, &prev);
     while (GT_next_position(iterator, &cur)) {
@@ -28,6 +28,14 @@ tree_item *sort_pass(tree *t, GT_compare compare, tree_item *start, const tree_i
         prev = cur;
     }
     return last_swap;
+}
+
+/* One pass of the sort. */
+tree_item *sort_pass(tree *t, GT_compare compare, tree_item *start, const tree_item *bound)
+{
+    tree_iter *const iterator = GT_all_items(t);
+    return mova::or_undo([=] { return carry_up(iterator, compare, start, bound); },
+                         [iterator] { GT_end_iterator(iterator); });
 }
 
 int32_t height(const tree_item *node)

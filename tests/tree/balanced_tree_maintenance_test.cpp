@@ -2,7 +2,6 @@
 #include "balanced_tree_test_case.h"
 
 #include <random>
-#include <stdexcept>
 
 namespace {
 
@@ -139,21 +138,6 @@ TEST_F(TreeMaintenance, AnOpenIteratorKeepsItsPlaceWhileItemsMove)
     EXPECT_EQ(name_of(item), "2");
     EXPECT_EQ(t->iterators->count, 1);
     GT_end_iterator(iterator);
-}
-
-int32_t throwing_compare(void *, void *)
-{
-    throw std::runtime_error("no order");
-}
-
-TEST_F(TreeMaintenance, AComparisonThatThrowsLeavesTheItemsAndTheIteratorOfTheSort)
-{
-    insert_all({2, 1, 3});
-    t->compare = throwing_compare;
-    EXPECT_THROW(GT_sort(t), std::runtime_error);
-    EXPECT_EQ(order(), "1 2 3");
-    ASSERT_EQ(t->iterators->count, 1);
-    GT_end_iterator(static_cast<tree_iter *>(t->iterators->first->item));
 }
 
 /* ---- check ---- */
