@@ -53,7 +53,7 @@ void append_and_release(benchmark::State &state, size_t count)
     element<Size> appended{};
     for (auto _ : state) {
         typename List::type list = List::create();
-        for (size_t i = 0; i < count; i++) {
+        for (size_t i = 0; i < count; ++i) {
             DoNotOptimize(appended);
             List::append(list, appended);
         }

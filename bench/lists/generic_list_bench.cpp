@@ -82,7 +82,7 @@ template <class List>
 typename List::type filled(size_t count)
 {
     typename List::type list = List::create();
-    for (size_t i = 0; i < count; i++)
+    for (size_t i = 0; i < count; ++i)
         List::append(list, items + i);
     return list;
 }

@@ -122,7 +122,7 @@ template <class List>
 std::vector<typename List::record> numbered_records()
 {
     std::vector<typename List::record> records(item_count);
-    for (size_t i = 0; i < item_count; i++)
+    for (size_t i = 0; i < item_count; ++i)
         records[i].number = i;
     return records;
 }

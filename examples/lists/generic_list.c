@@ -10,7 +10,7 @@ int main(void)
 {
     int numbers[] = {1, 2, 3, 4};
     GL_list *list = GL_create();
-    for (int i = 0; i < 4; i++)
+    for (int i = 0; i < 4; ++i)
         GL_append_after_last(list, &numbers[i]);
     GL_iterator iterator = GL_tested_items(list, is_even);
     GL_node *position;
