@@ -1,5 +1,8 @@
 #include <mova/lists/double_list.h>
 
+#include <mova/frame/internal/assert.h>
+#include <mova/frame/internal/undo.h>
+
 /* clang warns of what the standard library's own sort is made of. */
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
@@ -117,8 +120,15 @@ DBLL_list *DBLL_create(void)
 DBLL_list *DBLL_create_with_two(double first, double second)
 {
     DBLL_list *list = DBLL_create();
-    DBLL_add_double(list, first);
-    DBLL_add_double(list, second);
+    mova::or_undo(
+        [list, first, second] {
+            DBLL_add_double(list, first);
+            DBLL_add_double(list, second);
+        },
+        [list] {
+            DBLL_list *part = list;
+            DBLL_release(&part);
+        });
     return list;
 }
 
@@ -295,6 +305,7 @@ void DBLL_sort(DBLL_list *list)
         while (exchange_neighbours(list))
             continue;
     }
+    assert(is_in_order(list));
 }
 
 EL_node *DBLL_advance(const DBLL_list *list, EL_node *position, int32_t steps)

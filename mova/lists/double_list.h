@@ -2,7 +2,7 @@
 
    It is an element list (mova/lists/element_list.h) whose elements are doubles, handed over by value. Positions and
    iterators are the element list's, and so are the invariants, the ownership, what edits do to positions and
-   iterators, and the two errors, which pass through under the module name "egenlist".
+   iterators, the two errors, which pass through under the module name "egenlist", and what a failure leaves.
 
        DBLL_list: EL_list with element_size 8        node: | prev | next | double |
 
@@ -22,12 +22,12 @@ extern "C" {
 
 typedef EL_list DBLL_list;
 
-/* ---- creation, disposal, state --------------------------------------------------------------------------- */
+/* ---- creation, disposal, state ---- */
 
 /* Returns a new empty, open list. */
 DBLL_list *DBLL_create(void);
 
-/* Returns a new list of two values, in the order given. */
+/* Returns a new list of two values, in the order given. A jump loses the part that was made. */
 DBLL_list *DBLL_create_with_two(double first, double second);
 
 /* Frees all nodes and the head, and sets `*list` to null. Linear. */
@@ -52,7 +52,7 @@ void DBLL_reset_closed(DBLL_list *list);
 /* Returns 16 for each value: what the values and their links occupied on the 32-bit machine. It checks nothing. */
 int32_t DBLL_check(const DBLL_list *list);
 
-/* ---- insertion, removal, replacement ---------------------------------------------------------------------- */
+/* ---- insertion, removal, replacement ---- */
 
 /* Adds a value at the back. Returns its position, as the next four do. */
 EL_node *DBLL_add_double(DBLL_list *list, double value);
@@ -91,7 +91,7 @@ void DBLL_replace_double(EL_node *position, double value);
    Raises what EL_replace_items_inbetween raises. */
 void DBLL_replace_doubles_inbetween(DBLL_list *list, EL_node *from, EL_node *to, DBLL_list *source);
 
-/* ---- values ---------------------------------------------------------------------------------------------- */
+/* ---- values ---- */
 
 /* Return the first and the last value, 0.0 of an empty list. */
 double DBLL_begin_value(const DBLL_list *list);
@@ -112,19 +112,19 @@ int32_t DBLL_find_index_of_nearest(const DBLL_list *list, double value, double d
 /* Sorts the values in ascending order; the positions stay where they are and get other values. Equal values, the
    two zeroes among them, keep their order. A NaN keeps its place, and no value moves past it: the values between
    two NaNs are sorted among themselves. A ring is sorted from `first` to `last` and stays a ring. Linear for a list
-   that is in order, else n log n, with room for n doubles from the standard library. */
+   that is in order, else n log n, with room for n doubles from the standard library; n² where it has none. */
 void DBLL_sort(DBLL_list *list);
 
-/* ---- positions, copies, rings ----------------------------------------------------------------------------- */
+/* ---- positions, copies, rings ---- */
 
-/* As EL_advance, EL_reverse, EL_total_copy, EL_total_copy_inbetween and EL_roll. */
+/* As EL_advance, EL_reverse, EL_total_copy, EL_total_copy_inbetween and EL_roll, which tell what a failure leaves. */
 EL_node *DBLL_advance(const DBLL_list *list, EL_node *position, int32_t steps);
 void DBLL_reverse(DBLL_list *list);
 DBLL_list *DBLL_copy(DBLL_list *list);
 DBLL_list *DBLL_copy_inbetween(DBLL_list *list, EL_node *from, EL_node *to);
 void DBLL_roll(DBLL_list *list, EL_node *position);
 
-/* ---- iteration: none of these allocates ------------------------------------------------------------------- */
+/* ---- iteration: none of these allocates ---- */
 
 /* Return iterators over all values, or over those from `from` to `to`, both inclusive: along `next`, or along
    `prev`. */

@@ -4,12 +4,17 @@
 #include <cstring>
 
 #include <mova/frame/host.h>
+#include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/copy_element.h>
 #include <mova/frame/internal/module_records.h>
+#include <mova/frame/internal/undo.h>
 #include <mova/lists/internal/chain.h>
+#include <mova/lists/internal/invariants.h>
 
 namespace chain = mova::chain;
 using chain::shape;
+using mova::broken_invariant;
+using mova::intact;
 
 namespace {
 
@@ -53,28 +58,18 @@ void for_each_inbetween(const EL_list *list, EL_node *from, EL_node *to, Visit v
         visit(position);
 }
 
-/* Opens a list for as long as it is in scope. */
-class opened {
-public:
-    explicit opened(EL_list *list) : list_(list), was_closed_(list->closed != 0)
-    {
-        if (was_closed_)
-            EL_reset_closed(list_);
-    }
-    ~opened()
-    {
-        if (was_closed_)
-            EL_set_closed(list_);
-    }
-    bool was_closed() const { return was_closed_; }
-
-    opened(const opened &) = delete;
-    opened &operator=(const opened &) = delete;
-
-private:
-    EL_list *list_;
-    bool was_closed_;
-};
+/* Returns a new list that `fill` puts copies into. Where it fails by an exception they are freed with the list. */
+template <class Fill>
+EL_list *create_filled(uint32_t element_size, Fill fill)
+{
+    EL_list *list = EL_create(element_size);
+    mova::or_undo([&fill, list] { fill(list); },
+                  [list] {
+                      EL_list *part = list;
+                      EL_release(&part);
+                  });
+    return list;
+}
 
 } // namespace
 
@@ -233,22 +228,27 @@ void EL_replace_items_inbetween(EL_list *list, EL_node *from, EL_node *to, EL_li
 
 EL_list *EL_total_copy(EL_list *list)
 {
-    opened source(list);
-    EL_list *copy = EL_create(list->element_size);
-    chain::for_each(list->first, [copy](EL_node *node) {
-        chain::link_last(*copy, create_node(copy, EL_element(node)), shape::open);
+    EL_list *copy = create_filled(list->element_size, [list](EL_list *filled) {
+        chain::for_each_to(list->first, list->last, [filled](EL_node *node) {
+            chain::link_last(*filled, create_node(filled, EL_element(node)), shape::open);
+        });
     });
     copy->count = list->count;
-    if (source.was_closed())
+    if (list->closed) {
+        /* Rings that were joined have ends that are not linked: a copy closes them. */
+        EL_set_closed(list);
         EL_set_closed(copy);
+    }
+    assert(intact(broken_invariant(*copy)));
     return copy;
 }
 
 EL_list *EL_total_copy_inbetween(EL_list *list, EL_node *from, EL_node *to)
 {
-    EL_list *copy = EL_create(list->element_size);
-    for_each_inbetween(list, from, to, [copy](EL_node *position) { EL_append_after_last(copy, EL_element(position)); });
-    return copy;
+    return create_filled(list->element_size, [list, from, to](EL_list *filled) {
+        for_each_inbetween(list, from, to,
+                           [filled](EL_node *position) { EL_append_after_last(filled, EL_element(position)); });
+    });
 }
 
 void EL_append_list(EL_list *target, EL_list **source)
@@ -260,8 +260,13 @@ void EL_append_list(EL_list *target, EL_list **source)
 
 void EL_reverse(EL_list *list)
 {
-    opened opened_list(list);
+    const bool was_closed = list->closed != 0;
+    if (was_closed)
+        EL_reset_closed(list);
     chain::reverse<EL_node>(*list);
+    if (was_closed)
+        EL_set_closed(list);
+    assert(intact(broken_invariant(*list)));
 }
 
 void EL_roll(EL_list *list, EL_node *position)
@@ -283,8 +288,11 @@ EL_node *EL_make_open_at_position(EL_list *list, EL_node *position)
 
 EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position)
 {
-    EL_node *copy = EL_insert_before(list, position, EL_element(position));
-    EL_list *end_part = EL_create(list->element_size);
+    /* Both blocks are allocated before anything changes. */
+    EL_node *copy = create_node(list, EL_element(position));
+    EL_list *end_part = mova::or_undo([list] { return EL_create(list->element_size); },
+                                      [list, copy] { MM_dealloc_item(copy, node_bytes(list)); });
+    chain::link_before(*list, position, copy, shape_of(list));
     *end_part = *list;
     EL_reset_closed(list);
     EL_reset_closed(end_part);
@@ -294,5 +302,7 @@ EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position)
     position->prev = nullptr;
     list->count = EL_count_items_inbetween(list, list->first, list->last);
     end_part->count = EL_count_items_inbetween(end_part, end_part->first, end_part->last);
+    assert(intact(broken_invariant(*list)));
+    assert(intact(broken_invariant(*end_part)));
     return end_part;
 }

@@ -1,6 +1,6 @@
 /* Element list: a doubly linked list of copies of fixed-size elements, open or closed into a ring.
 
-   The list states the size of its elements once. Every insertion copies that many bytes into a new node, behind the
+   The list states the size of its elements once. Every insertion copies that many bytes into a new node, after the
    node's two links; reading copies them out again, or hands out a pointer into the node.
 
        empty              one, open           many, open                          many, ring
@@ -52,6 +52,10 @@
    Ownership: the list owns its head, its nodes and the elements in them. Nothing here calls back but an iterator's
    test. Errors: two functions raise, as they say; nothing else is checked. A null list, a position of another list,
    or a range whose `to` does not lie ahead (on a ring such a walk never ends) are undefined. One thread at a time.
+
+   Failures: an exception or a jump, out of the memory service, a raise or a test, passes through, and the list is
+   unchanged, where a function does not say otherwise. Nothing is lost by an exception. An iterator has passed the
+   element that its test threw or jumped for.
 
    Cost: constant, where nothing else is said. Heads and nodes come from MM_alloc_item, one block each. */
 #ifndef MOVA_LISTS_ELEMENT_LIST_H
@@ -110,7 +114,7 @@ static inline void *EL_element(EL_node *position)
     return mova_el_element(position);
 }
 
-/* ---- creation, disposal, state --------------------------------------------------------------------------- */
+/* ---- creation, disposal, state ---- */
 
 /* Returns a new empty, open list of elements of `element_size` bytes. Only the low 16 bits count: elements have 0
    to 65535 bytes, and 65536 makes elements of 0, for which every pointer to an element or buffer may be null. */
@@ -134,7 +138,7 @@ int32_t EL_count_items(const EL_list *list);
 /* Returns the number of nodes from `from` along `next` to `to`, both inclusive. Linear. */
 int32_t EL_count_items_inbetween(const EL_list *list, EL_node *from, EL_node *to);
 
-/* ---- insertion: each allocates one node, copies the element into it and returns its position ---------------- */
+/* ---- insertion: each allocates one node, copies the element into it and returns its position ---- */
 
 /* Adds an element at the back: in a ring, between the last and the first. */
 EL_node *EL_append_after_last(EL_list *list, const void *element);
@@ -153,7 +157,7 @@ EL_node *EL_insert_after(EL_list *list, EL_node *position, const void *element);
 EL_node *EL_insert_before_index(EL_list *list, int32_t index, const void *element);
 EL_node *EL_insert_after_index(EL_list *list, int32_t index, const void *element);
 
-/* ---- positions and indices ------------------------------------------------------------------------------- */
+/* ---- positions and indices ---- */
 
 /* Returns the node that lies `steps` links after `position`, or before it for a negative number; null where an open
    list ends before that. A ring is walked around. The list argument is not used. Linear in the steps. */
@@ -169,7 +173,7 @@ EL_node *EL_get_pos_at_index(const EL_list *list, int32_t index);
 /* Returns a pointer to the element with this index, or null where there is none. Linear in the index. */
 void *EL_get_item_at_index(const EL_list *list, int32_t index);
 
-/* ---- removal and replacement ----------------------------------------------------------------------------- */
+/* ---- removal and replacement ---- */
 
 /* Unlinks and frees the node. A ring stays closed, even when it becomes empty. */
 void EL_remove_item(EL_list *list, EL_node *position);
@@ -180,22 +184,24 @@ int EL_remove_at_index(EL_list *list, int32_t index);
 /* Removes the nodes from `from` along `next` to `to`, both inclusive. Linear in their number. */
 void EL_remove_items_inbetween(EL_list *list, EL_node *from, EL_node *to);
 
-/* Copies `size` bytes from `element` into the node. This function does not see the list: the caller knows how large
-   its elements are. */
+/* Copies `size` bytes from `element`, which may be the node's own, into the node. This function does not see the list:
+   the caller knows how large its elements are. */
 void EL_replace_item(EL_node *position, const void *element, uint32_t size);
 
 /* Replaces the elements from `from` along `next` to `to`, both inclusive, by those of `source` from its first,
    `size` bytes each. Linear.
-   Raises line 557, MOVA_PRECONDITION_BROKEN, when `source` has fewer elements than the range; those that it has are
-   replaced. */
+   Raises line 557, MOVA_PRECONDITION_BROKEN, when `source` has fewer elements than the range. The list is usable then:
+   as many elements as `source` has are replaced, and stay so, whether the raise returns or not. */
 void EL_replace_items_inbetween(EL_list *list, EL_node *from, EL_node *to, EL_list *source, uint32_t size);
 
-/* ---- copying, joining, reordering ------------------------------------------------------------------------ */
+/* ---- copying, joining, reordering ---- */
 
-/* Returns a new list of the same elements in the same order, closed if this one is. Linear. */
+/* Returns a new list of the same elements in the same order, closed if this one is. Linear. A jump loses the part that was
+   made. */
 EL_list *EL_total_copy(EL_list *list);
 
-/* Returns a new open list of copies of the elements from `from` along `next` to `to`, both inclusive. Linear. */
+/* Returns a new open list of copies of the elements from `from` along `next` to `to`, both inclusive. Linear. A jump
+   loses the part that was made. */
 EL_list *EL_total_copy_inbetween(EL_list *list, EL_node *from, EL_node *to);
 
 /* Moves all nodes of `*source` to the back of `target`, frees the source's head and sets `*source` to null.
@@ -205,10 +211,12 @@ void EL_append_list(EL_list *target, EL_list **source);
 /* Reverses the order. Positions keep their elements; a ring stays a ring. Linear. */
 void EL_reverse(EL_list *list);
 
-/* ---- rings ----------------------------------------------------------------------------------------------- */
+/* ---- rings ---- */
 
 /* Makes `position` the first of a ring. Changes nothing on an open list.
-   Raises line 989, MOVA_PRECONDITION_BROKEN, when `position` has no predecessor: the first of an open list. */
+   Raises line 989, MOVA_PRECONDITION_BROKEN, when `position` has no predecessor: the first of an open list, which is
+   unchanged where the raise returns. A ring then begins with that foreign node and has no last one, and is lost until
+   EL_roll makes a node of its own the first. */
 void EL_roll(EL_list *list, EL_node *position);
 
 /* Cuts a ring open at `position`, which becomes the first; a new last node gets a copy of its element. Returns
@@ -216,10 +224,11 @@ void EL_roll(EL_list *list, EL_node *position);
 EL_node *EL_make_open_at_position(EL_list *list, EL_node *position);
 
 /* Splits the list before `position`. The list keeps its first node up to a new last one, which gets a copy of the
-   element at `position`; the returned list has the nodes from `position` to the old last. Both are open. Linear. */
+   element at `position`; the returned list has the nodes from `position` to the old last. Both are open. Linear. A jump
+   loses the new node's block. */
 EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position);
 
-/* ---- iteration: none of these allocates ------------------------------------------------------------------- */
+/* ---- iteration: none of these allocates ---- */
 
 /* Returns an iterator that delivers, of the nodes from `from` to `to`, both inclusive, those whose element `test`
    accepts. A null test accepts all. Walks along `next` where `forward` is non-zero, else along `prev`; on a ring it

@@ -8,8 +8,11 @@
                      top                        top                  top
 
    The invariants, the ownership and the costs are the element list's, and a stack may be handed to the EL_ functions.
-   Nothing here raises; an empty stack is told by a result of 0. A null stack, and a buffer that is smaller than the
-   element size, are undefined. */
+   Nothing here raises: ES_pop and ES_inspect_top return 0 where the stack is empty. A null stack, and a buffer that is
+   smaller than the element size, are undefined.
+
+   Failures: an exception or a jump out of the memory service passes through. The stack is unchanged, and nothing is
+   lost. */
 #ifndef MOVA_LISTS_ELEMENT_STACK_H
 #define MOVA_LISTS_ELEMENT_STACK_H
 

@@ -2,13 +2,17 @@
 #include <mova/lists/generic_list.h>
 
 #include <mova/frame/host.h>
+#include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/undo.h>
 #include <mova/lists/internal/chain.h>
+#include <mova/lists/internal/invariants.h>
 
 #include <utility>
 
 namespace chain = mova::chain;
 using chain::shape;
+using mova::broken_invariant;
+using mova::intact;
 
 namespace {
 
@@ -38,19 +42,19 @@ void free_nodes(const GL_list *list)
     chain::for_each(list->first, free_node);
 }
 
-/* Where `free_item` throws, the list begins with the item that it was called for. */
+/* The list begins with the item that `free_item` is called for, since the nodes before it are freed: so it can be released
+   after a jump. After an exception its count and its links hold again too. */
 void free_items_and_nodes(GL_list *list, GL_free_fn free_item)
 {
-    GL_node *reached = nullptr;
     mova::or_undo(
-        [&] {
-            chain::for_each(list->first, [&](GL_node *node) {
-                reached = node;
+        [list, free_item] {
+            chain::for_each(list->first, [list, free_item](GL_node *node) {
+                list->first = node;
                 free_item(&node->item);
                 free_node(node);
             });
         },
-        [&] { list->count = chain::keep_from(*list, reached); });
+        [list] { list->count = chain::keep_from(*list, list->first); });
 }
 
 /* Returns a new list of what `item_of` makes of each node. */
@@ -59,8 +63,15 @@ GL_list *copy_with(const GL_list *list, ItemOf item_of)
 {
     GL_list *copy = GL_create();
     mova::or_undo(
-        [&] { chain::for_each(list->first, [&](GL_node *node) { GL_append_after_last(copy, item_of(node)); }); },
-        [&] { GL_release(&copy); });
+        [&] {
+            chain::for_each(list->first,
+                            [copy, &item_of](GL_node *node) { GL_append_after_last(copy, item_of(node)); });
+        },
+        [copy] {
+            GL_list *part = copy;
+            GL_release(&part);
+        });
+    assert(intact(broken_invariant(*copy)));
     return copy;
 }
 
@@ -199,6 +210,7 @@ void GL_remove_item(GL_list *list, GL_node *position)
     chain::unlink(*list, position, shape::always_open);
     free_node(position);
     --list->count;
+    assert((list->count == 0) == !list->first); /* invariant 2 */
 }
 
 void GL_swap_item(GL_node *position, void **item)

@@ -107,7 +107,7 @@ typedef struct GL_iterator {
     GL_test test;    /* null accepts every item */
 } GL_iterator;
 
-/* ---- creation and disposal ------------------------------------------------------------------------------- */
+/* ---- creation and disposal ---- */
 
 /* Returns a new empty list. */
 GL_list *GL_create(void);
@@ -119,7 +119,7 @@ void GL_release(GL_list **list);
 /* As GL_release, but calls `free_item` with the address of each node's item field before it frees that node.
    Requires a list: unlike GL_release, it does not test `*list` for null. That is deliberate.
    After an exception the list is usable: it begins with the item that `free_item` threw for, and those before are gone.
-   After a jump it is lost, and its nodes with it. */
+   After a jump it is releasable, and begins with the item that `free_item` jumped for. */
 void GL_total_release(GL_list **list, GL_free_fn free_item);
 
 /* Frees every node from first to last. The list is empty afterwards and stays usable. Linear. */
@@ -129,7 +129,7 @@ void GL_make_empty(GL_list *list);
    exception or a jump leaves is what GL_total_release leaves. */
 void GL_total_make_empty(GL_list *list, GL_free_fn free_item);
 
-/* ---- copying and measuring ------------------------------------------------------------------------------- */
+/* ---- copying and measuring ---- */
 
 /* Returns a new list of the same item pointers in the same order. Linear. A jump loses the part that was made. */
 GL_list *GL_copy(const GL_list *list);
@@ -145,7 +145,7 @@ int32_t GL_check(const GL_list *list, GL_size_fn item_size);
 /* Returns the number of items. */
 int32_t GL_count_items(const GL_list *list);
 
-/* ---- insertion: each allocates one node and returns its position ------------------------------------------ */
+/* ---- insertion: each allocates one node and returns its position ---- */
 
 /* Adds `item` at the back. */
 GL_node *GL_append_after_last(GL_list *list, void *item);
@@ -163,7 +163,7 @@ GL_node *GL_insert_after(GL_list *list, GL_node *position, void *item);
    Linear. */
 GL_node *GL_insert_unique(GL_list *list, void *item);
 
-/* ---- moving and joining ---------------------------------------------------------------------------------- */
+/* ---- moving and joining ---- */
 
 /* Makes `position` the first node. It allocates nothing, and all positions stay valid. */
 void GL_move_before_first(GL_list *list, GL_node *position);
@@ -172,7 +172,7 @@ void GL_move_before_first(GL_list *list, GL_node *position);
    copied, and all positions stay valid, in `target`. Requires two different lists. */
 void GL_append_list(GL_list *target, GL_list **source);
 
-/* ---- search, removal, replacement ------------------------------------------------------------------------ */
+/* ---- search, removal, replacement ---- */
 
 /* Finds the first node, from the front, whose item is the pointer `item`. Returns 1 and stores the node in
    `*position`, or returns 0 and stores null. Linear. */
@@ -184,7 +184,7 @@ void GL_remove_item(GL_list *list, GL_node *position);
 /* Exchanges the node's item and the pointer at `*item`. */
 void GL_swap_item(GL_node *position, void **item);
 
-/* ---- iteration: none of these allocates ------------------------------------------------------------------- */
+/* ---- iteration: none of these allocates ---- */
 
 /* Returns an iterator that delivers nothing. */
 GL_INLINE GL_iterator GL_empty_iter(void)

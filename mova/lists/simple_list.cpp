@@ -2,11 +2,16 @@
 #include <mova/lists/simple_list.h>
 
 #include <mova/frame/host.h>
+#include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/module_records.h>
+#include <mova/frame/internal/undo.h>
 #include <mova/lists/internal/chain.h>
+#include <mova/lists/internal/invariants.h>
 
 namespace chain = mova::chain;
 using chain::shape;
+using mova::broken_invariant;
+using mova::intact;
 
 namespace {
 
@@ -36,13 +41,20 @@ void free_head(SL_list **list)
     *list = nullptr;
 }
 
+/* Where `free_item` throws, the list begins with the item that it was called for. */
 void free_items(SL_list *list, SL_free_fn free_item)
 {
     SL_reset_closed(list);
-    chain::for_each(first_of(list), [free_item](links *node) {
-        void *item = node;
-        free_item(&item);
-    });
+    links *reached = nullptr;
+    mova::or_undo(
+        [list, free_item, &reached] {
+            chain::for_each(first_of(list), [free_item, &reached](links *node) {
+                reached = node;
+                void *item = node;
+                free_item(&item);
+            });
+        },
+        [list, &reached] { list->count = chain::keep_from(*list, reached); });
 }
 
 } // namespace
@@ -76,11 +88,19 @@ void SL_make_empty(SL_list *list, SL_free_fn free_item)
 SL_list *SL_total_copy(const SL_list *list, SL_copy_fn copy_item)
 {
     SL_list *copy = SL_create();
-    SL_iterator iterator = SL_all_items(list);
-    for (void *item; SL_next_item(&iterator, &item);)
-        SL_append_after_last(copy, copy_item(item));
+    mova::or_undo(
+        [list, copy, copy_item] {
+            SL_iterator iterator = SL_all_items(list);
+            for (void *item; SL_next_item(&iterator, &item);)
+                SL_append_after_last(copy, copy_item(item));
+        },
+        [copy] {
+            SL_list *part = copy;
+            free_head(&part);
+        });
     if (list->closed)
         SL_set_closed(copy);
+    assert(intact(broken_invariant(*copy)));
     return copy;
 }
 
@@ -195,12 +215,13 @@ int SL_remove_at_index(SL_list *list, int32_t index)
 
 void SL_reverse(SL_list *list)
 {
-    const bool closed = list->closed;
-    if (closed)
+    const bool was_closed = list->closed != 0;
+    if (was_closed)
         SL_reset_closed(list);
     chain::reverse<links>(*list);
-    if (closed)
+    if (was_closed)
         SL_set_closed(list);
+    assert(intact(broken_invariant(*list)));
 }
 
 void SL_append_list(SL_list *list, SL_list **other)

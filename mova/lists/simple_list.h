@@ -39,6 +39,10 @@
    SL_make_empty hand them to the caller's callback, which may free them. Errors: two functions raise, as they say;
    nothing else is checked. A null list and an item of another list are undefined. One thread at a time.
 
+   Failures: an exception or a jump, out of a callback, a raise or the memory service, passes through, and the list is
+   unchanged, where a function does not say otherwise. Nothing is lost by an exception. An iterator has passed the item
+   that its test threw or jumped for.
+
    Cost: constant, where nothing else is said. */
 #ifndef MOVA_LISTS_SIMPLE_LIST_H
 #define MOVA_LISTS_SIMPLE_LIST_H
@@ -91,7 +95,7 @@ typedef struct __attribute__((may_alias)) mova_sl_links {
     struct mova_sl_links *prev, *next;
 } mova_sl_links;
 
-/* ---- creation and disposal ------------------------------------------------------------------------------- */
+/* ---- creation and disposal ---- */
 
 /* Returns a new empty, open list. */
 SL_list *SL_create(void);
@@ -102,17 +106,22 @@ SL_list *SL_create(void);
 void SL_release(SL_list **list);
 
 /* Opens the list, calls `free_item` for every item from first to last, frees the head and sets `*list` to null.
-   Linear. */
+   Linear.
+   After an exception the list is usable: it is open and begins with the item that `free_item` threw for.
+   After a jump it is lost, since it still begins with items that may be gone; but a caller that sets the head's `first`,
+   `last` and `count` to zero has an empty, open list. */
 void SL_total_release(SL_list **list, SL_free_fn free_item);
 
 /* Opens the list and calls `free_item` for every item from first to last. The list is empty and open afterwards.
-   Requires a callback when the list has items. Linear. */
+   Requires a callback when the list has items. Linear. What an exception or a jump leaves is what SL_total_release
+   leaves. */
 void SL_make_empty(SL_list *list, SL_free_fn free_item);
 
-/* ---- copying, measuring, state --------------------------------------------------------------------------- */
+/* ---- copying, measuring, state ---- */
 
 /* Returns a new list of what `copy_item` returns for each item, first to last, closed if this one is. The copies
-   are items of their own: their links are overwritten. Linear. */
+   are items of their own: their links are overwritten. Linear.
+   A jump loses the new head. What `copy_item` had returned by the time of an exception or a jump stays the caller's. */
 SL_list *SL_total_copy(const SL_list *list, SL_copy_fn copy_item);
 
 /* Returns the number of bytes that the list and its items occupy: 16 for the head, on every platform, and what
@@ -128,7 +137,7 @@ void SL_reset_closed(SL_list *list);
 /* Returns the number of items. */
 int32_t SL_count_items(const SL_list *list);
 
-/* ---- positions and indices ------------------------------------------------------------------------------- */
+/* ---- positions and indices ---- */
 
 /* Returns the item that lies `n` links after `item`, or before it for a negative number; null where an open list
    ends before that. A ring is walked around. Linear in n. */
@@ -141,7 +150,7 @@ int32_t SL_get_index(const SL_list *list, const void *item);
    in the index. */
 void *SL_pos_at_index(const SL_list *list, int32_t index);
 
-/* ---- insertion ------------------------------------------------------------------------------------------- */
+/* ---- insertion ---- */
 
 /* Links `item` at the back: in a ring, between the last and the first. */
 void SL_append_after_last(SL_list *list, void *item);
@@ -164,7 +173,7 @@ int SL_insert_after_index(SL_list *list, int32_t index, void *item);
    link, so on a ring that does not hold the item it never ends. That is deliberate. Linear. */
 void SL_insert_unique(SL_list *list, void *item);
 
-/* ---- removal, reordering, joining ------------------------------------------------------------------------ */
+/* ---- removal, reordering, joining ---- */
 
 /* Unlinks `item` and sets its links to null. A ring stays closed, even when it becomes empty. */
 void SL_remove_item(SL_list *list, void *item);
@@ -181,10 +190,11 @@ void SL_append_list(SL_list *list, SL_list **other);
 
 /* Makes `item` the first of a ring. Does nothing on an open list.
    Raises line 743, MOVA_PRECONDITION_BROKEN, when the list is closed and the item has no predecessor: then it is
-   not on a ring. */
+   not on a ring. Where the raise returns, the list begins with that item and has no last one: it is lost until SL_roll
+   makes an item of the ring the first. */
 void SL_roll(SL_list *list, void *item);
 
-/* ---- iteration: none of these allocates ------------------------------------------------------------------- */
+/* ---- iteration: none of these allocates ---- */
 
 /* Returns an iterator that delivers nothing. */
 SL_INLINE SL_iterator SL_empty_iter(void)

@@ -402,6 +402,8 @@ TEST_F(ElementList, ReplaceCopiesAsManyBytesAsItIsTold)
     EL_replace_item(list->first, named('Y').data(), 2);
     EXPECT_EQ(std::memcmp(EL_element(list->first), "YYXXXXXXXXXX", 12), 0);
     EL_replace_item(list->first, named('X').data(), 2);
+    EL_replace_item(list->first, EL_element(list->first), sizeof(element));
+    EXPECT_EQ(text(), "XB");
 }
 
 TEST_F(ElementList, ReplacesARangeByTheElementsOfAnotherList)
@@ -474,6 +476,18 @@ TEST_F(ElementList, TotalCopyCopiesEveryState)
             EL_release(&copy);
         }
     }
+}
+
+/* Joining rings leaves ends that are not linked (AppendListLooksAtNoClosedFlag). */
+TEST_F(ElementList, TotalCopyLinksTheEndsOfJoinedRings)
+{
+    fill_ring("A");
+    EL_list *source = list_of("B");
+    EL_append_list(list, &source);
+    EL_list *copy = EL_total_copy(list);
+    EXPECT_EQ(text(), "AB ring");
+    EXPECT_EQ(text(copy), "AB ring");
+    EL_release(&copy);
 }
 
 TEST_F(ElementList, CopyOfARangeIsAnOpenList)

@@ -7,13 +7,16 @@
        null <- A <-> B <-> C -> null               +-> A <-> B <-> C <-+
                first        last                   +-------------------+
 
-   The functions allocate nothing and ask nothing of a node but its links. */
+   The functions allocate nothing and ask nothing of a node but its links. What they assert are the lists' invariants, by
+   the numbers that their headers give them. */
 #ifndef MOVA_LISTS_INTERNAL_CHAIN_H
 #define MOVA_LISTS_INTERNAL_CHAIN_H
 
 #include <cstddef>
 #include <cstdint>
 #include <utility>
+
+#include <mova/frame/internal/assert.h>
 
 namespace mova::chain {
 
@@ -32,41 +35,60 @@ Node *last_of(const List &list)
     return static_cast<Node *>(list.last);
 }
 
+/* Invariants 2 and 3: there are both ends or neither, and what lies beyond them is null or, in a ring, the other end. */
+template <class Node, class List>
+bool ends_hold(const List &list, shape as)
+{
+    const Node *first = first_of<Node>(list), *last = last_of<Node>(list);
+    if (!first || !last)
+        return !first && !last;
+    return first->prev == (as == shape::ring ? last : nullptr) && last->next == (as == shape::ring ? first : nullptr);
+}
+
+/* Invariant 4 at one node: its neighbours name it. */
+template <class Node>
+bool neighbours_hold(const Node *node)
+{
+    return (!node->prev || node->prev->next == node) && (!node->next || node->next->prev == node);
+}
+
 /* Makes `node` the only node of an empty list. */
 template <class List, class Node>
-void link_only(List &list, Node *node, shape shape)
+void link_only(List &list, Node *node, shape as)
 {
-    node->prev = node->next = shape == shape::ring ? node : nullptr;
+    node->prev = node->next = as == shape::ring ? node : nullptr;
     list.first = list.last = node;
 }
 
-/* Links `node` behind the last one. The old last node's `next` (null, or the first node) becomes the new one's. */
+/* Links `node` after the last one. The old last node's `next` (null, or the first node) becomes the new one's. */
 template <class List, class Node>
-void link_last(List &list, Node *node, shape shape)
+void link_last(List &list, Node *node, shape as)
 {
+    assert(ends_hold<Node>(list, as));
     Node *last = last_of<Node>(list);
     if (!last)
-        return link_only(list, node, shape);
+        return link_only(list, node, as);
     node->prev = last;
-    node->next = shape == shape::always_open ? nullptr : last->next;
+    node->next = as == shape::always_open ? nullptr : last->next;
     last->next = node;
     list.last = node;
-    if (shape == shape::ring)
+    if (as == shape::ring)
         first_of<Node>(list)->prev = node;
 }
 
-/* Links `node` ahead of the first one: the mirror image of link_last. */
+/* Links `node` before the first one: the mirror image of link_last. */
 template <class List, class Node>
-void link_first(List &list, Node *node, shape shape)
+void link_first(List &list, Node *node, shape as)
 {
+    assert(ends_hold<Node>(list, as));
     Node *first = first_of<Node>(list);
     if (!first)
-        return link_only(list, node, shape);
+        return link_only(list, node, as);
     node->next = first;
-    node->prev = shape == shape::always_open ? nullptr : first->prev;
+    node->prev = as == shape::always_open ? nullptr : first->prev;
     first->prev = node;
     list.first = node;
-    if (shape == shape::ring)
+    if (as == shape::ring)
         last_of<Node>(list)->next = node;
 }
 
@@ -74,6 +96,7 @@ void link_first(List &list, Node *node, shape shape)
 template <class Node>
 void link_between(Node *before, Node *node, Node *after)
 {
+    assert(before->next == after && after->prev == before); /* invariant 4 */
     node->prev = before;
     node->next = after;
     before->next = node;
@@ -81,19 +104,19 @@ void link_between(Node *before, Node *node, Node *after)
 }
 
 template <class List, class Node>
-void link_before(List &list, Node *position, Node *node, shape shape)
+void link_before(List &list, Node *position, Node *node, shape as)
 {
     if (position == list.first)
-        link_first(list, node, shape);
+        link_first(list, node, as);
     else
         link_between(position->prev, node, position);
 }
 
 template <class List, class Node>
-void link_after(List &list, Node *position, Node *node, shape shape)
+void link_after(List &list, Node *position, Node *node, shape as)
 {
     if (position == list.last)
-        link_last(list, node, shape);
+        link_last(list, node, as);
     else
         link_between(position, node, position->next);
 }
@@ -119,18 +142,20 @@ void unlink_by_neighbours(List &list, const Node *node)
 /* Takes `node` out. Its own links stay as they are. Of an open list's only node `first` and `last` become null; of a
    ring's they go on naming the node, and the caller, who counts, clears them. */
 template <class List, class Node>
-void unlink(List &list, Node *node, shape shape)
+void unlink(List &list, Node *node, shape as)
 {
+    assert(ends_hold<Node>(list, as));
+    assert(neighbours_hold(node));
     if (node == list.first) {
         list.first = node->next;
-        if (shape == shape::ring)
+        if (as == shape::ring)
             last_of<Node>(list)->next = node->next;
     } else {
         node->prev->next = node->next;
     }
     if (node == list.last) {
         list.last = node->prev;
-        if (shape == shape::ring)
+        if (as == shape::ring)
             first_of<Node>(list)->prev = node->prev;
     } else {
         node->next->prev = node->prev;
@@ -161,6 +186,7 @@ void open(List &list)
 template <class Node, class List>
 void reverse(List &list)
 {
+    assert(ends_hold<Node>(list, shape::open));
     for (Node *node = first_of<Node>(list); node; node = node->prev)
         std::swap(node->prev, node->next);
     std::swap(list.first, list.last);
@@ -207,7 +233,7 @@ Node *node_at(const List &list, int32_t index)
     return index == 0 ? node : nullptr;
 }
 
-/* Moves all nodes of the open chain `source` behind those of the open chain `target`; `source` still names them. */
+/* Moves all nodes of the open chain `source` after those of the open chain `target`; `source` still names them. */
 template <class Node, class List>
 void splice_last(List &target, const List &source)
 {
@@ -271,6 +297,18 @@ void for_each(Node *first, Visit visit)
     for (walker<Node> walk(first); Node *node = walk.node();) {
         walk.step();
         visit(node);
+    }
+}
+
+/* As for_each, but up to `last`, which may be the end of a ring. */
+template <class Node, class Visit>
+void for_each_to(Node *first, const Node *last, Visit visit)
+{
+    for (walker<Node> walk(first); Node *node = walk.node();) {
+        walk.step();
+        visit(node);
+        if (node == last)
+            return;
     }
 }
 
