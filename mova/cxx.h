@@ -2,6 +2,7 @@
 #ifndef MOVA_CXX_H
 #define MOVA_CXX_H
 
+#include <mova/cxx/balanced_tree.h>
 #include <mova/cxx/block_array.h>
 #include <mova/cxx/double_list.h>
 #include <mova/cxx/dynamic_array.h>

@@ -365,6 +365,8 @@ template <class Links, class Release>
 class open_chain : public chain_owner<Links, Release> {
     using base = chain_owner<Links, Release>;
     using constant = typename Links::constant;
+
+protected:
     using base::first, base::last;
 
 public:

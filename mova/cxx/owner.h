@@ -90,9 +90,13 @@ std::unique_ptr<T, host_delete> make_item(Arguments &&...arguments)
         void operator()(void *block) const noexcept { MM_dealloc_item(block, sizeof(T)); }
     };
     std::unique_ptr<void, give_back> block(MM_alloc_item(sizeof(T)));
-    T *item = ::new (block.get()) T(std::forward<Arguments>(arguments)...);
+    std::unique_ptr<T, host_delete> item;
+    if constexpr (std::is_constructible_v<T, Arguments...>)
+        item.reset(::new (block.get()) T(std::forward<Arguments>(arguments)...));
+    else
+        item.reset(::new (block.get()) T{std::forward<Arguments>(arguments)...});
     static_cast<void>(block.release());
-    return std::unique_ptr<T, host_delete>(item);
+    return item;
 }
 
 /* A type without state, whose call a C function pointer can stand for. */

@@ -1,0 +1,411 @@
+/* Balanced tree, typed: mova/tree/balanced_tree.h for items of type T, with the comparison compiled in.
+
+       struct by_area {
+           auto operator()(const country &a, const country &b) const { return a.area <=> b.area; }
+       };
+       mova::balanced_set<country, by_area> countries;         refuses equal items; they are the caller's
+       mova::balanced_multiset<country, by_area> all;          admits them, in the order of their insertion
+       mova::balanced_set<country, by_area, std::default_delete<country>> own;            deletes them
+
+   A comparison has no state and returns an ordering, a number, or whether one goes before the other, as std::less. It takes
+   what is placed or looked for first, then an item; where it takes other types first, those may be looked for. What is
+   unordered counts as equal.
+
+   The tree is a bidirectional range of its items, in order; it is not sized, for counting walks over all nodes. Positions are
+   iterators, and as large as a pointer: mova/cxx/chain.h. Reading needs no cursor. A cursor is the C iterator: it follows
+   every edit, and ends itself when it is over or goes out of scope.
+
+       for (auto at : countries.positions())
+           if (at->area == 0)
+               countries.remove(at);
+
+       edit, in the body of a loop        over the tree, or a range of it       over positions(): the C header's table
+       inserting N                        delivered if it lies ahead            delivered if it lies ahead
+       removing what was delivered        not allowed                           goes on with its successor
+       removing another                   allowed; its positions die            followed, but for a predecessor's trap
+       sort()                             positions stay, at other items        the same
+       clear()                            positions die                         the cursor is exhausted
+       the end of the tree                positions die                         the cursor is dead
+
+   Errors are those of the C functions that the comments name, as mova::error; the tree is unchanged then, and after an
+   exception out of a comparison. Ownership, costs, threads: the C header. */
+#ifndef MOVA_CXX_BALANCED_TREE_H
+#define MOVA_CXX_BALANCED_TREE_H
+
+#include <algorithm>
+#include <compare>
+#include <vector>
+
+#include <mova/cxx/chain.h>
+#include <mova/cxx/tree_steps.h>
+
+namespace mova {
+
+/* How a comparison without state orders `a` before `b`: a number below, equal to or above 0, or an ordering. */
+template <class Compare, class A, class B>
+auto order_of(const A &a, const B &b)
+{
+    using result = decltype(Compare()(a, b));
+    if constexpr (std::same_as<result, bool>)
+        return Compare()(a, b) ? -1 : Compare()(b, a) ? 1 : 0;
+    else
+        return Compare()(a, b);
+}
+
+template <class T>
+struct tree_links {
+    using head = GT_tree;
+    using node = GT_tree_item;
+    using value_type = std::remove_const_t<T>;
+    using reference = T &;
+    using constant = tree_links<const T>;
+
+    static node *first(const head &t) noexcept { return t.first; }
+    static node *last(const head &t) noexcept { return t.last; }
+    static node *next(const node *at) noexcept { return at->next; }
+    static node *prev(const node *at) noexcept { return at->prev; }
+    static T &item(const node *at) noexcept { return *static_cast<T *>(at->item); }
+};
+
+template <class T, class Delete>
+struct release_tree {
+    /* Whether the C functions can free the items. */
+    static constexpr bool by_size = std::same_as<Delete, host_delete> && std::is_trivially_destructible_v<T>;
+
+    static void delete_items(const GT_tree &t) noexcept
+    {
+        if constexpr (owns_items<Delete> && !by_size) {
+            for (const GT_tree_item *at = t.first; at; at = at->next)
+                Delete()(static_cast<T *>(at->item));
+        }
+    }
+    void operator()(GT_tree *t) const noexcept
+    {
+        delete_items(*t);
+        if constexpr (by_size)
+            GT_total_release(&t, sizeof(T));
+        else
+            GT_release(&t);
+    }
+};
+
+/* An iterator of the tree's, which ends with the object. */
+template <class T>
+class tree_cursor {
+public:
+    using position = chain_iterator<tree_links<T>>;
+
+    explicit tree_cursor(GT_tree_iter *adopted) noexcept : iterator_(adopted) {}
+
+    /* The next position, or one past the end; then the iterator is over, and every further step is the same. */
+    position next()
+    {
+        GT_tree_item *at = nullptr;
+        if (iterator_ && !GT_next_position(iterator_.get(), &at))
+            static_cast<void>(iterator_.release());
+        return position(at);
+    }
+
+    /* The position that was delivered last, or one past the end where it was removed, or none was delivered. */
+    position current() const noexcept { return position(iterator_ ? iterator_->current : nullptr); }
+
+    /* Other cursors: from the item that was delivered last, or from where this one would look next. Require one that is not
+       over. */
+    tree_cursor from_current() const { return tree_cursor(GT_from_current(iterator_.get())); }
+    tree_cursor from_next() const { return tree_cursor(GT_from_next(iterator_.get())); }
+
+    /* Whether it is not over. */
+    explicit operator bool() const noexcept { return iterator_ != nullptr; }
+    GT_tree_iter *get() noexcept { return iterator_.get(); }
+    [[nodiscard]] GT_tree_iter *release() noexcept { return iterator_.release(); }
+
+    /* A loop takes the first step where it begins: it goes on with a cursor that has been stepped. */
+    class iterator {
+    public:
+        using value_type = position;
+        using difference_type = std::ptrdiff_t;
+        using iterator_concept = std::input_iterator_tag;
+
+        iterator() = default;
+        explicit iterator(tree_cursor *cursor) : cursor_(cursor), at_(cursor->next()) {}
+        position operator*() const noexcept { return at_; }
+        iterator &operator++()
+        {
+            at_ = cursor_->next();
+            return *this;
+        }
+        void operator++(int) { ++*this; }
+        friend bool operator==(const iterator &step, std::default_sentinel_t) noexcept { return !*step.cursor_; }
+
+    private:
+        tree_cursor *cursor_ = nullptr;
+        position at_;
+    };
+    iterator begin() { return iterator(this); }
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+    struct end_it {
+        /* The record of an iterator that outlived its tree is nobody's. The library goes on counting it. */
+        void operator()(GT_tree_iter *ended) const noexcept
+        {
+            if (ended->tree)
+                GT_end_iterator(ended);
+            else
+                MM_dealloc_item(ended, sizeof *ended);
+        }
+    };
+    std::unique_ptr<GT_tree_iter, end_it> iterator_;
+};
+
+template <class T, class Compare, bool AdmitsEqual, class Delete>
+class basic_tree : public open_chain<tree_links<T>, release_tree<T, Delete>> {
+    using base = open_chain<tree_links<T>, release_tree<T, Delete>>;
+    static_assert(
+        stateless<Compare>,
+        "mova::balanced_set: a comparison must have no state, for the tree keeps it as a plain function: take a "
+        "class whose operator() reads what it needs from the items, or from static variables");
+    static_assert(stateless<Delete>,
+                  "mova::balanced_set: a deleter must have no state: take a class whose operator() says "
+                  "how an item dies, or keep the items yourself");
+
+public:
+    using base::base, base::get;
+    using typename base::iterator, typename base::const_iterator, typename base::position;
+
+    /* What goes in and comes out: an item, or a pointer that owns it, where the tree does. */
+    using item = std::conditional_t<owns_items<Delete>, std::unique_ptr<T, Delete>, T &>;
+
+    basic_tree() : base(AdmitsEqual ? GT_create_with_dupl_allowed(compare) : GT_create_with_dupl_not_allowed(compare))
+    {
+    }
+    /* Of a range of items, which stay where they are. */
+    template <class Range>
+    requires(!owns_items<Delete> && !std::same_as<std::remove_cvref_t<Range>, basic_tree> &&
+             std::ranges::range<Range> &&
+             std::convertible_to<std::ranges::range_reference_t<Range>, T &>) explicit basic_tree(Range &&items)
+        : basic_tree()
+    {
+        for (T &each : items)
+            insert(each);
+    }
+
+    /* The comparison as the tree keeps it. */
+    static std::int32_t compare(void *a, void *b)
+    {
+        const auto order = order_of<Compare>(*static_cast<const T *>(a), *static_cast<const T *>(b));
+        return order < 0 ? -1 : order > 0 ? 1 : 0;
+    }
+
+    auto positions() { return tree_cursor<T>(GT_all_items(get())); }
+    void positions_reversed() = delete;
+
+    /* ---- insertion ---- */
+
+    /* Where the item is now, or that of the equal item in its way, and whether it was inserted. An item that is owned is
+       taken only where it is inserted. */
+    std::pair<position, bool> insert(T &added) requires(!owns_items<Delete>) { return put(std::addressof(added)); }
+    std::pair<position, bool> insert(std::unique_ptr<T, Delete> &&added) requires owns_items<Delete>
+    {
+        const auto result = put(added.get());
+        if (result.second)
+            static_cast<void>(added.release());
+        return result;
+    }
+
+    /* ---- search: a position, or end() ---- */
+
+    /* The equal item nearest to the root: GT_search_item. */
+    template <class Key>
+    iterator search(const Key &key)
+    {
+        return iterator(found(key));
+    }
+    template <class Key>
+    const_iterator search(const Key &key) const
+    {
+        return const_iterator(found(key));
+    }
+    template <class Key>
+    bool contains(const Key &key) const
+    {
+        return found(key) != nullptr;
+    }
+
+    /* This very item: GT_find_item. */
+    position find_item(const T &sought)
+    {
+        return position(tree_steps::find(std::addressof(sought), this->head_->root, order_for(sought)));
+    }
+
+    /* The first item that does not go before the key, the first that goes after it, and what lies between. */
+    template <class Key>
+    iterator lower_bound(const Key &key)
+    {
+        return bound(tree_steps::first_not(*get(), [&](const auto *at) { return order_for(key)(at) > 0; }));
+    }
+    template <class Key>
+    iterator upper_bound(const Key &key)
+    {
+        return bound(tree_steps::first_not(*get(), [&](const auto *at) { return !(order_for(key)(at) < 0); }));
+    }
+    template <class Key>
+    const_iterator lower_bound(const Key &key) const
+    {
+        return const_cast<basic_tree *>(this)->lower_bound(key);
+    }
+    template <class Key>
+    const_iterator upper_bound(const Key &key) const
+    {
+        return const_cast<basic_tree *>(this)->upper_bound(key);
+    }
+    template <class Key>
+    iterator_range<iterator> equal_range(const Key &key)
+    {
+        return {lower_bound(key), upper_bound(key)};
+    }
+    template <class Key>
+    iterator_range<const_iterator> equal_range(const Key &key) const
+    {
+        return {lower_bound(key), upper_bound(key)};
+    }
+
+    /* Linear. */
+    std::size_t count_items() const noexcept { return static_cast<std::size_t>(GT_count_items(get())); }
+
+    /* ---- removal ---- */
+
+    /* Removes the node, and deletes an item that is owned. Raises line 481 when the comparisons do not lead to it. */
+    void remove(position at) { static_cast<void>(take(at)); }
+
+    /* Removes the node and hands its item out. */
+    item take(position at)
+    {
+        T &taken = *at;
+        return handed_out(taken, removed(at, taken), 481);
+    }
+
+    /* As take, of a node whose key was changed, by looking everywhere: GT_remove_item_global. Linear. Raises line 545. */
+    item take_anywhere(position at)
+    {
+        T &taken = *at;
+        const auto anywhere = [](const GT_tree_item *) { return 0; };
+        return handed_out(taken, removed(at, taken) || tree_steps::remove(*get(), at.get(), anywhere), 545);
+    }
+
+    /* Finds this very item and takes it out: GT_find_and_remove_item. Raises line 566 or 579. */
+    item take_item(T &sought)
+    {
+        const position at = find_item(sought);
+        return at.get() ? handed_out(sought, removed(at, sought), 579) : handed_out(sought, false, 566);
+    }
+
+    /* Removes the equal item nearest to the root. Returns whether there was one. */
+    template <class Key>
+    bool remove_equal(const Key &key)
+    {
+        const position at(found(key));
+        if (at.get())
+            remove(at);
+        return at.get() != nullptr;
+    }
+
+    /* Takes the first item out, without comparing. Requires one. */
+    item take_first()
+    {
+        T &taken = this->front();
+        GT_remove_first_item(get());
+        return handed_out(taken, true, 0);
+    }
+
+    /* Removes every item that `accepts` accepts and returns their number. After an exception those up to the item that it
+       was thrown for are done with. */
+    template <class Accepts>
+    std::size_t remove_if(Accepts accepts)
+    {
+        std::size_t removed = 0;
+        for (auto at : positions()) {
+            if (accepts(std::as_const(*at))) {
+                remove(at);
+                ++removed;
+            }
+        }
+        return removed;
+    }
+
+    void clear() noexcept
+    {
+        release_tree<T, Delete>::delete_items(*get());
+        if constexpr (release_tree<T, Delete>::by_size)
+            GT_total_make_empty(get(), sizeof(T));
+        else
+            GT_make_empty(get());
+    }
+
+    /* ---- maintenance ---- */
+
+    /* Puts the items in order again after their keys were changed: the nodes and all else stay, equal items keep their order,
+       as by GT_sort. O(n log n), with room for n pointers from the standard library. After an exception nothing has
+       changed. */
+    void sort()
+    {
+        std::vector<void *> items;
+        for (const GT_tree_item *at = this->first(); at; at = at->next)
+            items.push_back(at->item);
+        std::stable_sort(items.begin(), items.end(), [](void *a, void *b) { return compare(a, b) < 0; });
+        auto next = items.begin();
+        for (GT_tree_item *at = this->first(); at; at = at->next)
+            at->item = *next++;
+    }
+
+    /* GT_print_tree, with a printer without state. */
+    template <stateless Print>
+    void print(Print) const
+    {
+        GT_print_tree(this->head_.get(), [](void *printed) { Print()(*static_cast<const T *>(printed)); });
+    }
+
+    /* Whether the items, in order, are equal by their own ==. */
+    friend bool operator==(const basic_tree &a, const basic_tree &b) { return equal_items(a, b); }
+
+private:
+    template <class Key>
+    static auto order_for(const Key &key) noexcept
+    {
+        return [&key](const GT_tree_item *at) { return order_of<Compare>(key, *static_cast<const T *>(at->item)); };
+    }
+    template <class Key>
+    GT_tree_item *found(const Key &key) const
+    {
+        return tree_steps::search(*get(), order_for(key));
+    }
+    /* A node, or the end, from which it can be stepped back. */
+    iterator bound(GT_tree_item *at) noexcept { return at ? iterator(at) : this->end(); }
+
+    std::pair<position, bool> put(T *added)
+    {
+        const auto [at, done] =
+            tree_steps::insert(*get(), const_cast<std::remove_const_t<T> *>(added), order_for(std::as_const(*added)));
+        return {position(at), done};
+    }
+    bool removed(position at, const T &taken) { return tree_steps::remove(*get(), at.get(), order_for(taken)); }
+    /* Where the host returns from the raise, the tree still owns the item. */
+    static item handed_out(T &taken, bool is_out, std::int32_t line)
+    {
+        if (!is_out)
+            EX_raise_exception_line("gentree", line, MOVA_PRECONDITION_BROKEN);
+        if constexpr (owns_items<Delete>)
+            return item(is_out ? std::addressof(taken) : nullptr);
+        else
+            return taken;
+    }
+};
+
+template <class T, class Compare = std::compare_three_way, class Delete = borrowed>
+using balanced_set = basic_tree<T, Compare, false, Delete>;
+template <class T, class Compare = std::compare_three_way, class Delete = borrowed>
+using balanced_multiset = basic_tree<T, Compare, true, Delete>;
+
+} // namespace mova
+
+#endif
