@@ -21,6 +21,37 @@ namespace {
 
    Steps 1 and 2 change nothing, so that a comparison may throw. */
 
+/* Step 1, from `link` on; then calls `remove` with the way, which has room for one more step, and the link to the node.
+   `order_at` says on which side of another node to look: a negative number is left, a positive one right, zero left and
+   then right. Returns false where the node is not found. */
+template <class OrderAt, class Remove>
+bool go_to(const tree_item *sought, path way, tree_item **link, OrderAt order_at, Remove remove)
+{
+    while (link) {
+        tree_item *const node = *link;
+        if (!node) {
+            link = way.turn_right();
+            continue;
+        }
+        if (way.is_full())
+            return with_longer_path(way, [=](path longer) { return go_to(sought, longer, link, order_at, remove); });
+        if (node == sought) {
+            remove(way, link);
+            return true;
+        }
+        prefetch_children(node);
+        const int32_t order = order_at(node);
+        if (order > 0) {
+            way.push(link, turn::to_right);
+            link = &node->right;
+        } else {
+            way.push(link, order < 0 ? turn::to_left : turn::to_left_first);
+            link = &node->left;
+        }
+    }
+    return false;
+}
+
 /* Step 3, for a node with one child or none. */
 void replace_by_child(const tree *t, tree_item **link)
 {
@@ -106,40 +137,10 @@ void remove_first_node(tree *t, path way, tree_item **link)
 {
     tree_item *const node = *link;
     replace_by_child(t, link);
-    mova::chain::unlink(*t, node, mova::chain::shape::always_open);
+    t->first = node->next;
+    (node->next ? node->next->prev : t->last) = node->prev;
     free_record(node);
     rebalance_shrunk_path(way);
-}
-
-/* Step 1, from `link` on; then calls `remove` with the way, which has room for one more step, and the link to the node.
-   `order_at` says on which side of another node to look: a negative number is left, a positive one right, zero left and
-   then right. Returns false where the node is not found. */
-template <class OrderAt, class Remove>
-bool go_to(const tree_item *sought, path way, tree_item **link, OrderAt order_at, Remove remove)
-{
-    while (link) {
-        tree_item *const node = *link;
-        if (!node) {
-            link = way.turn_right();
-            continue;
-        }
-        if (way.is_full())
-            return with_longer_path(way, [=](path longer) { return go_to(sought, longer, link, order_at, remove); });
-        if (node == sought) {
-            remove(way, link);
-            return true;
-        }
-        prefetch_children(node);
-        const int32_t order = order_at(node);
-        if (order > 0) {
-            way.push(link, turn::to_right);
-            link = &node->right;
-        } else {
-            way.push(link, order < 0 ? turn::to_left : turn::to_left_first);
-            link = &node->left;
-        }
-    }
-    return false;
 }
 
 template <class OrderAt>

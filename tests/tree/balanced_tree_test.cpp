@@ -869,6 +869,27 @@ TEST_F(BalancedTree, RemoveFirstRaisesWhereFirstHasALeftChild)
     --mova::modules.gentree.live_nodes;
 }
 
+TEST_F(BalancedTree, RemovalFollowsTheNodesOwnLinksWhereTheEndsOfTheChainAreWrong)
+{
+    insert_all({4, 2, 6});
+    tree_item *wrong = at(4);
+    t->first = t->last = wrong;
+    GT_remove_item(t, wrong);
+    EXPECT_EQ(t->first, wrong);
+    EXPECT_EQ(t->last, wrong);
+    EXPECT_EQ(t->root->next, t->root->right);
+    EXPECT_EQ(t->root->right->prev, t->root);
+    GT_make_empty(t);
+    insert_all({1});
+    tree_item stray = {};
+    wrong = t->last;
+    wrong->next = &stray;
+    GT_remove_first_item(t);
+    EXPECT_EQ(t->first, &stray);
+    EXPECT_EQ(t->last, wrong);
+    EXPECT_EQ(t->root, nullptr);
+}
+
 TEST_F(BalancedTree, RemovalLeavesABalanceThatIsOutOfRangeAloneAndGoesOnUpwards)
 {
     for (int32_t balance : {5, -5}) {
