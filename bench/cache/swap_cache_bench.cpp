@@ -37,7 +37,7 @@ struct item {
 std::vector<item> numbered_items(uint32_t count, uint32_t size)
 {
     std::vector<item> items;
-    for (uint32_t number = 0; number < count; number++)
+    for (uint32_t number = 0; number < count; ++number)
         items.push_back({number, size});
     return items;
 }
@@ -78,7 +78,7 @@ public:
 
     const void *get(uint32_t number)
     {
-        auto found = places_.find(&items_[number]);
+        const auto found = places_.find(&items_[number]);
         if (found == places_.end())
             return fetch(items_[number]);
         bodies_.splice(bodies_.begin(), bodies_, found->second);

@@ -19,7 +19,7 @@ namespace {
 using benchmark::DoNotOptimize;
 using words = std::vector<mova_word>;
 
-/* ---- the contenders --------------------------------------------------------------------------------------- */
+/* ---- the contenders ---- */
 
 struct mova_table {
     using type = HSH_table *;
@@ -51,7 +51,7 @@ struct plain_search : mova_table {
 
     __attribute__((noinline)) static mova_word get(type table, mova_word key)
     {
-        int32_t slot = slot_of(table, key);
+        const int32_t slot = slot_of(table, key);
         return table->keys[slot] ? table->values[slot] : 0;
     }
 };
@@ -67,8 +67,8 @@ struct literal_removal : plain_search {
         while (table->keys[(end + 1) & table->mask])
             end = (end + 1) & table->mask;
         for (int32_t at = end; at != hole;) {
-            int32_t slot = put_again(table, at);
-            bool stays = slot == at;
+            const int32_t slot = put_again(table, at);
+            const bool stays = slot == at;
             hole = stays ? hole : at;
             at = stays ? (at - 1) & table->mask : end;
         }
@@ -76,8 +76,8 @@ struct literal_removal : plain_search {
 
     static int32_t put_again(type table, int32_t at)
     {
-        mova_word key = std::exchange(table->keys[at], 0);
-        int32_t slot = slot_of(table, key);
+        const mova_word key = std::exchange(table->keys[at], 0);
+        const int32_t slot = slot_of(table, key);
         table->keys[slot] = key;
         table->values[slot] = table->values[at];
         return slot;
@@ -114,7 +114,7 @@ struct map_of {
     static void set(type map, mova_word key) { (*map)[key] = key; }
     static mova_word get(type map, mova_word key)
     {
-        auto found = map->find(key);
+        const auto found = map->find(key);
         return found == map->end() ? 0 : found->second;
     }
     static void remove(type map, mova_word key) { map->erase(key); }
@@ -133,7 +133,7 @@ using standard_map = map_of<std::unordered_map<mova_word, mova_word>>;
 using flat_map = map_of<absl::flat_hash_map<mova_word, mova_word>>;
 using robin_map = map_of<tsl::robin_map<mova_word, mova_word>>;
 
-/* ---- the keys --------------------------------------------------------------------------------------------- */
+/* ---- the keys ---- */
 
 /* What is stored, in the order of storing; and what is asked for, in an order of its own. */
 struct key_set {
@@ -164,7 +164,7 @@ key_set halved(words numbers, mova_word times)
 {
     for (mova_word &number : numbers)
         number *= times;
-    auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
     key_set keys = {{numbers.begin(), middle}, {numbers.begin(), middle}, {middle, numbers.end()}};
     std::ranges::shuffle(keys.shuffled, std::mt19937_64(2));
     return keys;
@@ -196,7 +196,7 @@ key_set page_keys(size_t count)
     return halved(spread_numbers(count), 4096);
 }
 
-/* ---- the work --------------------------------------------------------------------------------------------- */
+/* ---- the work ---- */
 
 struct workload {
     key_set (*keys_of)(size_t count);
@@ -312,7 +312,7 @@ struct remove_few {
     }
 };
 
-/* ---- the rows --------------------------------------------------------------------------------------------- */
+/* ---- the rows ---- */
 
 struct targets {
     double glib, flat, robin;

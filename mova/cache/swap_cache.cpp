@@ -1,11 +1,14 @@
 #include <mova/cache/swap_cache.h>
 
+#include <mova/cache/internal/invariants.h>
+#include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/module_records.h>
 #include <mova/frame/internal/undo.h>
 #include <mova/lists/internal/chain.h>
 
 namespace chain = mova::chain;
 using chain::shape;
+using mova::intact;
 
 /* Weak, so that a program in a static link can define it too. Read through the global offset table in the shared library:
    the word that counts is the one that the program names. */
@@ -27,6 +30,7 @@ uint32_t low_word(const void *address)
 /* The handle says the same as the flag, and lies beside the links: the flag may be a cache line away. */
 bool is_in_memory(const cc_entry *entry)
 {
+    assert(intact(mova::broken_state_invariant(*entry, mova::is_handle)));
     return entry->handle != 0;
 }
 
@@ -35,12 +39,24 @@ void clear(cc_entry *entry, uint8_t flag)
     entry->status = static_cast<uint8_t>(entry->status & ~flag);
 }
 
+void link_first(cc_cache *cache, cc_entry *entry)
+{
+    chain::link_first(*cache, entry, shape::always_open);
+    assert(intact(mova::broken_link_invariant(*cache, *entry)));
+}
+
+void unlink(cc_cache *cache, cc_entry *entry)
+{
+    assert(intact(mova::broken_link_invariant(*cache, *entry)));
+    chain::unlink(*cache, entry, shape::always_open);
+}
+
 void make_first(cc_cache *cache, cc_entry *entry)
 {
     if (entry == cache->first)
         return;
-    chain::unlink(*cache, entry, shape::always_open);
-    chain::link_first(*cache, entry, shape::always_open);
+    unlink(cache, entry);
+    link_first(cache, entry);
 }
 
 void free_record(cc_entry *entry)
@@ -108,11 +124,11 @@ cc_entry *cc_insert(cc_cache *cache, void *item, mb_handle handle, cc_size_fn si
     const uint8_t status = handle ? in_memory | dirty : 0;
     cc_entry *entry = static_cast<cc_entry *>(MM_alloc_item(sizeof(cc_entry)));
     *entry = {nullptr, nullptr, item, handle, size_fn, swap_in_fn, write_back_fn, release_fn, status};
-    chain::link_first(*cache, entry, shape::always_open);
+    link_first(cache, entry);
     if (cc_debug)
         mova::or_undo([=] { mova_dprintf("cc_insert %8X => %8X\n", low_word(item), low_word(entry)); },
                       [=] {
-                          chain::unlink(*cache, entry, shape::always_open);
+                          unlink(cache, entry);
                           free_record(entry);
                       });
     return entry;
@@ -141,6 +157,7 @@ void cc_flush(cc_cache *cache)
     /* The successor is read after the write-back, which may have moved the entry. */
     for (cc_entry *entry = cache->first; entry; entry = entry->next)
         cc_swap_out(cache, entry);
+    assert(intact(mova::broken_invariant(*cache)));
 }
 
 mb_handle cc_alloc(cc_cache *cache, uint32_t size)
@@ -164,7 +181,7 @@ void cc_remove(cc_cache *cache, cc_entry **entry)
 {
     cc_entry *removed = *entry;
     *entry = nullptr;
-    chain::unlink(*cache, removed, shape::always_open);
+    unlink(cache, removed);
     if (is_in_memory(removed))
         mb_free(cache->pool, &removed->handle);
     free_record(removed);
@@ -178,6 +195,7 @@ void cc_make_empty(cc_cache *cache)
         entry->release_fn(entry->item);
         cc_remove(cache, &entry);
     }
+    assert(intact(mova::broken_invariant(*cache)));
 }
 
 uint32_t cc_check(const cc_cache *cache)

@@ -6,7 +6,9 @@
 #include <limits>
 #include <utility>
 
+#include <mova/clut/internal/invariants.h>
 #include <mova/clut/internal/table_state.h>
+#include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/module_records.h>
 #include <mova/frame/internal/undo.h>
 
@@ -121,16 +123,43 @@ void set_standard_colours()
         CLUT_set(*standard.index, standard.value.red, standard.value.green, standard.value.blue);
 }
 
-/* Moves the first free index up to one that is free, or past the end. */
+/* How indices are handed out and come back. The lowest free one is next. No free index lies below the first free index
+   (invariant 4), so a search begins there. A table of 44, of which the dirty index is 39 (D); the others are dynamic (d)
+   or free (.):
+
+                         39 40 41 42 43 | first free index
+                          D  d  d  d  . | 43
+       release of 41      D  d  .  d  . | 41    a lower one that comes back is the next
+       release of 40      D  .  .  d  . | 40
+       request gives 40   D  d  .  d  . | 41
+       request gives 41   D  d  d  d  . | 42    which is taken: the next search passes over it
+       request gives 43   D  d  d  d  d | 44
+       request gives 39   D  d  d  d  d | 45    full
+       release of 42      D  d  d  .  d | 42
+
+   A request:
+     1. The first one takes the index that is found for the dirty index; it then goes on like any other.
+     2. Search from the first free index for one that is free, and keep its place there.
+     3. Where there is one, that is the result, else the dirty index is.
+     4. Count the first free index up in both cases. So it climbs past the end of a full table with every request, which
+        is deliberate and does no harm: nothing is looked at there, and the next release brings it back.
+     5. The result is dynamic, as the dirty index is anyway.
+
+   A release:
+     6. The index is free.
+     7. Where it is lower than the first free index, that is it. */
+
+/* 2 */
 void find_free_index()
 {
     while (words.first_free_index < table.size && table.states[words.first_free_index] != free_index)
         ++words.first_free_index;
 }
 
-/* Ends the static phase. Returns false where there is no index to reserve. */
+/* 1: ends the static phase. Returns false where there is no index to reserve. */
 bool reserve_dirty_index()
 {
+    assert(table.dirty_index == 0); /* invariant 3 */
     words.static_phase = 0;
     find_free_index();
     if (words.first_free_index >= table.size) {
@@ -142,8 +171,7 @@ bool reserve_dirty_index()
     return true;
 }
 
-/* The next index to hand out. The search goes on behind it, and behind the end of a full table one further each time:
-   deliberate, and harmless, since it looks at nothing there. */
+/* 3 and 4 */
 int32_t take_index()
 {
     find_free_index();
@@ -182,6 +210,7 @@ void put_back(int32_t index, int32_t before)
 /* Changes a state, and tells of it under clut_debug. Where that fails, the state is the old one again. */
 void set_state(int32_t index, int32_t state, const char *format)
 {
+    assert(!is_outside(index) && is_state(state)); /* for invariants 1 and 2 */
     if (clut_debug)
         set_state_and_print(index, state, format);
     else
@@ -267,7 +296,7 @@ int32_t CLUT_new_index(void)
     const int32_t index = take_index();
     if (is_outside(index))
         return 0;
-    set_state(index, dynamic_index, "new index : %d\n");
+    set_state(index, dynamic_index, "new index : %d\n"); /* 5 */
     warn_when_full(index);
     return index;
 }
@@ -281,8 +310,8 @@ void CLUT_release_index(int32_t index)
     require(table.states[index] == dynamic_index, 241);
     if (index == table.dirty_index)
         return;
-    set_state(index, free_index, "free index : %d\n");
-    words.first_free_index = std::min(words.first_free_index, index);
+    set_state(index, free_index, "free index : %d\n");                /* 6 */
+    words.first_free_index = std::min(words.first_free_index, index); /* 7 */
 }
 
 void CLUT_set(int32_t index, int16_t red, int16_t green, int16_t blue)
@@ -336,8 +365,10 @@ void CLUT_copy(int32_t destination, int32_t source)
 void CLUT_statistics(void)
 {
     int32_t counts[3] = {};
-    for (int32_t index = 0; index < table.size; ++index)
-        ++counts[table.states[index + 1]];
+    for (int32_t index = 1; index <= table.size; ++index) {
+        assert(is_state(table.states[index])); /* invariants 1 and 2 */
+        ++counts[table.states[index]];
+    }
     mova_dprintf("Clut Size : %d\n", table.size);
     mova_dprintf("First Free index : %d\n", words.first_free_index);
     mova_dprintf("Dirty index : %d\n", table.dirty_index);

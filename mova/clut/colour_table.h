@@ -8,7 +8,7 @@
        index   0 … 19  |  20 … 38                  |   39      |   40      |   41   |   42      |  43 … 255
        state   hard    |  hard                     |   dynamic |   dynamic |   free |   dynamic |  free
        colour  black   |  GE_WHITE … GE_DRKCYAN    |   black, until CLUT_set gives another one
-                                                                                         spare word behind: 0 (free)
+                                                                                         spare word after it: 0 (free)
 
    The table has two phases. RGBLUT_init begins the static phase, in which CLUT_alloc, and CLUT_set on a free index,
    make indices hard: fixed for the life of the process. The first CLUT_new_index ends it for good. It reserves one
@@ -24,9 +24,10 @@
        CLUT_get                    -                            -             -          -
        CLUT_copy, either index     raises 303                   -             -          -
 
-   Invariants of a table that was made without a raise, until line 191 is raised or the host returns from a raise:
+   Invariants of a table that was made without a raise, until line 191 is raised, the host returns from a raise, or
+   RGBLUT_init or CLUT_release_index ends by a jump:
      1. Every state is free (0), hard (1) or dynamic (2).
-     2. The spare word behind the last state is free. No function changes it; CLUT_statistics counts it.
+     2. The spare word after the last state is free. No function changes it; CLUT_statistics counts it.
      3. In the static phase no index is dynamic and the dirty index reads 0; after it the dirty index is dynamic.
      4. No index below both the first free index and the size is free.
 
@@ -143,7 +144,7 @@ void CLUT_get(int32_t index, int16_t *red, int16_t *green, int16_t *blue);
 void CLUT_copy(int32_t destination, int32_t source);
 
 /* Writes to the debug output the size, the first free index, the dirty index, and how many indices are free, hard and
-   dynamic. The count leaves out index 0 and takes in the spare word behind the last index, which is free; that is
+   dynamic. The count leaves out index 0 and takes in the spare word after the last index, which is free; that is
    deliberate. Raises nothing. Linear. */
 void CLUT_statistics(void);
 

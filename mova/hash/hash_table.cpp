@@ -5,10 +5,14 @@
 #include <bit>
 #include <cstring>
 
+#include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/undo.h>
+#include <mova/hash/internal/invariants.h>
 #include <mova/hash/internal/probe.h>
 #include <mova/hash/internal/repair.h>
+#include <mova/hash/internal/slots.h>
 
+using mova::broken_invariant, mova::broken_record_invariant, mova::intact;
 using mova::hash::home_of, mova::hash::mask_of, mova::hash::probe;
 
 namespace {
@@ -66,8 +70,9 @@ void use_arrays(HSH_table *table, arrays fresh, int32_t capacity)
 /* The slot that holds `key`, or the empty slot where it belongs. Most keys stand in their home slot. */
 size_t probe_from_home(const HSH_table *table, mova_word key)
 {
+    assert(table->count < table->capacity); /* invariant 4: an empty slot ends every search */
     const mova_word *keys = table->keys;
-    size_t home = home_of(table, key);
+    const size_t home = home_of(table, key);
     if (!keys[home] || keys[home] == key)
         return home;
     return probe(keys, mask_of(table), home, key);
@@ -81,6 +86,7 @@ void prefetch_value(const HSH_table *table, mova_word key)
 /* Stores an entry whose key is not in the table, which has room for it. */
 void place(HSH_table *table, mova_word key, mova_word value)
 {
+    assert(table->count < table->high_water_mark);
     size_t slot = home_of(table, key);
     if (table->keys[slot])
         slot = probe(table->keys, mask_of(table), slot, 0);
@@ -99,6 +105,7 @@ void move_to(HSH_table *table, arrays fresh, int32_t capacity)
             place(table, old.keys[slot], old.values[slot]);
     }
     free_arrays(old);
+    assert(intact(broken_invariant(*table)));
 }
 
 void grow(HSH_table *table)
@@ -111,6 +118,7 @@ void grow(HSH_table *table)
    a low-water mark of 0. The arrays are made first: a memory service that fails finds the table as it was. */
 void shrink_without(HSH_table *table, size_t slot)
 {
+    assert(table->capacity > table->minimum_size); /* invariant 3 */
     const int32_t capacity = table->capacity / 2;
     const arrays fresh = create_arrays(capacity);
     table->keys[slot] = 0;
@@ -149,6 +157,7 @@ HSH_table *HSH_create(uint32_t initial_size, int32_t maximum_shift)
     table->maximum_shift = maximum_shift;
     const arrays fresh = mova::or_undo([&] { return create_arrays(table->minimum_size); }, [&] { free_record(table); });
     use_arrays(table, fresh, table->minimum_size);
+    assert(intact(broken_invariant(*table)));
     return table;
 }
 
@@ -166,13 +175,14 @@ mova_word HSH_set_value(HSH_table *table, mova_word key, mova_word value)
     prefetch_value(table, key);
     const size_t slot = slot_for(table, key); /* which may give the table other arrays */
     table->values[slot] = value;
+    assert(intact(broken_record_invariant(*table)));
     return value;
 }
 
 mova_word HSH_get_value(const HSH_table *table, mova_word key)
 {
     prefetch_value(table, key);
-    size_t slot = probe_from_home(table, key);
+    const size_t slot = probe_from_home(table, key);
     return table->keys[slot] ? table->values[slot] : 0;
 }
 
@@ -183,12 +193,13 @@ int HSH_contains_key(const HSH_table *table, mova_word key)
 
 int HSH_remove_entry(HSH_table *table, mova_word key)
 {
-    size_t slot = probe_from_home(table, key);
+    const size_t slot = probe_from_home(table, key);
     if (!table->keys[slot])
         return -1;
     if (table->count > table->low_water_mark)
         take_out(table, slot);
     else
         shrink_without(table, slot);
+    assert(intact(broken_record_invariant(*table)));
     return 0;
 }

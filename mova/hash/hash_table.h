@@ -3,7 +3,7 @@
    A key is any word but 0, a pointer or an integer; keys are compared as words and nothing is called back. Keys and
    values lie in two parallel arrays, so that a search reads only keys. 0 marks an empty slot. A key's home slot is
    `(key >> shift) & mask`, taken from the low 32 bits of the key. A key stands in its home slot, or, where that was
-   taken, in the next slot that was free; behind the last slot comes slot 0.
+   taken, in the next slot that was free; after the last slot comes slot 0.
 
        HSH_table                slot     0    1    2    3    4    5    6    7
        +-----------------+    +-------------------------------------------------+
@@ -17,8 +17,8 @@
        | keys, values    |    +-------------------------------------------------+
        +-----------------+
 
-   A removal leaves no mark behind. The run that follows the hole is looked through from its end: the last entry whose
-   home is not behind the hole moves into it and leaves a new hole, until no entry may move. Above, 30 fills the hole of
+   A removal leaves no mark. The run that follows the hole is looked through from its end: the last entry whose home does
+   not come after the hole moves into it and leaves a new hole, until no entry may move. Above, 30 fills the hole of
    14 (22, which is nearer, stays), and 1 fills that of 30.
 
    Invariants:
@@ -136,7 +136,7 @@ HSH_INLINE int HSH_next(HSH_iterator *iterator, mova_word *key, mova_word *value
 {
     const HSH_table *table = iterator->table;
     while (iterator->index < table->capacity) {
-        int32_t slot = iterator->index++;
+        const int32_t slot = iterator->index++;
         if (table->keys[slot]) {
             *key = table->keys[slot];
             *value = table->values[slot];

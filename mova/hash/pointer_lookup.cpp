@@ -1,6 +1,8 @@
 #include <mova/hash/pointer_lookup.h>
 
+#include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/undo.h>
+#include <mova/hash/internal/invariants.h>
 
 #include <algorithm>
 
@@ -41,6 +43,7 @@ mova_lookup *mova_lu_create(void)
     mova_lookup *lookup = static_cast<mova_lookup *>(MM_alloc_item(sizeof(mova_lookup)));
     empty_front(lookup);
     lookup->table = mova::or_undo([] { return HSH_create(0, 0); }, [&] { free_record(lookup); });
+    assert(mova::intact(mova::broken_invariant(*lookup)));
     return lookup;
 }
 

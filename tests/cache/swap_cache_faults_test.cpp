@@ -2,7 +2,7 @@
 
 #include <tests/support/fault_sweep.h>
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_swap_cache.h>
+#include <mova/cache/internal/invariants.h>
 
 #include <algorithm>
 #include <memory>
@@ -95,7 +95,7 @@ struct caches {
 
     int broken_invariant() const
     {
-        return mova::test::broken_invariant(*cache, [](mb_handle handle) { return pool().name_of(handle)[0] == 'b'; });
+        return mova::broken_invariant(*cache, [](mb_handle handle) { return pool().name_of(handle)[0] == 'b'; });
     }
 
     /* Uses every entry. A body that is not whole is given up first. */

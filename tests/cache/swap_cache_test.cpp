@@ -1,7 +1,7 @@
 #include <mova/cache/swap_cache.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_swap_cache.h>
+#include <mova/cache/internal/invariants.h>
 
 #include <algorithm>
 #include <array>
@@ -119,9 +119,9 @@ protected:
     /* "A! B. C", with the invariants verified. */
     std::string text()
     {
-        EXPECT_EQ(mova::test::broken_invariant(
-                      *cache, [this](mb_handle handle) { return host.pool().name_of(handle)[0] == 'b'; }),
-                  0);
+        EXPECT_EQ(
+            mova::broken_invariant(*cache, [this](mb_handle handle) { return host.pool().name_of(handle)[0] == 'b'; }),
+            0);
         std::string states;
         for (const cc_entry *each = cache->first; each; each = each->next) {
             states += states.empty() ? "" : " ";
@@ -566,6 +566,32 @@ TEST_F(SwapCache, MakeEmptyOfAnEmptyCacheDoesNothing)
     EXPECT_EQ(host.take_log(), log{});
 }
 
+/* ---- the check of the invariants ---- */
+
+TEST_F(SwapCache, TheCheckNamesTheInvariantThatIsBroken)
+{
+    const struct {
+        void (*break_it)(cc_cache &cache);
+        int broken;
+    } cases[] = {
+        {[](cc_cache &c) { c.last->prev = nullptr; }, 1},  {[](cc_cache &c) { c.last = c.first; }, 1},
+        {[](cc_cache &c) { c.first = c.first->next; }, 1}, {[](cc_cache &c) { c.last->next = c.first; }, 1},
+        {[](cc_cache &c) { c.last = nullptr; }, 2},        {[](cc_cache &c) { c.first = nullptr; }, 2},
+        {[](cc_cache &c) { c.first->status |= 1; }, 3},    {[](cc_cache &c) { c.last->status = 0x40; }, 3},
+        {[](cc_cache &c) { c.first->status = 0; }, 4},     {[](cc_cache &c) { c.last->status = 0x80; }, 4},
+    };
+    for (const auto &each : cases) {
+        fill("A! B C");
+        const cc_cache head = *cache;
+        const cc_entry first = *cache->first, last = *cache->last;
+        each.break_it(*cache);
+        EXPECT_EQ(mova::broken_invariant(*cache), each.broken) << &each - cases;
+        *cache = head;
+        *cache->first = first;
+        *cache->last = last;
+    }
+}
+
 /* ---- reports ---- */
 
 TEST_F(SwapCache, CheckCountsTheRecordsAndNotTheBlocks)
@@ -606,7 +632,7 @@ TEST_F(SwapCache, InsertIsTraced)
                                     "dprintf cc_insert " + hexadecimal(&at('A')) + " => " + hexadecimal(made) + "\n"}));
 }
 
-TEST_F(SwapCache, OnlyAGetThatFetchesIsTracedAndThatBehindTheSwapIn)
+TEST_F(SwapCache, OnlyAGetThatFetchesIsTracedAndThatAfterTheSwapIn)
 {
     fill("A");
     cc_debug = -1;

@@ -3,7 +3,7 @@
 #include <tests/support/colour_table_start.h>
 #include <tests/support/fault_sweep.h>
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_colour_table.h>
+#include <mova/clut/internal/invariants.h>
 
 #include <algorithm>
 #include <initializer_list>
@@ -55,7 +55,7 @@ struct no_table {
         return text;
     }
 
-    int broken_invariant() const { return modules.rgblut.initialised ? broken_colour_table_invariant() : 0; }
+    int broken_invariant() const { return modules.rgblut.initialised ? mova::clut::broken_invariant() : 0; }
 
     void go_on() { RGBLUT_init(60, nullptr, 0); }
 
@@ -70,7 +70,7 @@ struct static_table : no_table {
         CLUT_set(40, 1, 2, 3);
     }
 
-    int broken_invariant() const { return broken_colour_table_invariant(); }
+    int broken_invariant() const { return mova::clut::broken_invariant(); }
 
     /* Takes every index, and gives the last dynamic one back. */
     void go_on()
@@ -201,7 +201,7 @@ TEST_F(ColourTableFaults, AfterAJumpOutOfTheCallbackTheProgramCanMakeTheFixedInd
         if (table.states[index] == 0)
             CLUT_alloc(index);
     }
-    EXPECT_EQ(broken_colour_table_invariant(), 0);
+    EXPECT_EQ(mova::clut::broken_invariant(), 0);
 }
 
 TEST_F(ColourTableFaults, AJumpOutOfTheAnnouncementLeavesATableWithoutIndices)
@@ -278,7 +278,7 @@ TEST_F(ColourTableFaults, AnIndexThatCouldNotBeSetIsFoundByTheNextRequest)
         },
         0);
     EXPECT_THROW(CLUT_set(39, 1, 2, 3), fault);
-    EXPECT_EQ(broken_colour_table_invariant(), 0);
+    EXPECT_EQ(mova::clut::broken_invariant(), 0);
     EXPECT_EQ(CLUT_new_index(), 39);
 }
 

@@ -2,7 +2,7 @@
 
 #include <tests/support/colour_table_start.h>
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_colour_table.h>
+#include <mova/clut/internal/invariants.h>
 
 #include <array>
 #include <cstdlib>
@@ -78,7 +78,7 @@ protected:
     {
         EXPECT_EQ(host.take_log(), log{});
         if (intact) {
-            EXPECT_EQ(mova::test::broken_colour_table_invariant(), 0);
+            EXPECT_EQ(mova::clut::broken_invariant(), 0);
         }
         recording_host_test_case::TearDown();
     }
@@ -165,7 +165,7 @@ protected:
     bool intact = false;
 };
 
-/* ---- before the table is made ----------------------------------------------------------------------------- */
+/* ---- before the table is made ---- */
 
 TEST_F(ColourTable, WordsAreZeroBeforeTheTableIsMade)
 {
@@ -225,7 +225,7 @@ TEST_F(ColourTable, ARequestBeforeTheTableIsMadeEndsTheStaticPhaseWhereTheHostRe
     EXPECT_EQ(statistics(), (std::array<int, 6>{256, 40, 0, 217, 39, 0}));
 }
 
-/* ---- RGBLUT_init ------------------------------------------------------------------------------------------ */
+/* ---- RGBLUT_init ---- */
 
 TEST_F(ColourTable, NoEntriesAndNoCallbackMake256)
 {
@@ -235,7 +235,7 @@ TEST_F(ColourTable, NoEntriesAndNoCallbackMake256)
     EXPECT_EQ(colour_of(256), white);
 }
 
-TEST_F(ColourTable, ACallbackThatAsksForIndicesMakesNothingHardBehindTheTable)
+TEST_F(ColourTable, ACallbackThatAsksForIndicesMakesNothingHardAfterTheTable)
 {
     init(40, [](int32_t index, int16_t, int16_t, int16_t) {
         if (index == GE_DRKCYAN)
@@ -438,7 +438,7 @@ TEST_F(ColourTable, ASecondTableInTheDynamicPhaseRaisesForEachStandardColour)
     host.take_log();
 }
 
-/* ---- CLUT_alloc ------------------------------------------------------------------------------------------- */
+/* ---- CLUT_alloc ---- */
 
 TEST_F(ColourTable, AllocMakesAFreeIndexHardAndLeavesTheFirstFreeIndex)
 {
@@ -501,7 +501,7 @@ TEST_F(ColourTable, AllocLeavesWhatLiesOutsideTheTable)
         EXPECT_EQ(calls_of([=] { CLUT_alloc(index); }), log{});
 }
 
-/* ---- CLUT_new_index --------------------------------------------------------------------------------------- */
+/* ---- CLUT_new_index ---- */
 
 TEST_F(ColourTable, TheFirstRequestReservesTheDirtyIndexAndReturnsTheNext)
 {
@@ -661,7 +661,7 @@ TEST_F(ColourTable, TheSearchFindsTheLowestFreeIndexAtEveryDistance)
     }
 }
 
-/* ---- CLUT_release_index ----------------------------------------------------------------------------------- */
+/* ---- CLUT_release_index ---- */
 
 TEST_F(ColourTable, ReleasingAnIndexBelowTheFirstFreeOneMakesItTheNextToBeHandedOut)
 {
@@ -746,7 +746,7 @@ TEST_F(ColourTable, ReleasingLeavesWhatLiesOutsideTheTable)
     EXPECT_EQ(first_free_index(), 41);
 }
 
-/* ---- colours ---------------------------------------------------------------------------------------------- */
+/* ---- colours ---- */
 
 TEST_F(ColourTable, SetStoresTheComponentsAsTheyAre)
 {
@@ -966,7 +966,7 @@ TEST_F(ColourTable, CopyDoesNothingWithANegativeIndex)
     EXPECT_EQ(colour_of(20), white);
 }
 
-/* ---- CLUT_statistics -------------------------------------------------------------------------------------- */
+/* ---- CLUT_statistics ---- */
 
 TEST_F(ColourTable, StatisticsShowTheirTextsWhateverTheDebugLevel)
 {
@@ -987,6 +987,28 @@ TEST_F(ColourTable, StatisticsLeaveIndex0OutAndCountTheSpareWordAsFree)
     init(64);
     request(24);
     EXPECT_EQ(statistics(), (std::array<int, 6>{64, 64, 39, 1, 38, 25}));
+}
+
+/* ---- the check of the invariants ---- */
+
+TEST_F(ColourTable, TheCheckNamesTheInvariantThatIsBroken)
+{
+    const struct {
+        void (*break_it)();
+        int broken;
+    } cases[] = {
+        {[] { mova::clut::table.states[20] = 3; }, 1},           {[] { mova::clut::table.states[59] = -1; }, 1},
+        {[] { mova::clut::table.states[60] = 1; }, 2},           {[] { mova::clut::table.states[50] = 2; }, 3},
+        {[] { mova::clut::table.dirty_index = 39; }, 3},         {[] { mova::modules.rgblut.static_phase = 0; }, 3},
+        {[] { mova::modules.rgblut.first_free_index = 41; }, 4}, {[] { mova::clut::table.states[5] = 0; }, 4},
+    };
+    for (const auto &each : cases) {
+        restart_colour_table();
+        init(60);
+        each.break_it();
+        EXPECT_EQ(mova::clut::broken_invariant(), each.broken) << &each - cases;
+    }
+    intact = false;
 }
 
 } // namespace

@@ -27,7 +27,7 @@ static void check_words(int32_t first, int32_t step)
     const int32_t words[] = {GE_WHITE,   GE_CLEAR, GE_BLACK,   GE_RED,     GE_LRED,     GE_BLUE,   GE_LGRAY,
                              GE_GRAY,    GE_GREEN, GE_CYAN,    GE_MAG,     GE_DRKGREEN, GE_DRKMAG, GE_DRKBLU,
                              GE_DRKGRAY, GE_SYS32, GE_GRAY144, GE_GRAY164, GE_DRKCYAN};
-    for (int i = 0; i < 19; i++)
+    for (int i = 0; i < 19; ++i)
         CHECK(words[i] == first + i * step);
 }
 

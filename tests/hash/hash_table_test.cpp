@@ -2,17 +2,18 @@
 
 #include <tests/model/literal_hash_table.h>
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_hash_table.h>
+#include <mova/hash/internal/invariants.h>
 
 #include <limits>
 #include <numeric>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
 
-using mova::test::broken_invariant;
+using mova::broken_invariant;
 using mova::test::literal_hash_table;
 using mova::test::literal_memory;
 using mova::test::log;
@@ -500,6 +501,49 @@ TEST_F(HashTable, AnIteratorDeliversTheValueThatIsStoredWhenItArrives)
     HSH_set_value(table, 2, 0);
     EXPECT_EQ(HSH_next(&iterator, &key, &value), 1);
     EXPECT_EQ(value, 0);
+}
+
+/* ---- the check of the invariants ---- */
+
+TEST_F(HashTable, TheCheckNamesTheInvariantThatIsBroken)
+{
+    const struct {
+        void (*break_it)(HSH_table &table);
+        int broken;
+    } cases[] = {
+        {[](HSH_table &t) { t.minimum_size = 4; }, 1},
+        {[](HSH_table &t) { t.capacity = 12; }, 1},
+        {[](HSH_table &t) { t.minimum_size = 16; }, 1},
+        {[](HSH_table &t) { t.mask = 15; }, 2},
+        {[](HSH_table &t) { t.shift = 1; }, 2},
+        {[](HSH_table &t) { t.low_water_mark = 2; }, 3},
+        {[](HSH_table &t) { t.high_water_mark = 8; }, 3},
+        {[](HSH_table &t) { t.count = 4; }, 4},
+        {[](HSH_table &t) { t.count = -1; }, 4},
+        {[](HSH_table &t) { t.keys[2] = 9; }, 0},
+        {[](HSH_table &t) { t.keys[1] = t.keys[3] = 3; }, 5},
+        {[](HSH_table &t) { t.keys[2] = 1; }, 5},
+    };
+    fill({1, 2, 3});
+    for (const auto &each : cases) {
+        HSH_table record = *table;
+        words keys(table->keys, table->keys + 8);
+        record.keys = keys.data();
+        each.break_it(record);
+        EXPECT_EQ(broken_invariant(record), each.broken) << &each - cases;
+    }
+}
+
+TEST_F(HashTable, TheCheckOfARunFindsAnEntryAfterAnEmptySlot)
+{
+    fill({6, 14, 22, 30});
+    EXPECT_EQ(slots(), "22 30 . . . . 6 14");
+    EXPECT_EQ(mova::broken_run_invariant(*table, 6, 4), 0);
+    for (int emptied : {6, 7, 0}) {
+        const mova_word key = std::exchange(table->keys[emptied], 0);
+        EXPECT_EQ(mova::broken_run_invariant(*table, 6, 4), 5);
+        table->keys[emptied] = key;
+    }
 }
 
 /* ---- the same slots as those of the literal table ---- */

@@ -2,7 +2,7 @@
 
 #include <tests/support/fault_sweep.h>
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_hash_table.h>
+#include <mova/hash/internal/invariants.h>
 
 #include <string>
 #include <vector>
@@ -41,10 +41,7 @@ struct lookups {
         return text_of(full) + text_of(thin) + (made ? " made " : " ") + std::to_string(pushed);
     }
 
-    int broken_invariant() const
-    {
-        return mova::test::broken_invariant(*full) + 10 * mova::test::broken_invariant(*thin);
-    }
+    int broken_invariant() const { return mova::broken_invariant(*full) + 10 * mova::broken_invariant(*thin); }
 
     void go_on()
     {

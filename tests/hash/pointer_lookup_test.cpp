@@ -1,14 +1,14 @@
 #include <mova/hash/pointer_lookup.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_hash_table.h>
+#include <mova/hash/internal/invariants.h>
 
 #include <string>
 #include <vector>
 
 namespace {
 
-using mova::test::broken_invariant;
+using mova::broken_invariant;
 using mova::test::log;
 using mova::test::recording_host;
 

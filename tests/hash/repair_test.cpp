@@ -75,7 +75,28 @@ TEST_F(Repair, RandomRemovalsAtSevenEighthsLeaveTheLiteralSlots)
     }
 }
 
-/* Every entry stands one slot behind its home, so that one removal moves each of them: 1500 in turn. */
+/* The run that mova/hash/internal/repair.h draws, with place 0 in slot 8 and in the last slot. */
+TEST_F(Repair, OfTheEntriesThatMayMoveTheRightmostDoes)
+{
+    for (mova_word place_0 : {8, 31}) {
+        create(32, 0);
+        const auto key = [=](mova_word home, mova_word number) { return 32 * number + (place_0 + home) % 32; };
+        set(key(-2 + 32, 1));
+        set(key(-1 + 32, 1));
+        const mova_word removed = key(0, 1);
+        set(removed);
+        mova_word number = 1;
+        for (mova_word home : {1, -2 + 32, 0, 3, 1, 2, 6})
+            set(key(home, ++number));
+        ASSERT_TRUE(remove(removed));
+        std::vector<mova_word> numbers;
+        for (int32_t place = 0; place < 8; ++place)
+            numbers.push_back(key_in((static_cast<int32_t>(place_0) + place) % 32) / 32);
+        EXPECT_EQ(numbers, (std::vector<mova_word>{4, 2, 3, 7, 5, 6, 8, 0}));
+    }
+}
+
+/* Every entry stands one slot after its home, so that one removal moves each of them: 1500 in turn. */
 TEST_F(Repair, ARunMayMoveAsAWhole)
 {
     for (mova_word first : {1, 1000, 2047}) {
@@ -88,7 +109,7 @@ TEST_F(Repair, ARunMayMoveAsAWhole)
     }
 }
 
-/* Two runs of the same homes, one behind the other. */
+/* Two runs of the same homes, one after the other. */
 TEST_F(Repair, LongRunsWithTheSameHomesAreRepaired)
 {
     for (mova_word first : {3, 1800}) {
@@ -104,7 +125,7 @@ TEST_F(Repair, LongRunsWithTheSameHomesAreRepaired)
     }
 }
 
-/* A run of keys at home, behind which stand colliding keys of every distance. */
+/* A run of keys at home, followed by colliding keys of every distance. */
 TEST_F(Repair, KeysFarFromTheirHomesComeBack)
 {
     for (int32_t distance : {1, 7, 8, 9, 255, 256, 257, 600, 1200}) {

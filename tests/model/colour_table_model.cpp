@@ -5,7 +5,7 @@
 #include "expected_calls.h"
 
 #include <tests/support/colour_table_start.h>
-#include <tests/support/verify_colour_table.h>
+#include <mova/clut/internal/invariants.h>
 
 #include <array>
 #include <iterator>
@@ -188,7 +188,7 @@ public:
         }
         for (const standard_colour &standard : standard_colours)
             require(*standard.word == words[standard.word], "another index word");
-        const int broken = intact ? broken_colour_table_invariant() : 0;
+        const int broken = intact ? clut::broken_invariant() : 0;
         require(broken == 0, "invariant " + std::to_string(broken) + " is broken");
     }
 

@@ -7,7 +7,7 @@
 #include <tests/support/byte_source.h>
 #include <tests/support/plain_code.h>
 #include <tests/support/recording_host.h>
-#include <tests/support/verify_hash_table.h>
+#include <mova/hash/internal/invariants.h>
 
 #include <iterator>
 #include <optional>

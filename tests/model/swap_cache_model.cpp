@@ -7,7 +7,7 @@
 
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host.h>
-#include <tests/support/verify_swap_cache.h>
+#include <mova/cache/internal/invariants.h>
 
 #include <mova/cache/swap_cache.h>
 
@@ -97,7 +97,7 @@ public:
         host_.pool().set_budget(budget_ = bytes_.next());
         expected_.alloc(sizeof(cc_cache));
         cache_ = cc_create(host_.pool().address());
-        for (std::size_t i = 0; i < items_.size(); i++)
+        for (std::size_t i = 0; i < items_.size(); ++i)
             items_[i].name = static_cast<char>('A' + i);
     }
 
@@ -184,7 +184,7 @@ private:
         const bool fits = size <= budget_ - used_;
         if (fits) {
             used_ += size;
-            last_block_++;
+            ++last_block_;
         }
         expected_.call("mb_alloc " + std::to_string(size) + " = " + (fits ? name_of(last_block_) : "0"));
         return fits ? last_block_ : 0;

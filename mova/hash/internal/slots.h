@@ -1,0 +1,23 @@
+/* Where a key belongs. */
+#ifndef MOVA_HASH_INTERNAL_SLOTS_H
+#define MOVA_HASH_INTERNAL_SLOTS_H
+
+#include <cstddef>
+
+#include <mova/hash/hash_table.h>
+
+namespace mova::hash {
+
+inline size_t mask_of(const HSH_table *table)
+{
+    return static_cast<size_t>(table->mask);
+}
+
+inline size_t home_of(const HSH_table *table, mova_word key)
+{
+    return (static_cast<uint32_t>(key) >> table->shift) & mask_of(table);
+}
+
+} // namespace mova::hash
+
+#endif
