@@ -1,6 +1,5 @@
 #include <mova/tree/balanced_tree.h>
 
-#include <mova/frame/internal/assert.h>
 #include <mova/lists/internal/chain.h>
 #include <mova/tree/internal/iterators.h>
 #include <mova/tree/internal/path.h>
@@ -18,15 +17,13 @@ struct insertion {
     GT_compare compare = t->compare;
     bool refuses_equal = t->dupl_allowed == 0;
     tree_item **link = &t->root;
-    tree_item *prev = nullptr; /* the last node that was left to the right: the new one's predecessor */
-    tree_item *next = nullptr; /* the last node that was left to the left: its successor */
+    tree_item *prev = nullptr; /* the last node whose right side was entered: the new one's predecessor */
+    tree_item *next = nullptr; /* the last one whose left side was entered: its successor */
 };
 
 /* Puts a new node into the empty link at the end of the way. */
 tree_item *insert_node(const insertion &op, path way)
 {
-    assert((op.prev ? op.prev->next : op.t->first) == op.next); /* invariants 1 and 2: they are neighbours */
-    assert((op.next ? op.next->prev : op.t->last) == op.prev);
     tree_item *const node = allocate_record<tree_item>();
     node->item = op.item;
     node->left = node->right = nullptr;

@@ -67,8 +67,6 @@ void replace_by_child(const tree *t, tree_item **link)
 
 void leave_chain(tree *t, tree_item *node)
 {
-    assert(!node->prev || node->prev->next == node); /* invariant 2 */
-    assert(!node->next || node->next->prev == node);
     mova::chain::unlink_by_neighbours(*t, node);
     free_record(node);
 }

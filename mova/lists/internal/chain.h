@@ -125,6 +125,7 @@ void link_after(List &list, Node *position, Node *node, shape as)
 template <class List, class Node>
 void link_by_neighbours(List &list, Node *before, Node *node, Node *after)
 {
+    assert((before ? before->next : list.first) == after && (after ? after->prev : list.last) == before);
     node->prev = before;
     node->next = after;
     (before ? before->next : list.first) = node;
@@ -135,6 +136,7 @@ void link_by_neighbours(List &list, Node *before, Node *node, Node *after)
 template <class List, class Node>
 void unlink_by_neighbours(List &list, const Node *node)
 {
+    assert(neighbours_hold(node));
     (node->prev ? node->prev->next : list.first) = node->next;
     (node->next ? node->next->prev : list.last) = node->prev;
 }
