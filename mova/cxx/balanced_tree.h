@@ -198,7 +198,6 @@ public:
     }
 
     auto positions() { return tree_cursor<T>(GT_all_items(get())); }
-    void positions_reversed() = delete;
 
     /* ---- insertion ---- */
 

@@ -62,6 +62,12 @@ namespace mova {
 
    and for positions() the C iterator `walk`, made by from_to(head, from, to, forward) and stepped by step(walk, &node). */
 
+template <class Links>
+concept has_walk = requires
+{
+    typename Links::walk;
+};
+
 /* The same chain from the other end. */
 template <class Links>
 struct reversed_links : Links {
@@ -394,9 +400,12 @@ public:
     }
 
     /* Walks during which what was delivered may be removed. */
-    auto positions() noexcept { return this->walk(iterator(first()), iterator(last()), 1); }
-    auto positions_reversed() noexcept { return this->walk(iterator(last()), iterator(first()), 0); }
-    auto positions(iterator from, iterator to) noexcept { return this->walk(from, to, 1); }
+    auto positions() noexcept requires has_walk<Links> { return this->walk(iterator(first()), iterator(last()), 1); }
+    auto positions_reversed() noexcept requires has_walk<Links>
+    {
+        return this->walk(iterator(last()), iterator(first()), 0);
+    }
+    auto positions(iterator from, iterator to) noexcept requires has_walk<Links> { return this->walk(from, to, 1); }
 
 private:
     template <class Backwards>

@@ -1,0 +1,158 @@
+/* Swap cache, typed: mova/cache/swap_cache.h for items of type Item, whose bodies are arrays of Element.
+
+       struct tile {
+           std::size_t body_size() const;                  in elements
+           void fill(std::span<pixel> body);               draws it, fetches it
+           void write_back(std::span<pixel> body);         if it may be dirty; left out, nothing is saved
+           void let_go();                                  told by clear() and by the cache's end; may be left out
+       };
+       mova::swap_cache<tile, pixel> tiles(pool.get());
+       const auto entry = tiles.insert(some_tile);
+       std::span<pixel> body = tiles.body(entry);          fetched, if it is out
+
+   Other names than these four are given by a type without state, as the last argument: item_callbacks shows its form.
+
+   A body lies where it is until the next body is fetched, or a block allocated: then it may have moved or gone. The C header's
+   table says what each call does to bodies and to the order of entries. What was changed in a fetched body is lost.
+
+   As a bidirectional range the cache delivers its items, first the one that goes next. A position is an entry: it is as large
+   as a pointer, and lives until it is removed.
+
+   Ownership: the cache owns its entries and its head, which the C functions never free; the items are the caller's, and so is
+   the pool. Errors: line 334 where the pool has no room, as mova::error, and what fill() and write_back() throw: the C header
+   says what that leaves. */
+#ifndef MOVA_CXX_SWAP_CACHE_H
+#define MOVA_CXX_SWAP_CACHE_H
+
+#include <span>
+
+#include <mova/cache/swap_cache.h>
+#include <mova/cxx/chain.h>
+
+namespace mova {
+
+/* How a cache asks its items, where nothing else is given. */
+struct item_callbacks {
+    template <class Item>
+    std::size_t size(const Item &item) const
+    {
+        return item.body_size();
+    }
+    template <class Item, class Element>
+    void fill(Item &item, std::span<Element> body) const
+    {
+        item.fill(body);
+    }
+    template <class Item, class Element>
+    void write_back(Item &item, std::span<Element> body) const
+    {
+        if constexpr (requires { item.write_back(body); })
+            item.write_back(body);
+    }
+    template <class Item>
+    void let_go(Item &item) const
+    {
+        if constexpr (requires { item.let_go(); })
+            item.let_go();
+    }
+};
+
+template <class Item>
+struct cache_links {
+    using head = cc_cache;
+    using node = cc_entry;
+    using value_type = std::remove_const_t<Item>;
+    using reference = Item &;
+    using constant = cache_links<const Item>;
+
+    static node *first(const head &cache) noexcept { return cache.first; }
+    static node *last(const head &cache) noexcept { return cache.last; }
+    static node *next(const node *at) noexcept { return at->next; }
+    static node *prev(const node *at) noexcept { return at->prev; }
+    static Item &item(const node *at) noexcept { return *static_cast<Item *>(at->item); }
+};
+
+struct release_cache {
+    void operator()(cc_cache *cache) const noexcept
+    {
+        cc_make_empty(cache);
+        MM_dealloc_item(cache, sizeof *cache);
+    }
+};
+
+template <class Item, class Element = std::byte, class Callbacks = item_callbacks>
+class swap_cache : public open_chain<cache_links<Item>, release_cache> {
+    using base = open_chain<cache_links<Item>, release_cache>;
+    static_assert(
+        std::is_trivially_copyable_v<Element> && alignof(Element) <= 16,
+        "mova::swap_cache: a pool moves bodies as bytes, which these elements do not allow: take elements that "
+        "std::memcpy may copy");
+    static_assert(stateless<Callbacks>,
+                  "mova::swap_cache: callbacks must have no state, for each entry keeps them as plain "
+                  "functions: take a class like mova::item_callbacks, and put the state into the items");
+
+public:
+    using base::base, base::get;
+    using typename base::position;
+    explicit swap_cache(mb_pool *pool) : base(cc_create(pool)) {}
+
+    /* Registers an item whose body is out. Returns its entry, the first now. */
+    position insert(Item &item) { return insert(item, 0); }
+
+    /* The same with a body that the caller has put into a block from alloc(): the only copy, which is written back before it
+       goes. The block is the cache's from now on. */
+    position insert(Item &item, mb_handle filled)
+    {
+        return position(cc_insert(get(), std::addressof(item), filled, size_of, fill, write_back, let_go));
+    }
+
+    /* The body, which is fetched where it is out; empty where there is no room and the host returns from the raise. */
+    std::span<Element> body(position entry)
+    {
+        void *const block = cc_get(get(), entry.get());
+        return {static_cast<Element *>(block), block ? Callbacks().size(*entry) : 0};
+    }
+
+    static bool is_in_memory(position entry) noexcept { return entry.get()->handle != 0; }
+
+    /* Makes a body that is in memory the next to go. */
+    void let_go_next(position entry) noexcept { cc_lazy_swap_out(get(), entry.get()); }
+    void swap_out(position entry) { cc_swap_out(get(), entry.get()); }
+    void flush() { cc_flush(get()); }
+
+    /* Nothing is written back. Returns the position of the successor. */
+    position remove(position entry) noexcept
+    {
+        cc_entry *removed = (entry++).get();
+        cc_remove(get(), &removed);
+        return entry;
+    }
+    void clear() { cc_make_empty(get()); }
+
+    /* ---- blocks of the caller's ---- */
+
+    mb_handle alloc(std::size_t count) { return cc_alloc(get(), static_cast<std::uint32_t>(count * sizeof(Element))); }
+    Element *at(mb_handle block) noexcept { return static_cast<Element *>(mb_get(get()->pool, block)); }
+    void free(mb_handle &block) noexcept { cc_free(get(), &block); }
+
+private:
+    static Item &item_of(void *item) noexcept { return *static_cast<Item *>(item); }
+    static std::span<Element> body_at(void *item, void *block)
+    {
+        return {static_cast<Element *>(block), Callbacks().size(std::as_const(item_of(item)))};
+    }
+    static std::uint32_t size_of(void *item)
+    {
+        return static_cast<std::uint32_t>(Callbacks().size(std::as_const(item_of(item))) * sizeof(Element));
+    }
+    static void fill(void *item, void *block, std::uint32_t size)
+    {
+        Callbacks().fill(item_of(item), std::span<Element>(static_cast<Element *>(block), size / sizeof(Element)));
+    }
+    static void write_back(void *item, void *block) { Callbacks().write_back(item_of(item), body_at(item, block)); }
+    static void let_go(void *item) { Callbacks().let_go(item_of(item)); }
+};
+
+} // namespace mova
+
+#endif

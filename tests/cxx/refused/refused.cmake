@@ -1,0 +1,16 @@
+# Compiles a program that the typed layer refuses, and fails unless the compiler says the text of the program's first line.
+#
+# cmake -DCOMPILER=... -DFLAGS=... -DSOURCE=... -P <this file>
+file(STRINGS ${SOURCE} text LIMIT_COUNT 1)
+string(REGEX REPLACE "^// " "" text "${text}")
+separate_arguments(flags UNIX_COMMAND "${FLAGS}")
+execute_process(COMMAND ${COMPILER} ${flags} -fsyntax-only ${SOURCE} RESULT_VARIABLE result ERROR_VARIABLE said)
+if(result EQUAL 0)
+    message(FATAL_ERROR "${SOURCE} was not refused")
+endif()
+string(REGEX MATCHALL "static assertion failed|static_assert failed" assertions "${said}")
+list(LENGTH assertions count)
+string(FIND "${said}" "${text}" at)
+if(at EQUAL -1 OR NOT count EQUAL 1)
+    message(FATAL_ERROR "expected once: ${text}\nsaid ${count} times:\n${said}")
+endif()
