@@ -14,7 +14,7 @@ namespace {
 enum delivery : int32_t { every_item = 0, accepted_items = 1, while_accepted = 2 };
 
 /* Returns a new iterator that is not yet in the tree's list, with its `condition` still unset. */
-tree_iter *make(tree *t, tree_item *cursor, delivery mode)
+tree_iter *allocate_iterator(tree *t, tree_item *cursor, delivery mode)
 {
     tree_iter *const iterator = allocate_record<tree_iter>();
     iterator->cursor = cursor;
@@ -31,9 +31,9 @@ tree_iter *enter(tree_iter *iterator)
     return iterator;
 }
 
-tree_iter *create(tree *t, tree_item *cursor, delivery mode, GT_condition condition)
+tree_iter *create_iterator(tree *t, tree_item *cursor, delivery mode, GT_condition condition)
 {
-    tree_iter *const iterator = make(t, cursor, mode);
+    tree_iter *const iterator = allocate_iterator(t, cursor, mode);
     iterator->condition = condition;
     return enter(iterator);
 }
@@ -130,47 +130,47 @@ void mova::gt::fix_up_removal_by_predecessor(const tree *t, tree_item *node, tre
 
 tree_iter *GT_all_items(tree *t)
 {
-    return enter(make(t, t->first, every_item));
+    return enter(allocate_iterator(t, t->first, every_item));
 }
 
 tree_iter *GT_all_items_conditional(tree *t, GT_condition condition)
 {
-    return create(t, t->first, accepted_items, condition);
+    return create_iterator(t, t->first, accepted_items, condition);
 }
 
 tree_iter *GT_all_items_while_conditioned(tree *t, GT_condition condition)
 {
-    return create(t, t->first, while_accepted, condition);
+    return create_iterator(t, t->first, while_accepted, condition);
 }
 
 tree_iter *GT_from_current(tree_iter *iterator)
 {
-    return create(iterator->tree, iterator->current, every_item, iterator->condition);
+    return create_iterator(iterator->tree, iterator->current, every_item, iterator->condition);
 }
 
 tree_iter *GT_from_current_conditional(tree_iter *iterator, GT_condition condition)
 {
-    return create(iterator->tree, iterator->current, accepted_items, condition);
+    return create_iterator(iterator->tree, iterator->current, accepted_items, condition);
 }
 
 tree_iter *GT_from_current_while_conditioned(tree_iter *iterator, GT_condition condition)
 {
-    return create(iterator->tree, iterator->current, while_accepted, condition);
+    return create_iterator(iterator->tree, iterator->current, while_accepted, condition);
 }
 
 tree_iter *GT_from_next(tree_iter *iterator)
 {
-    return create(iterator->tree, iterator->cursor, every_item, iterator->condition);
+    return create_iterator(iterator->tree, iterator->cursor, every_item, iterator->condition);
 }
 
 tree_iter *GT_from_next_conditional(tree_iter *iterator, GT_condition condition)
 {
-    return create(iterator->tree, iterator->cursor, accepted_items, condition);
+    return create_iterator(iterator->tree, iterator->cursor, accepted_items, condition);
 }
 
 tree_iter *GT_from_next_while_conditioned(tree_iter *iterator, GT_condition condition)
 {
-    return create(iterator->tree, iterator->cursor, while_accepted, condition);
+    return create_iterator(iterator->tree, iterator->cursor, while_accepted, condition);
 }
 
 int GT_next_item(tree_iter *iterator, void **item)

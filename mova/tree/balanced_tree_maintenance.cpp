@@ -4,8 +4,10 @@
 #include <utility>
 
 #include <mova/frame/host.h>
+#include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/module_records.h>
 #include <mova/frame/internal/undo.h>
+#include <mova/tree/internal/invariants.h>
 
 namespace {
 
@@ -75,6 +77,8 @@ void GT_sort(tree *t)
     do
         bound = sort_pass(t, compare, start, bound);
     while (bound != start);
+    /* Not all: the caller would see comparisons, and may have put the balances wrong. */
+    assert(mova::intact(mova::broken_chain_invariant(*t)));
 }
 
 void GT_check(void)

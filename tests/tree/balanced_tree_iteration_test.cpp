@@ -408,7 +408,7 @@ TEST_F(TreeIteration, AnIteratorWhoseCurrentItemWasRemovedDoesNotSeeWhatIsInsert
     EXPECT_EQ(rest(iterator), "30");
 }
 
-TEST_F(TreeIteration, EveryLiveIteratorIsSeenTo)
+TEST_F(TreeIteration, EveryLiveIteratorFollowsEveryEdit)
 {
     insert_all({10, 20, 30});
     tree_iter *first = iterator_at(20), *second = iterator_at(10), *third = iterator_at(20);
@@ -463,7 +463,7 @@ TEST_F(TreeIteration, RemovingTheNodeAtTheCursorMovesTheCursorOn)
     }
 }
 
-TEST_F(TreeIteration, RemovingTheFirstNodeSeesToTheIterators)
+TEST_F(TreeIteration, RemovingTheFirstNodeLeadsTheIteratorsOff)
 {
     for (bool with_right_child : {false, true}) {
         GT_make_empty(t);
@@ -478,7 +478,7 @@ TEST_F(TreeIteration, RemovingTheFirstNodeSeesToTheIterators)
     }
 }
 
-TEST_F(TreeIteration, GlobalAndFindingRemovalSeeToTheIterators)
+TEST_F(TreeIteration, GlobalAndFindingRemovalLeadTheIteratorsOff)
 {
     insert_all({4, 2, 6});
     tree_iter *iterator = GT_all_items(t);

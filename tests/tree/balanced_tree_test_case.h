@@ -122,7 +122,7 @@ protected:
     }
     tree_item *at(int32_t key) const { return at(std::to_string(key)); }
 
-    /* The tree: "(1 2 3)" is a node 2 with two leaves, "(1 2- .)" one without a right child. A sign behind a name says
+    /* The tree: "(1 2 3)" is a node 2 with two leaves, "(1 2- .)" one without a right child. A sign after a name says
        where its node is higher. Verifies the invariants. */
     std::string shape() const
     {
