@@ -180,12 +180,12 @@ void add_insert(double target)
 void roll_elements(numbers &all, size_t first, size_t size)
 {
     auto *bytes = reinterpret_cast<char *>(all.data());
-    const size_t behind = all.size() - first;
+    const size_t rest = all.size() - first;
     std::vector<char> buffer(first * size);
     std::memcpy(buffer.data(), bytes, first * size);
-    for (size_t i = 0; i < behind; i++)
+    for (size_t i = 0; i < rest; i++)
         std::memcpy(bytes + i * size, bytes + (i + first) * size, size);
-    std::memcpy(bytes + behind * size, buffer.data(), first * size);
+    std::memcpy(bytes + rest * size, buffer.data(), first * size);
 }
 
 void roll_numbers(numbers &all, int32_t n, int32_t count)

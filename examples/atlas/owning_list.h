@@ -1,6 +1,6 @@
 /* How a C++ program owns what it keeps in a pointer list.
 
-   The list stores pointers and never looks behind them, so somebody has to say how an item dies. Here that is the
+   The list stores pointers and never looks at what they point to, so somebody has to say how an item dies. Here that is the
    callback of GL_total_release: it is called with the address of each node's item field, before that node is freed.
 
    The records themselves are made with std::make_unique and handed over with `append`. For everything else the GL_

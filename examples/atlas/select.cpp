@@ -56,7 +56,7 @@ static void add_named(Selection &selection, const NameIndex &index, const Countr
         SA_add_number(selection.get(), ids.number_of(country));
 }
 
-/* Each removal moves the countries behind it up by one, and their numbers with them. */
+/* Each removal moves the countries after it up by one, and their numbers with them. */
 static void remove_others(Selection &selection, Topology &topology)
 {
     std::int32_t number = 0;

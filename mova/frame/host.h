@@ -12,7 +12,8 @@
    A program that replaces a group defines every function of that group, and its definitions are then used by
    the containers too, in shared and in static links.
 
-   Every size is a count of bytes. */
+   Every size is a count of bytes, and may be 0: arrays of elements of no bytes ask for blocks of no bytes, have them
+   reallocated and give them back as they do with others. */
 #ifndef MOVA_FRAME_HOST_H
 #define MOVA_FRAME_HOST_H
 
@@ -42,17 +43,20 @@ enum {
 
 /* ---- memory ---------------------------------------------------------------------------------------------- */
 
-/* Returns a block of `size` bytes, not zeroed, aligned for any record or element of that size. Must not return
-   null in ordinary use: nearly every container writes into the block at once. A service that runs out of memory
-   reports that itself. The block is the caller's until it gives it to MM_dealloc_item or MM_realloc_item. */
+/* Returns a block of `size` bytes, not zeroed, aligned for any record or element of that size. Must not return null,
+   not for a size of 0 either: a dynamic array takes that for a failure and raises MOVA_ALLOCATION_FAILED, and every
+   other container writes through the null pointer. A service that runs out of memory reports that itself. The block is the caller's until it gives it to MM_dealloc_item or MM_realloc_item. */
 void *MM_alloc_item(size_t size);
 
 /* Takes back a block. `size` is exactly the size that the block was allocated, or last reallocated, with. Does not fail: it
    neither throws nor jumps. */
 void MM_dealloc_item(void *item, size_t size);
 
-/* Returns a block of `new_size` bytes that begins with the old block's bytes, as many as the smaller of the two
-   sizes. `old_size` is exact, as for MM_dealloc_item. The old pointer is dead afterwards. */
+/* Returns a block of `new_size` bytes that begins with the old block's bytes, as many as the smaller of the two sizes;
+   that may be the new one, and they may be equal. `old_size` is exact, as for MM_dealloc_item. The old pointer is dead
+   afterwards. Only the two arrays call it. Where it returns null the old block stays as it is, with the service alone: a
+   dynamic array forgets it, has no storage from then on, and raises MOVA_ALLOCATION_FAILED; a block array writes through
+   the null pointer. */
 void *MM_realloc_item(void *item, size_t old_size, size_t new_size);
 
 /* ---- memory blocks --------------------------------------------------------------------------------------- */

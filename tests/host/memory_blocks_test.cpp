@@ -309,7 +309,7 @@ TEST_F(MemoryBlocks, NothingIsMovedWhileAGapFits)
     EXPECT_EQ(figures().moves, 0u);
 }
 
-/* Gaps of 64 and 65 units are of one class. The one that fits was there first, and lies behind all others. */
+/* Gaps of 64 and 65 units are of one class. The one that fits was there first, and comes after all others. */
 TEST_F(MemoryBlocks, TheOneGapThatFitsIsFoundAmongManyOfAlikeSize)
 {
     make((20 * 65 + 66) * unit);

@@ -60,7 +60,7 @@ TEST(RecordLayout, ElementListHeadIsTwoLinksASizeACountAndAFlag)
     EXPECT_EQ(sizeof(EL_list), word == 4 ? 20u : 32u);
 }
 
-TEST(RecordLayout, ElementListNodeIsTwoLinksWithTheElementBehindThem)
+TEST(RecordLayout, ElementListNodeIsTwoLinksWithTheElementAfterThem)
 {
     EXPECT_EQ(offsetof(EL_node, prev), 0u);
     EXPECT_EQ(offsetof(EL_node, next), word);

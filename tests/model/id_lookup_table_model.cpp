@@ -213,7 +213,7 @@ private:
         require(iterator.next == nitems_ && iterator.count == nitems_, "the iterator ended elsewhere");
     }
 
-    /* As the dynamic array that it is: what lay behind stays in the storage. */
+    /* As the dynamic array that it is: what came after stays in the storage. */
     void shorten()
     {
         nitems_ = 1 + static_cast<int32_t>(bytes_.below(static_cast<std::size_t>(std::min(nitems_, 250))));
