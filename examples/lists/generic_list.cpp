@@ -1,14 +1,12 @@
-#include <mova/lists/generic_list.h>
+#include <mova/cxx/pointer_list.h>
 #include <cstdio>
 
 int main()
 {
     int numbers[] = {1, 2, 3, 4};
-    GL_list *list = GL_create();
+    mova::pointer_list<int> list;
     for (int &number : numbers)
-        GL_append_after_last(list, &number);
-    GL_iterator iterator = GL_all_items_reversed(list);
-    for (void *item; GL_next_item(&iterator, &item);)
-        std::printf("%d\n", *static_cast<int *>(item));
-    GL_release(&list);
+        list.append(&number);
+    for (const int *number : list.reversed())
+        std::printf("%d\n", *number);
 }

@@ -20,6 +20,10 @@
 #ifndef MOVA_CXX_OWNER_H
 #define MOVA_CXX_OWNER_H
 
+#if __cplusplus < 202002L
+#error "The typed layer takes C++20 (-std=c++20); the C functions take any C++ from C++11 on."
+#endif
+
 #include <concepts>
 #include <cstddef>
 #include <memory>

@@ -71,10 +71,23 @@ function(check_container_alone)
     run(${program})
 endfunction()
 
+# The typed layer has no warning for a strict program, and minds no missing exceptions.
+function(check_typed_layer)
+    pkg_config_options(options --cflags --libs)
+    separate_arguments(flags UNIX_COMMAND "${CXX_FLAGS}")
+    foreach(exceptions -fexceptions -fno-exceptions)
+        set(program ${DIRECTORY}/typed${exceptions})
+        run(${CXX_COMPILER} ${flags} -std=c++20 -O2 -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Werror
+            ${exceptions} ${consumer}/typed.cpp -Wl,-rpath,${prefix}/${LIBDIR} ${options} -o ${program})
+        run(${program})
+    endforeach()
+endfunction()
+
 function(use_installed)
     check_headers()
     check_paths()
     check_container_alone()
+    check_typed_layer()
     foreach(language C CXX)
         foreach(suffix "" _static)
             check_cmake_package(${language} "${suffix}")

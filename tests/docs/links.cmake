@@ -9,9 +9,10 @@ foreach(document IN LISTS documents)
     # Brackets and semicolons would join the elements of a list.
     string(REPLACE "](" "<link>" text "${text}")
     string(REGEX REPLACE "[][;]" "" text "${text}")
-    string(REGEX MATCHALL "<link>[^)#:]+" links "${text}")
+    # Of a lambda with parameters the like stands in code: a target has no blanks.
+    string(REGEX MATCHALL "<link>[^)#: ]+[)#]" links "${text}")
     foreach(link IN LISTS links)
-        string(REPLACE "<link>" "" target "${link}")
+        string(REGEX REPLACE "<link>|[)#]$" "" target "${link}")
         if(NOT EXISTS ${folder}/${target})
             message(SEND_ERROR "${document}: ${target} is not there")
         endif()
