@@ -2,6 +2,7 @@
 
 #include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/undo.h>
+#include <mova/lists/internal/invariants.h>
 
 /* clang warns of what the standard library's own sort is made of. */
 #pragma GCC diagnostic push
@@ -121,14 +122,11 @@ DBLL_list *DBLL_create_with_two(double first, double second)
 {
     DBLL_list *list = DBLL_create();
     mova::or_undo(
-        [list, first, second] {
+        [&] {
             DBLL_add_double(list, first);
             DBLL_add_double(list, second);
         },
-        [list] {
-            DBLL_list *part = list;
-            DBLL_release(&part);
-        });
+        [&] { DBLL_release(&list); });
     return list;
 }
 
@@ -239,6 +237,7 @@ void DBLL_remove_double_occ(DBLL_list *list, double tolerance)
         else if (kept != list->first)
             DBLL_remove_double(list, kept);
     }
+    assert(mova::intact(mova::broken_invariant(*list)));
 }
 
 void DBLL_replace_double(EL_node *position, double value)

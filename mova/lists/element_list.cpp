@@ -63,11 +63,7 @@ template <class Fill>
 EL_list *create_filled(uint32_t element_size, Fill fill)
 {
     EL_list *list = EL_create(element_size);
-    mova::or_undo([&fill, list] { fill(list); },
-                  [list] {
-                      EL_list *part = list;
-                      EL_release(&part);
-                  });
+    mova::or_undo([&] { fill(list); }, [&] { EL_release(&list); });
     return list;
 }
 
@@ -245,14 +241,17 @@ EL_list *EL_total_copy(EL_list *list)
 
 EL_list *EL_total_copy_inbetween(EL_list *list, EL_node *from, EL_node *to)
 {
-    return create_filled(list->element_size, [list, from, to](EL_list *filled) {
+    EL_list *copy = create_filled(list->element_size, [list, from, to](EL_list *filled) {
         for_each_inbetween(list, from, to,
                            [filled](EL_node *position) { EL_append_after_last(filled, EL_element(position)); });
     });
+    assert(intact(broken_invariant(*copy)));
+    return copy;
 }
 
 void EL_append_list(EL_list *target, EL_list **source)
 {
+    assert(target != *source);
     chain::splice_last<EL_node>(*target, **source);
     target->count += (*source)->count;
     free_head(source);
@@ -290,8 +289,8 @@ EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position)
 {
     /* Both blocks are allocated before anything changes. */
     EL_node *copy = create_node(list, EL_element(position));
-    EL_list *end_part = mova::or_undo([list] { return EL_create(list->element_size); },
-                                      [list, copy] { MM_dealloc_item(copy, node_bytes(list)); });
+    EL_list *end_part =
+        mova::or_undo([&] { return EL_create(list->element_size); }, [&] { MM_dealloc_item(copy, node_bytes(list)); });
     chain::link_before(*list, position, copy, shape_of(list));
     *end_part = *list;
     EL_reset_closed(list);

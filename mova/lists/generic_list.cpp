@@ -47,14 +47,14 @@ void free_nodes(const GL_list *list)
 void free_items_and_nodes(GL_list *list, GL_free_fn free_item)
 {
     mova::or_undo(
-        [list, free_item] {
-            chain::for_each(list->first, [list, free_item](GL_node *node) {
+        [&] {
+            chain::for_each(list->first, [&](GL_node *node) {
                 list->first = node;
                 free_item(&node->item);
                 free_node(node);
             });
         },
-        [list] { list->count = chain::keep_from(*list, list->first); });
+        [&] { list->count = chain::keep_from(*list, list->first); });
 }
 
 /* Returns a new list of what `item_of` makes of each node. */
@@ -63,14 +63,8 @@ GL_list *copy_with(const GL_list *list, ItemOf item_of)
 {
     GL_list *copy = GL_create();
     mova::or_undo(
-        [&] {
-            chain::for_each(list->first,
-                            [copy, &item_of](GL_node *node) { GL_append_after_last(copy, item_of(node)); });
-        },
-        [copy] {
-            GL_list *part = copy;
-            GL_release(&part);
-        });
+        [&] { chain::for_each(list->first, [&](GL_node *node) { GL_append_after_last(copy, item_of(node)); }); },
+        [&] { GL_release(&copy); });
     assert(intact(broken_invariant(*copy)));
     return copy;
 }
@@ -194,6 +188,7 @@ void GL_move_before_first(GL_list *list, GL_node *position)
 
 void GL_append_list(GL_list *target, GL_list **source)
 {
+    assert(target != *source);
     chain::splice_last<GL_node>(*target, **source);
     target->count += (*source)->count;
     free_head(source);

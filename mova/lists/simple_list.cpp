@@ -47,14 +47,14 @@ void free_items(SL_list *list, SL_free_fn free_item)
     SL_reset_closed(list);
     links *reached = nullptr;
     mova::or_undo(
-        [list, free_item, &reached] {
-            chain::for_each(first_of(list), [free_item, &reached](links *node) {
+        [&] {
+            chain::for_each(first_of(list), [&](links *node) {
                 reached = node;
                 void *item = node;
                 free_item(&item);
             });
         },
-        [list, &reached] { list->count = chain::keep_from(*list, reached); });
+        [&] { list->count = chain::keep_from(*list, reached); });
 }
 
 } // namespace
@@ -89,15 +89,12 @@ SL_list *SL_total_copy(const SL_list *list, SL_copy_fn copy_item)
 {
     SL_list *copy = SL_create();
     mova::or_undo(
-        [list, copy, copy_item] {
+        [&] {
             SL_iterator iterator = SL_all_items(list);
             for (void *item; SL_next_item(&iterator, &item);)
                 SL_append_after_last(copy, copy_item(item));
         },
-        [copy] {
-            SL_list *part = copy;
-            free_head(&part);
-        });
+        [&] { free_head(&copy); });
     if (list->closed)
         SL_set_closed(copy);
     assert(intact(broken_invariant(*copy)));
@@ -226,6 +223,7 @@ void SL_reverse(SL_list *list)
 
 void SL_append_list(SL_list *list, SL_list **other)
 {
+    assert(list != *other);
     chain::splice_last<links>(*list, **other);
     list->count += (*other)->count;
     free_head(other);

@@ -218,8 +218,10 @@ template <class Node, class List>
 int32_t index_of(const List &list, const Node *node)
 {
     int32_t index = 0;
-    for (; node != list.first; node = node->prev)
+    for (; node != list.first; node = node->prev) {
+        assert(node); /* it is on the list */
         ++index;
+    }
     return index;
 }
 
