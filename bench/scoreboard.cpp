@@ -211,15 +211,30 @@ void print(const timed_row &timed, const figures &result, tally &counts)
     }
 }
 
-/* Our figure against its target, then the peers' figures, for what they say. */
+double smallest_of_peers(const figures &result)
+{
+    double smallest = HUGE_VAL;
+    for (size_t i = 1; i < result.size(); i++)
+        smallest = std::fmin(smallest, result[i]);
+    return smallest;
+}
+
+void print_target(const char *against, double figure, double at_most, tally &counts)
+{
+    std::printf("%-14s %9.2f   <= %4.2f  %s\n", against, figure, at_most, judged(figure <= at_most, counts));
+}
+
+/* Our figure against its target, then the peers' figures. */
 void print(const measured_row &measured, const figures &result, tally &counts)
 {
     print_ours(measured, result[0], measured.unit);
-    if (measured.at_most == 0)
-        std::printf("\n");
+    const double smallest = smallest_of_peers(result);
+    if (measured.wanted.at_most != 0)
+        print_target("", result[0], measured.wanted.at_most, counts);
+    else if (measured.wanted.of_peers != 0 && smallest < HUGE_VAL)
+        print_target("of the peers'", result[0] / smallest, measured.wanted.of_peers, counts);
     else
-        std::printf("%-14s %9s   <= %4.1f  %s\n", "", "", measured.at_most,
-                    judged(result[0] <= measured.at_most, counts));
+        std::printf("\n");
     for (size_t i = 0; i < measured.peers.size(); i++) {
         const char *name = measured.peers[i].name.c_str();
         print_indent(false);

@@ -47,11 +47,17 @@ struct measured_peer {
     measured_work work; /* none: the peer is not to be had on this machine */
 };
 
-/* A row whose figure is no time. */
+/* The most that our figure is to be, and the most that it is to be divided by the smallest of the peers'; 0 is no
+   target. */
+struct measured_target {
+    double at_most, of_peers;
+};
+
+/* A row whose figure the work measures itself: bytes, or the time of several threads. */
 struct measured_row {
     std::string id, workload, unit;
     measured_work ours;
-    double at_most; /* the target for our figure; 0 is no target */
+    measured_target wanted;
     std::vector<measured_peer> peers;
 };
 

@@ -1,49 +1,14 @@
 /* The allocator beside those that a program would use instead. */
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <random>
 #include <string>
 #include <vector>
 
-#include <dlfcn.h>
-#include <unistd.h>
-
-#include <bench/scoreboard.h>
-#include <mova/frame/host.h>
+#include <bench/host/heaps.h>
 
 namespace {
 
-struct mova_heap {
-    static void *take(size_t size) { return MM_alloc_item(size); }
-    static void give(void *block, size_t size) { MM_dealloc_item(block, size); }
-};
-
-struct glibc_heap {
-    static void *take(size_t size) { return std::malloc(size); }
-    static void give(void *block, size_t) { std::free(block); }
-};
-
-/* Loaded at run time and for itself: a program that is linked with it has its malloc in place of glibc's. */
-struct mimalloc_heap {
-    static void *take(size_t size) { return malloc_(size); }
-    static void give(void *block, size_t) { free_(block); }
-
-    static inline void *library = dlopen("libmimalloc.so.2", RTLD_NOW | RTLD_LOCAL);
-    template <class F>
-    static F *symbol(const char *name)
-    {
-        return library ? reinterpret_cast<F *>(dlsym(library, name)) : nullptr;
-    }
-    static inline auto malloc_ = symbol<void *(size_t)>("mi_malloc");
-    static inline auto free_ = symbol<void(void *)>("mi_free");
-};
-
-bool has_mimalloc()
-{
-    return mimalloc_heap::malloc_ && mimalloc_heap::free_;
-}
+using namespace heaps;
 
 using block_list = std::vector<void *>;
 
@@ -160,17 +125,6 @@ void walk_in_aged_heap(benchmark::State &state, size_t count)
     }
 }
 
-/* Bytes of memory, not of address space, that the process holds, without what comes from files. */
-double resident_bytes()
-{
-    std::FILE *file = std::fopen("/proc/self/statm", "r");
-    long resident = 0, shared = 0;
-    bool read = file && std::fscanf(file, "%*d %ld %ld", &resident, &shared) == 2;
-    if (file)
-        std::fclose(file);
-    return read ? static_cast<double>(resident - shared) * static_cast<double>(sysconf(_SC_PAGESIZE)) : std::nan("");
-}
-
 /* The blocks hold themselves together, so that nothing but blocks is measured. */
 template <class Heap>
 double bytes_held(size_t count, size_t size)
@@ -189,64 +143,42 @@ double bytes_held(size_t count, size_t size)
 
 /* ---- the rows --------------------------------------------------------------------------------------------- */
 
-struct targets {
+struct row {
     uint32_t live;
     const char *text;
-    double glibc, mimalloc;
+    speed_targets wanted;
 };
 
-/* `work` takes a heap, for its type, and the state. */
-template <class Work>
-void add_row(const char *id, const std::string &workload, double operations, const targets &wanted, Work work)
+void add_churn(const row &each)
 {
-    auto with = [work]<class Heap>(Heap heap) -> scoreboard::timed_work {
-        return [=](benchmark::State &state) { work(heap, state); };
-    };
-    scoreboard::add_timed({id,
-                           workload,
-                           operations,
-                           with(mova_heap{}),
-                           {{"glibc", with(glibc_heap{}), wanted.glibc},
-                            {"mimalloc", has_mimalloc() ? with(mimalloc_heap{}) : nullptr, wanted.mimalloc}}});
+    add_timed("A1", "release and allocate 48 B, " + std::string(each.text) + " live", churns, each.wanted,
+              [=]<class Heap>(Heap, benchmark::State &state) { churn<Heap>(state, each.live, 48); });
 }
 
-void add_churn(const targets &wanted)
+void add_fill(const row &each)
 {
-    add_row("A1", "release and allocate 48 B, " + std::string(wanted.text) + " live", churns, wanted,
-            [=]<class Heap>(Heap, benchmark::State &state) { churn<Heap>(state, wanted.live, 48); });
+    add_timed("A2", "fill with 48 B, release in random order, " + std::string(each.text), 2.0 * each.live, each.wanted,
+              [=]<class Heap>(Heap, benchmark::State &state) { fill_and_release<Heap>(state, each.live, 48); });
 }
 
-void add_fill(const targets &wanted)
+void add_walk(const row &each)
 {
-    add_row("A2", "fill with 48 B, release in random order, " + std::string(wanted.text), 2.0 * wanted.live, wanted,
-            [=]<class Heap>(Heap, benchmark::State &state) { fill_and_release<Heap>(state, wanted.live, 48); });
-}
-
-void add_walk(const targets &wanted)
-{
-    add_row("A3", "aged heap: build a list, walk it 5 times, " + std::string(wanted.text), wanted.live, wanted,
-            [=]<class Heap>(Heap, benchmark::State &state) { walk_in_aged_heap<Heap>(state, wanted.live); });
+    add_timed("A3", "aged heap: build a list, walk it 5 times, " + std::string(each.text), each.live, each.wanted,
+              [=]<class Heap>(Heap, benchmark::State &state) { walk_in_aged_heap<Heap>(state, each.live); });
 }
 
 void add_bytes(size_t size, double at_most)
 {
-    constexpr size_t count = 1000000;
-    scoreboard::add_measured({"A4",
-                              "bytes held for a live block of " + std::to_string(size) + " B, 1e6 live",
-                              "bytes",
-                              [=] { return bytes_held<mova_heap>(count, size); },
-                              at_most,
-                              {{"glibc", [=] { return bytes_held<glibc_heap>(count, size); }},
-                               {"mimalloc", has_mimalloc() ? [=] { return bytes_held<mimalloc_heap>(count, size); }
-                                                           : scoreboard::measured_work()}}});
+    add_measured("A4", "bytes held for a live block of " + std::to_string(size) + " B, 1e6 live", "bytes", {at_most, 0},
+                 [=]<class Heap>(Heap) { return bytes_held<Heap>(1000000, size); });
 }
 
 const bool registered = [] {
-    for (const targets &wanted : {targets{1000, "1e3", 2, 1.4}, {100000, "1e5", 5, 1.7}, {2000000, "2e6", 5, 3}})
-        add_churn(wanted);
-    for (const targets &wanted : {targets{1000, "1e3", 1.6, 0.8}, {100000, "1e5", 10, 1.1}, {2000000, "2e6", 5, 1.1}})
-        add_fill(wanted);
-    add_walk({2000000, "2e6", 20, 0.9});
+    for (const row &each : {row{1000, "1e3", {2, 1.5}}, row{100000, "1e5", {5, 1.7}}, row{2000000, "2e6", {5, 3}}})
+        add_churn(each);
+    for (const row &each : {row{1000, "1e3", {1.6, 1}}, row{100000, "1e5", {10, 1.1}}, row{2000000, "2e6", {5, 1.1}}})
+        add_fill(each);
+    add_walk({2000000, "2e6", {20, 0.9}});
     add_bytes(24, 26);
     add_bytes(48, 51);
     return true;

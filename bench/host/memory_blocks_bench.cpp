@@ -143,7 +143,7 @@ void add_moved(unsigned per_cent, double at_most)
                               workload("bytes moved by an allocation, ", per_cent),
                               "bytes",
                               [=] { return moved_by_an_operation(per_cent); },
-                              at_most,
+                              {at_most, 0},
                               {}});
 }
 

@@ -1,84 +1,50 @@
-/* Blocks of memory by size class. The caller gives the exact size on release, so no block carries a header.
+/* The process's memory service: one heap over the system, and a cache for each thread. The caller gives the exact size on
+   release, so no block carries a header.
 
-       thread A            thread B
-       +-------------+     +-------------+
-       | 64 pointers |     | 64 pointers |          a bin for each class
-       +-------------+     +-------------+
-           ^  |                ^  |  32 blocks
-           |  v                |  v                 pages of 64 KiB: # taken, . free
-       +---------------------------------+          +---------------+   +---------------+
-       | a class: its lock, and its      | -------> | # # . # . . # |   | . . # # . . # |
-       | pages with a free block         |          +---------------+   +---------------+
-       +---------------------------------+
-           ^  |  a page whose blocks are all free
-           |  v
-       +---------------------------------+
-       | chunks of 2 MiB                 | <------> the system
-       +---------------------------------+
+       thread A: its cache     thread B: its cache          a bin of free blocks for each size class
+           ^  |                    ^  |
+           |  v  several blocks    |  v
+       +-------------------------------------+
+       | heap                                |              internal/heap.h
+       +-------------------------------------+
 
-   Small blocks, up to 1 KiB: a thread takes them from its bin and puts them back there, without a lock and without
-   touching the block. An empty bin is refilled with what one word of a page's bitmap has free, to be handed out in
-   order of address: blocks allocated in a row lie side by side, however the heap has aged. A full bin gives its
-   older half back to the bitmaps. A thread that ends gives back all.
-   Middle blocks, up to 256 KiB: from the bitmaps and back, one at a time. Large blocks: a mapping each.
-
-   Invariants, beside those of internal/pages.h and internal/large_blocks.h:
-     1. A block's class follows from its size. A block in a bin is not free in its page.
-     2. A bin is its thread's alone, but for its top, which others may read.
-     3. Locks are taken in the order caches, class, chunks, and no error is raised under one. */
+   A block's class follows from its size. Blocks of up to 256 KiB come from the thread's cache, without a lock, and go back
+   there; larger ones from the heap. A thread without a cache, for want of room or because its own has been ended, takes all
+   of them from the heap. */
 #include <mova/host/memory.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
-#include <new>
 
 #include <pthread.h>
 
 #include <mova/frame/host.h>
-#include <mova/host/internal/large_blocks.h>
+#include <mova/host/internal/heap.h>
 #include <mova/host/internal/locks.h>
-#include <mova/host/internal/pages.h>
 #include <mova/host/internal/size_classes.h>
+#include <mova/host/internal/system_memory.h>
+#include <mova/host/internal/thread_cache.h>
 
 namespace {
 
 using namespace mova;
 using namespace mova::size_classes;
 
-/* Under a sanitizer every block is the system's, so that the sanitizer sees it, unless the build asks otherwise. */
-#if defined __has_feature && !defined MOVA_MEMORY_OWN_PAGES
-constexpr bool own_pages =
+/* Under a sanitizer every block is the system's, so that the sanitizer sees it. */
+#if defined __has_feature
+constexpr bool own_blocks =
     !(__has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer));
-#elif (defined __SANITIZE_ADDRESS__ || defined __SANITIZE_THREAD__) && !defined MOVA_MEMORY_OWN_PAGES
-constexpr bool own_pages = false;
+#elif defined __SANITIZE_ADDRESS__ || defined __SANITIZE_THREAD__
+constexpr bool own_blocks = false;
 #else
-constexpr bool own_pages = true;
+constexpr bool own_blocks = true;
 #endif
 
-constexpr uint32_t bin_size = 64, flushed = bin_size / 2;
-constexpr size_t bin_bytes = bin_size * sizeof(void *);
-constexpr auto relaxed = std::memory_order_relaxed;
-
-/* Begins at a multiple of twice its size: so its top tells by itself whether it is empty or full. */
-struct alignas(2 * bin_bytes) bin {
-    void *blocks[bin_size];
-};
-
-struct cache {
-    bin bins[small_classes];
-    std::atomic<void **> tops[small_classes];
-    cache *next, *prev;
-
-    uint32_t count(unsigned index) const { return static_cast<uint32_t>(tops[index] - bins[index].blocks); }
-    void set_count(unsigned index, uint32_t to) { tops[index].store(bins[index].blocks + to, relaxed); }
-};
-
-constinit std::mutex caches_lock;
-constinit cache *caches = nullptr;
-[[gnu::tls_model("initial-exec")]] constinit thread_local cache *own_cache = nullptr;
+constinit system_memory process_system;
+constinit heap process_heap(process_system, thread_caches::records);
+constinit thread_caches process_caches(process_heap);
 
 void *exhausted(int32_t line)
 {
@@ -86,127 +52,227 @@ void *exhausted(int32_t line)
     return nullptr;
 }
 
-void end_thread(void *ending)
+/* ---- a thread's beginning and end ------------------------------------------------------------------------- */
+
+/* A thread has a cache from its first call on until its end is called. Destructors may allocate after that, round after
+   round, and nobody would end a second cache. While it begins, the system may call the service for room of its own. */
+enum class stage : unsigned char { fresh, beginning, begun, ended };
+
+constinit thread_cache no_cache;
+[[gnu::tls_model("initial-exec")]] constinit thread_local thread_cache *own_cache = &no_cache;
+[[gnu::tls_model("initial-exec")]] constinit thread_local stage own_stage = stage::fresh;
+
+/* The process's hooks: into the end of each thread, and around a fork. */
+enum class hooks : int { none, being_set, set, gone };
+constinit std::atomic<hooks> process_hooks{hooks::none};
+constinit pthread_key_t thread_end;
+
+void end_thread(void *ended)
 {
-    auto *ended = static_cast<cache *>(ending);
-    own_cache = nullptr;
-    auto guard = locked(caches_lock);
-    for (unsigned i = 0; i < small_classes; i++)
-        pages::give(i, ended->bins[i].blocks, ended->count(i));
-    pages::unlink(caches, ended);
-    mappings::unmap(ended, sizeof(cache));
+    own_cache = &no_cache;
+    own_stage = stage::ended;
+    process_caches.end(static_cast<thread_cache *>(ended));
 }
 
-/* Gives the thread its bins, all empty. Where that fails, the thread's blocks come one at a time from the pages. */
+/* A child has but one thread. It must not find a lock held by another that stayed behind, nor a heap in the midst of a
+   change: so the forking thread holds all locks meanwhile. What the caches of the others held is lost to the child. */
+void lock_before_fork() MOVA_ANNOTATED(no_thread_safety_analysis)
+{
+    process_caches.lock.lock();
+    process_heap.lock();
+}
+
+void unlock_after_fork() MOVA_ANNOTATED(no_thread_safety_analysis)
+{
+    process_heap.unlock();
+    process_caches.lock.unlock();
+}
+
+void go_on_in_child() MOVA_ANNOTATED(no_thread_safety_analysis)
+{
+    process_caches.keep_only(own_cache == &no_cache ? nullptr : own_cache);
+    unlock_after_fork();
+}
+
+/* Returns whether they are set. No lock is held meanwhile, for the system may allocate for them. */
+bool set_hooks()
+{
+    hooks found = hooks::none;
+    if (!process_hooks.compare_exchange_strong(found, hooks::being_set))
+        return found == hooks::set;
+    const bool set = pthread_key_create(&thread_end, end_thread) == 0;
+    pthread_atfork(lock_before_fork, unlock_after_fork, go_on_in_child);
+    process_hooks = set ? hooks::set : hooks::gone;
+    return set;
+}
+
+/* A plugin that contains the service may be unloaded while threads that used it live: they must not call it when they end.
+   Their blocks stay where they are. */
+[[gnu::destructor]] void forget_threads()
+{
+    if (process_hooks.exchange(hooks::gone) == hooks::set)
+        pthread_key_delete(thread_end);
+}
+
+/* Gives the thread a cache, if it may have one. */
 bool begin_thread()
 {
-    static pthread_key_t key;
-    static const bool has_key = pthread_key_create(&key, end_thread) == 0;
-    void *room = has_key ? mappings::map(sizeof(cache), mappings::kind::ordinary) : nullptr;
-    if (!room)
+    if (own_stage != stage::fresh)
         return false;
-    if (pthread_setspecific(key, room) != 0) {
-        mappings::unmap(room, sizeof(cache));
-        return false;
+    own_stage = stage::beginning;
+    thread_cache *begun = set_hooks() ? process_caches.begin() : nullptr;
+    if (begun && pthread_setspecific(thread_end, begun) != 0) {
+        process_caches.end(begun);
+        begun = nullptr;
     }
-    own_cache = new (room) cache;
-    for (unsigned i = 0; i < small_classes; i++)
-        own_cache->set_count(i, 0);
-    auto guard = locked(caches_lock);
-    pages::link(caches, own_cache);
-    return true;
+    own_stage = begun ? stage::begun : stage::fresh;
+    own_cache = begun ? begun : &no_cache;
+    return begun;
 }
 
-bool has_bin(unsigned index)
+bool has_cache()
 {
-    return index < small_classes && (own_cache || begin_thread());
+    return own_cache != &no_cache || begin_thread();
 }
 
-/* Returns null where memory has run out. */
-void *allocate(unsigned index)
+/* ---- blocks ----------------------------------------------------------------------------------------------- */
+
+/* Null where memory has run out. */
+spare_mappings::taken try_to_take(unsigned index)
 {
-    if (index >= first_large_class)
-        return large_blocks::take(index);
-    void *block = nullptr;
-    if (!has_bin(index))
-        return pages::take(index, &block, 1) ? block : nullptr;
-    void **blocks = own_cache->bins[index].blocks;
-    uint32_t count = pages::take(index, blocks, bin_size);
-    if (count == 0)
-        return nullptr;
-    own_cache->set_count(index, count - 1);
-    return blocks[count - 1];
+    if (is_large(index) || !has_cache())
+        return process_heap.take(index);
+    void *block = (*own_cache)[index].pop();
+    return {block ? block : own_cache->take_anew(index), false};
+}
+
+/* Before memory has run out, all that is not in use is given back: first by the thread to the heap, then by the heap. */
+spare_mappings::taken take(unsigned index)
+{
+    const spare_mappings::taken block = try_to_take(index);
+    if (block.start)
+        return block;
+    if (own_cache != &no_cache)
+        own_cache->flush();
+    return process_heap.give_back() ? try_to_take(index) : block;
+}
+
+void *allocate_of_system(size_t size)
+{
+    return size % 16 != 0 ? std::malloc(size) : std::aligned_alloc(16, size);
+}
+
+int32_t line_of(size_t size)
+{
+    return size > run_limit ? MOVA_MEMORY_NO_MAPPING : MOVA_MEMORY_NO_ROOM;
 }
 
 [[gnu::noinline]] void *allocate_slowly(size_t size)
 {
     if (size > PTRDIFF_MAX)
         return exhausted(MOVA_MEMORY_SIZE_TOO_LARGE);
-    void *block = nullptr;
-    if (!own_pages)
-        block = size % 16 != 0 ? std::malloc(size) : std::aligned_alloc(16, size);
-    else if (!(block = allocate(class_of(size))) && large_blocks::drop_kept())
-        block = allocate(class_of(size));
-    return block ? block : exhausted(size > middle_limit ? MOVA_MEMORY_NO_MAPPING : MOVA_MEMORY_NO_ROOM);
+    void *block = own_blocks ? take(class_of(size)).start : allocate_of_system(size);
+    return block ? block : exhausted(line_of(size));
 }
 
 [[gnu::noinline]] void release_slowly(void *item, size_t size)
 {
-    if (!own_pages)
+    if (!own_blocks)
         return std::free(item);
-    unsigned index = class_of(size);
-    if (index >= first_large_class)
-        return large_blocks::give(index, item);
-    if (!has_bin(index))
-        return pages::give(index, &item, 1);
-    void **blocks = own_cache->bins[index].blocks;
-    uint32_t count = own_cache->count(index);
-    if (count == bin_size) {
-        pages::give(index, blocks, flushed);
-        std::memcpy(blocks, blocks + flushed, flushed * sizeof *blocks);
-        count -= flushed;
-    }
-    blocks[count] = item;
-    own_cache->set_count(index, count + 1);
+    if (!item)
+        return;
+    const unsigned index = class_of(size);
+    if (is_large(index) || !has_cache())
+        process_heap.give(index, item);
+    else if (!(*own_cache)[index].push(item))
+        own_cache->give_beyond(index, item);
 }
 
-/* Requires `caches_lock`. */
-mova_memory_class figures_of(unsigned index)
+/* Between classes of large blocks. */
+void *resize(void *item, unsigned from, unsigned to)
 {
-    size_t cached = 0;
-    for (cache *each = index < small_classes ? caches : nullptr; each; each = each->next)
-        cached += each->count(index);
-    bool large = index >= first_large_class;
-    auto guard = locked(large ? large_blocks::lock : pages::classes[index].lock);
-    size_t taken = large ? large_blocks::live[index] : pages::classes[index].taken;
+    void *resized = process_heap.resize(item, from, to);
+    if (!resized && process_heap.give_back())
+        resized = process_heap.resize(item, from, to);
+    return resized ? resized : exhausted(MOVA_MEMORY_NO_ROOM_TO_GROW);
+}
+
+/* The bin of a small size. Every call loads its top and stores it again, and the next call waits for that. Processors that
+   remember which register a place was stored by answer such a load at once where both name the place alike: by this one
+   register, with nothing added. */
+[[gnu::always_inline]] inline bin &bin_of(size_t size)
+{
+    bin *found = &(*own_cache)[class_of(size)];
+#if defined __x86_64__
+    __asm__("" : "+d"(found));
+#endif
+    return *found;
+}
+
+/* ---- over-aligned blocks ---------------------------------------------------------------------------------- */
+
+/* What every block of a class is aligned to. Blocks follow each other from the start of a page on. */
+size_t alignment_of(unsigned index)
+{
+    constexpr size_t of_mappings = 4096;
+    static_assert(of_mappings == unit_size);
+    return index < page_classes ? block_size(index) & -block_size(index) : of_mappings;
+}
+
+size_t multiple_of(size_t alignment, size_t size)
+{
+    return std::max(alignment, (size + alignment - 1) & -alignment);
+}
+
+/* Whether a block of a multiple of the alignment is aligned by itself. */
+bool is_aligned_anyway(size_t alignment, size_t size)
+{
+    return alignment_of(class_of(multiple_of(alignment, size))) >= alignment;
+}
+
+/* An aligned block within a larger one, whose start stands in the word before it. */
+void *allocate_within(size_t alignment, size_t size)
+{
+    auto *start = static_cast<char *>(MM_alloc_item(alignment + size));
+    if (!start)
+        return nullptr;
+    char *aligned = start + alignment - reinterpret_cast<uintptr_t>(start) % alignment;
+    std::memcpy(aligned - sizeof start, &start, sizeof start);
+    return aligned;
+}
+
+void release_within(void *block, size_t alignment, size_t size)
+{
+    char *start;
+    std::memcpy(&start, static_cast<char *>(block) - sizeof start, sizeof start);
+    MM_dealloc_item(start, alignment + size);
+}
+
+/* ---- statistics ------------------------------------------------------------------------------------------- */
+
+mova_memory_class figures_of(unsigned index) MOVA_ANNOTATED(requires_capability(process_caches.lock))
+{
+    const size_t cached = process_caches.cached(index), taken = process_heap.taken(index);
     return {largest_size(index), block_size(index), taken - std::min(taken, cached), cached};
 }
 
 } // namespace
 
-void *MM_alloc_item(size_t size)
+/* Each in as few lines of the instruction cache as it fits into. */
+[[gnu::aligned(64)]] void *MM_alloc_item(size_t size)
 {
-    if (size <= small_limit && own_cache) [[likely]] {
-        std::atomic<void **> &own_top = own_cache->tops[class_of(size)];
-        void **top = own_top.load(relaxed);
-        if (reinterpret_cast<uintptr_t>(top) % sizeof(bin) != 0) [[likely]] {
-            own_top.store(top - 1, relaxed);
-            return top[-1];
-        }
+    if (size <= small_limit) [[likely]] {
+        if (void *block = bin_of(size).pop()) [[likely]]
+            return block;
     }
     return allocate_slowly(size);
 }
 
-void MM_dealloc_item(void *item, size_t size)
+[[gnu::aligned(64)]] void MM_dealloc_item(void *item, size_t size)
 {
-    if (size <= small_limit && own_cache) [[likely]] {
-        std::atomic<void **> &own_top = own_cache->tops[class_of(size)];
-        void **top = own_top.load(relaxed);
-        if (reinterpret_cast<uintptr_t>(top) % sizeof(bin) < bin_bytes) [[likely]] {
-            *top = item;
-            own_top.store(top + 1, relaxed);
+    if (size <= small_limit && item) [[likely]] {
+        if (bin_of(size).push(item)) [[likely]]
             return;
-        }
     }
     release_slowly(item, size);
 }
@@ -215,13 +281,11 @@ void *MM_realloc_item(void *item, size_t old_size, size_t new_size)
 {
     if (new_size > PTRDIFF_MAX)
         return exhausted(MOVA_MEMORY_SIZE_TOO_LARGE);
-    unsigned from = class_of(old_size), to = class_of(new_size);
-    if (own_pages && from == to)
+    const unsigned from = class_of(old_size), to = class_of(new_size);
+    if (own_blocks && from == to)
         return item;
-    if (own_pages && std::min(from, to) >= first_large_class) {
-        void *resized = large_blocks::resize(item, from, to);
-        return resized ? resized : exhausted(MOVA_MEMORY_NO_ROOM_TO_GROW);
-    }
+    if (own_blocks && is_large(std::min(from, to)))
+        return resize(item, from, to);
     void *moved = MM_alloc_item(new_size);
     if (moved) {
         std::memcpy(moved, item, std::min(old_size, new_size));
@@ -230,18 +294,61 @@ void *MM_realloc_item(void *item, size_t old_size, size_t new_size)
     return moved;
 }
 
+void *mova_memory_zeroed(size_t size)
+{
+    if (own_blocks && size > run_limit && size <= PTRDIFF_MAX) {
+        const auto [block, fresh] = take(class_of(size));
+        if (!block)
+            return exhausted(MOVA_MEMORY_NO_MAPPING);
+        return fresh ? block : std::memset(block, 0, size);
+    }
+    void *block = MM_alloc_item(size);
+    return block ? std::memset(block, 0, size) : nullptr;
+}
+
+void *mova_memory_aligned(size_t alignment, size_t size)
+{
+    if (size > PTRDIFF_MAX - std::min(alignment, size_t{PTRDIFF_MAX}))
+        return exhausted(MOVA_MEMORY_SIZE_TOO_LARGE);
+    if (!own_blocks) {
+        void *block = std::aligned_alloc(alignment, multiple_of(alignment, size));
+        return block ? block : exhausted(line_of(size));
+    }
+    return is_aligned_anyway(alignment, size) ? MM_alloc_item(multiple_of(alignment, size))
+                                              : allocate_within(alignment, size);
+}
+
+void mova_memory_release_aligned(void *block, size_t alignment, size_t size)
+{
+    if (!own_blocks)
+        return std::free(block);
+    if (!block)
+        return;
+    if (is_aligned_anyway(alignment, size))
+        MM_dealloc_item(block, multiple_of(alignment, size));
+    else
+        release_within(block, alignment, size);
+}
+
+void mova_memory_trim(void)
+{
+    if (own_cache != &no_cache)
+        own_cache->flush();
+    process_heap.trim();
+}
+
 mova_memory_class mova_memory_statistics_of_size(size_t size)
 {
-    auto guard = locked(caches_lock);
+    guard held(process_caches.lock);
     return size > PTRDIFF_MAX ? mova_memory_class{} : figures_of(class_of(size));
 }
 
 mova_memory_totals mova_memory_statistics(void)
 {
-    auto guard = locked(caches_lock);
-    mova_memory_totals totals{0, 0, 0, mappings::peak, mappings::held};
-    for (unsigned i = 0; i < all_classes; i++) {
-        mova_memory_class figures = figures_of(i);
+    guard held(process_caches.lock);
+    mova_memory_totals totals{0, 0, 0, process_heap.peak(), process_heap.held()};
+    for (unsigned index = 0; index < all_classes; ++index) {
+        const mova_memory_class figures = figures_of(index);
         totals.live_blocks += figures.live_blocks;
         totals.live_bytes += figures.live_blocks * figures.block_size;
         totals.cached_bytes += figures.cached_blocks * figures.block_size;

@@ -6,15 +6,31 @@
    - Threads may call it at the same time, and a thread may release or reallocate a block that another allocated. A
      thread that ends leaves its free blocks to the others.
    - It may be called at any time in the life of a process or a thread: from constructors and destructors of static
-     and of thread-local objects, and from the destructors of thread-specific data. It is not for signal handlers, nor
-     for a child that a process with more than one thread has forked.
+     and of thread-local objects, from the destructors of thread-specific data, in every round of them, and in the child
+     of a process that forked, whatever its threads did. It is not for signal handlers. A plugin that contains the static
+     library may be unloaded while threads that used it live; what it allocated stays.
    - Reallocation within a size class keeps the block where it is. Up to 1024 bytes there is a class for each multiple
      of 8; above, four in each doubling; above 256 KiB, on 64-bit platforms, the powers of two alone. Blocks above
-     256 KiB have address space of their own, of which only the pages that were written to take up memory; they grow
-     by moving pages, not bytes. A released block of up to 64 MiB is kept for the next of its class, one in each.
+     256 KiB have address space of their own, of which only the pages that were written to take up memory; they grow by
+     moving pages, not bytes. Huge pages are asked for only where small blocks fill many chunks, and for a large block
+     that grows to twice a size of 4 MiB or more.
+   - A null that is released is no block, and nothing happens.
    - Memory that runs out is reported as an error of the module "memory" with code MOVA_ALLOCATION_FAILED and one of the
-     lines below. Where the error's handler returns, MM_alloc_item and MM_realloc_item return null, and the block that
-     was to be reallocated is as it was.
+     lines below, after all that is not in use was given back. Where the error's handler returns, or throws, nothing was
+     allocated, and the block that was to be reallocated is as it was; MM_alloc_item and MM_realloc_item return null.
+
+   What is kept of the memory that was released:
+
+   - A thread holds free blocks ready: of one size class at most 64 KiB, 64 blocks at first and 1024 where the program
+     empties and fills them again and again, or one block; of all classes together 24 KiB at first, and up to 4 MiB in a
+     thread that allocates and releases much. They go to the others when the thread ends.
+   - Chunks of 2 MiB in which nothing is live are kept for the next use, less than 128 MiB of them; so are released large
+     blocks, less than 64 MiB together or a single one. What has lain there for a second goes back to the system,
+     which happens when the service is called: it has no thread of its own.
+   - A chunk with a live block in it stays. mova_memory_trim gives back all that can be.
+   - What the system does not take back (it keeps a limited number of mappings) or would keep as too many mappings, is
+     emptied, but for a page, and serves the next of its size.
+   - A child that was forked has lost the free blocks that threads of its parent held ready; they count as live in it.
 
    Under the address, thread and memory sanitizers every block is a block of the system's allocator, and every count
    below is 0.
@@ -30,6 +46,30 @@
 extern "C" {
 #endif
 #pragma GCC visibility push(default)
+
+/* ---- blocks beside those of the service ------------------------------------------------------------------
+
+   They raise what MM_alloc_item raises, and return null where the error's handler returns. */
+
+/* Returns a block whose bytes are all 0. It is released and reallocated like any other. Large blocks that come from the
+   system need no clearing. */
+void *mova_memory_zeroed(size_t size);
+
+/* Returns a block that begins at a multiple of `alignment`, a power of two of at least 16. It goes back through
+   mova_memory_release_aligned alone. Blocks whose size is a multiple of the alignment mostly occupy no more than others. */
+void *mova_memory_aligned(size_t alignment, size_t size);
+
+/* Takes back such a block; both figures are those that it was allocated with. */
+void mova_memory_release_aligned(void *block, size_t alignment, size_t size);
+
+/* ---- giving memory back ------------------------------------------------------------------------------------ */
+
+/* Gives the system back all that it can have: the free blocks that this thread holds ready, all chunks and large blocks
+   that are kept, and what lies unused between blocks. What other threads hold ready stays with them. Linear in the chunks
+   that are held; milliseconds where much is given back. */
+void mova_memory_trim(void);
+
+/* ---- errors ------------------------------------------------------------------------------------------------ */
 
 /* The lines with which the service reports that memory ran out. */
 enum {
@@ -47,13 +87,13 @@ typedef struct mova_memory_class {
     size_t cached_blocks; /* free blocks that threads hold ready for themselves */
 } mova_memory_class;
 
-/* All blocks. What is in use is in pages of 64 KiB, each of which holds blocks of one class; a page is in use while one
-   of its blocks is live or cached. A large block is in use while it is live. */
+/* All blocks. Those of up to 16 KiB lie in pages of 64 KiB, each of which holds blocks of one class; a page is in use while
+   one of its blocks is live or held ready, a larger block while it is live or held ready itself. */
 typedef struct mova_memory_totals {
     size_t live_blocks;  /* blocks that the program holds */
     size_t live_bytes;   /* what they occupy */
     size_t cached_bytes; /* what the free blocks occupy that threads hold ready for themselves */
-    size_t peak_bytes;   /* the most that pages and large blocks in use ever occupied together */
+    size_t peak_bytes;   /* the most that pages and larger blocks in use ever occupied together */
     size_t held_bytes;   /* address space held from the system: blocks, live or free, and all records about them */
 } mova_memory_totals;
 

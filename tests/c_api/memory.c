@@ -18,4 +18,11 @@ void drive_memory(void)
     CHECK(totals.held_bytes == 0 || class_of_40.live_blocks >= 1);
     CHECK(totals.live_bytes >= class_of_40.live_blocks * class_of_40.block_size);
     MM_dealloc_item(block, 40);
+    block = mova_memory_zeroed(100);
+    CHECK(block[0] == 0 && block[99] == 0);
+    MM_dealloc_item(block, 100);
+    block = mova_memory_aligned(256, 100);
+    CHECK((uintptr_t)block % 256 == 0);
+    mova_memory_release_aligned(block, 256, 100);
+    mova_memory_trim();
 }

@@ -5,6 +5,8 @@
 #include <thread>
 
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -14,6 +16,17 @@ template <class F>
 F *symbol(void *library, const char *name)
 {
     return reinterpret_cast<F *>(dlsym(library, name));
+}
+
+/* Returns the status of a child that ends at once. */
+int fork_and_wait()
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(0);
+    int status = 1;
+    waitpid(child, &status, 0);
+    return status;
 }
 
 TEST(MemoryDlopen, ALibraryThatIsLoadedLateServesAllThreads)
@@ -42,6 +55,19 @@ TEST(MemoryDlopen, AThreadThatOutlivesItsUseOfTheLibraryEndsWell)
         release(allocate(24), 24);
         EXPECT_EQ(dlclose(library), 0);
     }).join();
+}
+
+/* A plugin with the static library in it. Unlike the shared one it can be unloaded. */
+TEST(MemoryDlopen, AThreadMayOutliveAPluginThatItUsed)
+{
+    std::thread([] {
+        void *plugin = dlopen(MOVA_HOST_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(plugin, nullptr) << dlerror();
+        symbol<void()>(plugin, "use_memory")();
+        ASSERT_EQ(dlclose(plugin), 0);
+        EXPECT_EQ(dlopen(MOVA_HOST_PLUGIN, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it was not unloaded";
+    }).join();
+    EXPECT_EQ(fork_and_wait(), 0);
 }
 
 } // namespace

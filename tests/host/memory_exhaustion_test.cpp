@@ -9,6 +9,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -236,6 +237,19 @@ TEST_F(MemoryLimit, KeptBlocksGoBackBeforeMemoryRunsOut)
             return 1;
         MM_dealloc_item(MM_alloc_item(8 * mib), 8 * mib);
         return release_all(allocate_all(100000), 100000) >= 100 ? 0 : 2;
+    });
+}
+
+TEST_F(MemoryLimit, WhatSmallBlocksHadGoesBackBeforeALargeOneIsRefused)
+{
+    with_little_room(140 * mib, [] {
+        std::vector<void *> blocks(100000);
+        for (size_t size : {size_t{1024}, size_t{1000}}) {
+            std::ranges::generate(blocks, [=] { return MM_alloc_item(size); });
+            for (void *block : blocks)
+                MM_dealloc_item(block, size);
+        }
+        return MM_alloc_item(100 * mib) ? 0 : 1;
     });
 }
 

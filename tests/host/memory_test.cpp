@@ -36,6 +36,7 @@ protected:
         MM_dealloc_item(MM_alloc_item(1), 1);
         if (mova_memory_statistics().held_bytes == 0)
             GTEST_SKIP() << "under this sanitizer the blocks are the system's";
+        mova_memory_trim();
     }
 };
 
@@ -93,6 +94,62 @@ TEST(Memory, BlocksOfSizeZeroAreBlocksOfTheirOwn)
     std::ranges::sort(blocks);
     EXPECT_EQ(std::ranges::adjacent_find(blocks), blocks.end());
     release(blocks, 0);
+}
+
+TEST(Memory, ANullThatIsReleasedIsNeverHandedOut)
+{
+    for (size_t size : {size_t{0}, size_t{1}, size_t{48}, kib, 5 * kib, 100 * kib, mib, 100 * mib}) {
+        const size_t live = mova_memory_statistics_of_size(size).live_blocks;
+        for (int i = 0; i < 100; ++i)
+            MM_dealloc_item(nullptr, size);
+        EXPECT_EQ(mova_memory_statistics_of_size(size).live_blocks, live) << size;
+        std::vector<void *> blocks = allocate(10, size);
+        EXPECT_EQ(std::ranges::count(blocks, nullptr), 0) << size;
+        release(blocks, size);
+    }
+}
+
+TEST(Memory, AZeroedBlockIsZeroThoughItsMemoryWasUsed)
+{
+    for (size_t size : {size_t{0}, size_t{1}, size_t{48}, kib, 5 * kib, 100 * kib, 300 * kib, 70 * mib}) {
+        for (int turn = 0; turn < 3; ++turn) {
+            auto *block = static_cast<char *>(mova_memory_zeroed(size));
+            ASSERT_NE(block, nullptr);
+            EXPECT_EQ(std::count(block, block + size, '\0'), static_cast<std::ptrdiff_t>(size)) << turn;
+            std::memset(block, 'z', size);
+            MM_dealloc_item(block, size);
+        }
+    }
+}
+
+TEST(Memory, AnAlignedBlockBeginsAtAMultipleOfItsAlignment)
+{
+    for (size_t alignment = 16; alignment <= 8 * mib; alignment *= 2) {
+        for (size_t size : {size_t{0}, size_t{1}, size_t{100}, kib, 3000 * size_t{1}, 20 * kib, 100 * kib, mib}) {
+            std::vector<char *> blocks(5);
+            for (char *&block : blocks) {
+                block = static_cast<char *>(mova_memory_aligned(alignment, size));
+                ASSERT_NE(block, nullptr);
+                ASSERT_EQ(address(block) % alignment, 0u) << size << " at " << alignment;
+                std::memset(block, 'a', size);
+            }
+            std::ranges::sort(blocks);
+            for (size_t i = 1; i < blocks.size(); ++i)
+                ASSERT_LE(blocks[i - 1] + size, blocks[i]);
+            for (char *block : blocks)
+                mova_memory_release_aligned(block, alignment, size);
+        }
+    }
+    mova_memory_release_aligned(nullptr, 64, 100);
+}
+
+TEST_F(MemoryPages, AnAlignedBlockOfAMultipleOfItsAlignmentOccupiesNoMore)
+{
+    const size_t live = mova_memory_statistics_of_size(256).live_blocks;
+    void *block = mova_memory_aligned(64, 256);
+    EXPECT_EQ(mova_memory_statistics_of_size(256).live_blocks, live + 1);
+    mova_memory_release_aligned(block, 64, 256);
+    EXPECT_EQ(mova_memory_statistics_of_size(256).live_blocks, live);
 }
 
 /* Live blocks, each filled with a byte of its own. */
@@ -311,6 +368,19 @@ TEST_F(MemoryPages, ABlockOf600MiBFitsIntoASmallAddressSpace)
         EXPECT_LE(mova_memory_statistics_of_size(600 * mib).block_size, 640 * mib);
     }
     MM_dealloc_item(block, 600 * mib);
+}
+
+TEST_F(MemoryPages, TrimmingGivesBackWhatWasReleased)
+{
+    std::vector<void *> kept = allocate(10, 100);
+    const size_t held = mova_memory_statistics().held_bytes;
+    for (size_t size : {size_t{100}, 5 * kib, 100 * kib, 5 * mib})
+        release(allocate(20 * mib / size, size), size);
+    EXPECT_GT(mova_memory_statistics().held_bytes, held + 16 * mib);
+    mova_memory_trim();
+    EXPECT_LE(mova_memory_statistics().held_bytes, held + 2 * mib);
+    EXPECT_EQ(mova_memory_statistics().cached_bytes, 0u);
+    release(kept, 100);
 }
 
 TEST_F(MemoryPages, InAnAgedHeapBlocksAllocatedInARowLieSideBySide)

@@ -5,12 +5,16 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstring>
+#include <initializer_list>
 #include <mutex>
 #include <random>
 #include <thread>
 #include <vector>
 
 #include <pthread.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -193,6 +197,79 @@ TEST(MemoryThreads, StatisticsMayBeReadWhileOthersAllocate)
     in_threads(2, churn);
     done = true;
     reader.join();
+}
+
+/* ---- what a sanitizer has its own ways for ------------------------------------------------------------------ */
+
+/* Sets its key again in its destructor, as often as the system calls that, and allocates each time. */
+TEST(MemoryOwnThreads, AThreadThatAllocatesInEveryRoundOfDestructorsLeavesNothing)
+{
+    static pthread_key_t key;
+    static std::atomic<int> rounds;
+    rounds = 0;
+    MM_dealloc_item(MM_alloc_item(800), 800);
+    ASSERT_EQ(pthread_key_create(&key,
+                                 [](void *block) {
+                                     ++rounds;
+                                     release(allocate(200, 800), 800);
+                                     MM_dealloc_item(block, 808);
+                                     if (rounds % PTHREAD_DESTRUCTOR_ITERATIONS != 0)
+                                         pthread_setspecific(key, MM_alloc_item(808));
+                                 }),
+              0);
+    const auto before_one = mova_memory_statistics();
+    const auto one_thread = [] { std::thread([] { pthread_setspecific(key, MM_alloc_item(808)); }).join(); };
+    one_thread();
+    EXPECT_EQ(rounds, PTHREAD_DESTRUCTOR_ITERATIONS);
+    const size_t held = mova_memory_statistics().held_bytes;
+    for (int i = 0; i < 50; ++i)
+        one_thread();
+    EXPECT_EQ(mova_memory_statistics().held_bytes, held);
+    EXPECT_EQ(mova_memory_statistics().live_blocks, before_one.live_blocks);
+    EXPECT_EQ(mova_memory_statistics().cached_bytes, before_one.cached_bytes);
+    pthread_key_delete(key);
+}
+
+/* Returns whether the child ended well, and in time. */
+bool child_ends_well(pid_t child)
+{
+    for (int waited = 0; waited < 20000; ++waited) {
+        int status = 0;
+        if (waitpid(child, &status, WNOHANG) == child)
+            return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        usleep(1000);
+    }
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    return false;
+}
+
+TEST(MemoryOwnThreads, AChildThatIsForkedBesideBusyThreadsMayAllocate)
+{
+    std::atomic<bool> done{false};
+    std::vector<std::thread> busy;
+    for (int i = 0; i < 3; ++i) {
+        busy.emplace_back([&] {
+            while (!done) {
+                for (size_t size : std::initializer_list<size_t>{40, 3000, 40000, 300000})
+                    release(allocate(200, size), size);
+            }
+        });
+    }
+    for (int i = 0; i < 60; ++i) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            for (size_t size : std::initializer_list<size_t>{40, 3000, 40000, 300000})
+                release(allocate(200, size), size);
+            std::thread([] { release(allocate(200, 40), 40); }).join();
+            _exit(0);
+        }
+        ASSERT_TRUE(child_ends_well(child)) << i;
+    }
+    done = true;
+    for (std::thread &thread : busy)
+        thread.join();
 }
 
 } // namespace

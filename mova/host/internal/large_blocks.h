@@ -1,81 +1,96 @@
-/* Large blocks: a mapping each, so that one grows by moving pages. Of each class, a released one is kept. */
+/* Large blocks: a mapping each, so that one grows by moving pages. */
 #ifndef MOVA_HOST_INTERNAL_LARGE_BLOCKS_H
 #define MOVA_HOST_INTERNAL_LARGE_BLOCKS_H
 
-#include <mutex>
-#include <utility>
+#include <cstddef>
 
+#include <mova/frame/internal/assert.h>
 #include <mova/host/internal/locks.h>
 #include <mova/host/internal/mappings.h>
 #include <mova/host/internal/size_classes.h>
+#include <mova/host/internal/spare_mappings.h>
 
-namespace mova::large_blocks {
+namespace mova {
 
-using size_classes::all_classes, size_classes::block_size, size_classes::first_large_class;
+class large_blocks {
+public:
+    constexpr explicit large_blocks(mappings &from) : mappings_(from), spare_(from, most_spare_bytes, 1) {}
 
-constexpr size_t largest_kept = size_t{64} << 20;
-
-/* Of each class, at the place of the class: a released block, and the number of live ones. Both under `lock`. */
-inline constinit std::mutex lock;
-inline constinit void *kept[all_classes] = {};
-inline constinit size_t live[all_classes] = {};
-
-inline void count(unsigned index, int change)
-{
-    live[index] += static_cast<size_t>(change);
-    mappings::count_used(block_size(index) * static_cast<size_t>(change));
-}
-
-/* Returns null where memory has run out. */
-inline void *take(unsigned index)
-{
-    auto guard = locked(lock);
-    void *block = std::exchange(kept[index], nullptr);
-    if (!block)
-        block = mappings::map(block_size(index), mappings::kind::huge);
-    if (block)
-        count(index, 1);
-    return block;
-}
-
-inline void give(unsigned index, void *block)
-{
-    auto guard = locked(lock);
-    count(index, -1);
-    if (block_size(index) <= largest_kept)
-        block = std::exchange(kept[index], block);
-    if (block)
-        mappings::unmap(block, block_size(index));
-}
-
-/* Gives the kept blocks back to the system. Returns whether there were any. */
-inline bool drop_kept()
-{
-    auto guard = locked(lock);
-    bool dropped = false;
-    for (unsigned i = first_large_class; i < all_classes; i++) {
-        if (!kept[i])
-            continue;
-        mappings::unmap(std::exchange(kept[i], nullptr), block_size(i));
-        dropped = true;
+    /* Returns a block of a class, null where memory has run out, and whether every byte of it is 0. */
+    spare_mappings::taken take(unsigned index)
+    {
+        guard held(lock);
+        const spare_mappings::taken block = spare_.take(index);
+        if (block.start)
+            count(index, 1);
+        return block;
     }
-    return dropped;
-}
 
-/* Returns the block's new place, or null where memory has run out: then the block is as it was. */
-inline void *resize(void *block, unsigned from, unsigned to)
-{
-    void *resized = mappings::remap(block, block_size(from), block_size(to));
-    if (!resized && drop_kept())
-        resized = mappings::remap(block, block_size(from), block_size(to));
-    if (!resized)
-        return nullptr;
-    auto guard = locked(lock);
-    count(from, -1);
-    count(to, 1);
-    return resized;
-}
+    void give(unsigned index, void *block)
+    {
+        guard held(lock);
+        count(index, -1);
+        spare_.give(index, block);
+    }
 
-} // namespace mova::large_blocks
+    /* Returns the block's new place, or null where the system refuses: then the block is as it was. A block that grows to
+       twice its size was filled, it is likely, and will be: there huge pages pay. */
+    void *resize(void *block, unsigned from, unsigned to)
+    {
+        const size_t old_size = size_classes::block_size(from), new_size = size_classes::block_size(to);
+        void *resized =
+            new_size < old_size ? shortened(block, old_size, new_size) : mappings_.extend(block, old_size, new_size);
+        if (!resized)
+            return nullptr;
+        if (old_size >= least_for_huge_pages && new_size > old_size && new_size <= 2 * old_size)
+            mappings_.prefer_huge_pages(resized, new_size);
+        guard held(lock);
+        count(from, -1);
+        count(to, 1);
+        return resized;
+    }
+
+    /* The number of blocks of a class that are live. */
+    size_t live(unsigned index)
+    {
+        guard held(lock);
+        return live_[index - first_class];
+    }
+
+    void age()
+    {
+        guard held(lock);
+        spare_.age();
+    }
+
+    bool trim()
+    {
+        guard held(lock);
+        return spare_.trim();
+    }
+
+    mutex lock;
+
+private:
+    static constexpr unsigned first_class = size_classes::run_classes;
+    static constexpr size_t most_spare_bytes = size_t{64} << 20, least_for_huge_pages = size_t{4} << 20;
+
+    void count(unsigned index, int change) MOVA_ANNOTATED(requires_capability(lock))
+    {
+        live_[index - first_class] += static_cast<size_t>(change);
+        mappings_.count_used(size_classes::block_size(index) * static_cast<size_t>(change));
+    }
+
+    void *shortened(void *block, size_t old_size, size_t new_size)
+    {
+        return mappings_.unmap(static_cast<char *>(block) + new_size, old_size - new_size) ? block : nullptr;
+    }
+
+    mappings &mappings_;
+    spare_mappings spare_ MOVA_ANNOTATED(guarded_by(lock));
+    size_t live_[size_classes::all_classes - first_class] MOVA_ANNOTATED(guarded_by(lock)) = {};
+};
+
+} // namespace mova
 
 #endif

@@ -1,4 +1,4 @@
-/* Address space from the system, placed so that huge pages fit into it. */
+/* Address space from the system, and the count of it. */
 #ifndef MOVA_HOST_INTERNAL_MAPPINGS_H
 #define MOVA_HOST_INTERNAL_MAPPINGS_H
 
@@ -6,111 +6,103 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <sys/mman.h>
+#include <mova/host/internal/system_memory.h>
 
-namespace mova::mappings {
+namespace mova {
 
-/* A mapping of this size or more begins at a multiple of it. */
-constexpr size_t alignment = size_t{2} << 20;
+class mappings {
+public:
+    constexpr explicit mappings(system_memory &system) : system_(system) {}
 
-/* The pages that the system is asked for. It may decline to use huge ones, which changes nothing but the speed. */
-enum class kind { ordinary, huge };
+    /* Bytes of address space held from the system, and the most that ever was in use of it. */
+    size_t held() const { return held_; }
+    size_t peak() const { return peak_; }
 
-/* Bytes of address space: held from the system; of these in use for blocks; and the most that ever was in use. */
-inline constinit std::atomic<size_t> held{0}, used{0}, peak{0};
-
-/* Counts bytes that came into use, or went out of use where the change is negative, as a size_t. */
-inline void count_used(size_t change)
-{
-    size_t now = used.fetch_add(change) + change;
-    for (size_t most = peak; now > most && !peak.compare_exchange_weak(most, now);)
-        continue;
-}
-
-inline bool well_aligned(const void *start, size_t size)
-{
-    return size < alignment || reinterpret_cast<uintptr_t>(start) % alignment == 0;
-}
-
-inline void *reserve(size_t size)
-{
-    int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
-    void *start = mmap(nullptr, size, PROT_READ | PROT_WRITE, flags, -1, 0);
-    return start == MAP_FAILED ? nullptr : start;
-}
-
-/* Reserves more than is asked for and gives back what lies outside the aligned part. */
-inline void *reserve_aligned(size_t size)
-{
-    auto *start = static_cast<char *>(reserve(size + alignment));
-    if (!start)
-        return nullptr;
-    size_t before = -reinterpret_cast<uintptr_t>(start) % alignment;
-    if (before != 0)
-        munmap(start, before);
-    munmap(start + before + size, alignment - before);
-    return start + before;
-}
-
-/* Returns `size` bytes of zeros that take up no memory until they are written to, or null. */
-inline void *map(size_t size, kind wanted)
-{
-    void *start = reserve(size);
-    if (start && !well_aligned(start, size)) {
-        munmap(start, size);
-        start = reserve_aligned(size);
+    /* Counts bytes that came into use, or went out of use where the change is negative, as a size_t. */
+    void count_used(size_t change)
+    {
+        const size_t now = used_.fetch_add(change) + change;
+        for (size_t most = peak_; now > most && !peak_.compare_exchange_weak(most, now);)
+            continue;
     }
-    if (!start)
-        return nullptr;
-    if (wanted == kind::huge)
-        madvise(start, size, MADV_HUGEPAGE);
-    held += size;
-    return start;
-}
 
-inline void unmap(void *start, size_t size)
-{
-    munmap(start, size);
-    held -= size;
-}
-
-/* Moves the pages of a mapping to a new one of another size. They keep their kind. */
-inline void *move(void *start, size_t old_size, size_t new_size)
-{
-    void *room = map(new_size, kind::ordinary);
-    if (!room)
-        return nullptr;
-    void *moved = mremap(start, old_size, new_size, MREMAP_MAYMOVE | MREMAP_FIXED, room);
-    held -= moved == MAP_FAILED ? new_size : old_size; /* the system gives `room` up before it can fail */
-    return moved == MAP_FAILED ? nullptr : moved;
-}
-
-/* Gives back the end of a mapping. Returns whether the system took it. */
-inline bool shorten(void *start, size_t old_size, size_t new_size)
-{
-    if (munmap(static_cast<char *>(start) + new_size, old_size - new_size) != 0)
-        return false;
-    held -= old_size - new_size;
-    return true;
-}
-
-inline bool extend(void *start, size_t old_size, size_t new_size)
-{
-    if (!well_aligned(start, new_size) || mremap(start, old_size, new_size, 0) == MAP_FAILED)
-        return false;
-    held += new_size - old_size;
-    return true;
-}
-
-/* Gives a mapping another size, where it is or elsewhere; no byte is copied. Returns its place, or null: then it is
-   as it was. */
-inline void *remap(void *start, size_t old_size, size_t new_size)
-{
-    if (new_size < old_size ? shorten(start, old_size, new_size) : extend(start, old_size, new_size))
+    /* Returns `size` bytes of zeros that take up no memory until they are written to, or null. */
+    void *map(size_t size, void *wish = nullptr)
+    {
+        void *start = system_.map(wish, size);
+        if (start)
+            held_ += size;
         return start;
-    return move(start, old_size, new_size);
-}
+    }
 
-} // namespace mova::mappings
+    /* The same, at a multiple of `alignment`, a power of two.
+
+       1. The system may happen to give such a place.
+       2. Else it is likely to have one just below the place that it gave, where its mappings grow to.
+       3. Else more is mapped than is asked for, and what lies outside the aligned part is given back. */
+    void *map_aligned(size_t size, size_t alignment)
+    {
+        void *start = map(size);
+        if (!start || is_aligned(start, alignment))
+            return start;
+        if (unmap(start, size)) {
+            start = map(size, aligned_below(start, alignment));
+            if (!start || is_aligned(start, alignment))
+                return start;
+            unmap(start, size);
+        }
+        return cut_aligned(size, alignment);
+    }
+
+    /* Returns whether the system took the piece back. If not, it stays as it was, and held. */
+    bool unmap(void *start, size_t size)
+    {
+        if (!system_.unmap(start, size))
+            return false;
+        held_ -= size;
+        return true;
+    }
+
+    /* Makes a mapping larger by moving pages; no byte is copied. Returns its place, or null: then it is as it was. */
+    void *extend(void *start, size_t old_size, size_t new_size)
+    {
+        void *extended = system_.extend(start, old_size, new_size);
+        if (extended)
+            held_ += new_size - old_size;
+        return extended;
+    }
+
+    void purge(void *start, size_t size) { system_.purge(start, size); }
+    void prefer_huge_pages(void *start, size_t size) { system_.prefer_huge_pages(start, size); }
+    uint32_t now() { return system_.now(); }
+
+private:
+    static bool is_aligned(void *start, size_t alignment)
+    {
+        return reinterpret_cast<uintptr_t>(start) % alignment == 0;
+    }
+
+    static void *aligned_below(void *start, size_t alignment)
+    {
+        return static_cast<char *>(start) - reinterpret_cast<uintptr_t>(start) % alignment;
+    }
+
+    void *cut_aligned(size_t size, size_t alignment)
+    {
+        auto *start = static_cast<char *>(map(size + alignment));
+        if (!start)
+            return nullptr;
+        const size_t before = -reinterpret_cast<uintptr_t>(start) % alignment;
+        if (before != 0)
+            unmap(start, before);
+        unmap(start + before + size, alignment - before);
+        return start + before;
+    }
+
+    system_memory &system_;
+    std::atomic<size_t> held_{0}, used_{0}, peak_{0};
+};
+
+} // namespace mova
 
 #endif
