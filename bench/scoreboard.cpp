@@ -109,14 +109,14 @@ figures measure(const timed_row &timed, const effort &spent)
     std::vector<timed_work> contenders = {timed.ours};
     for (const timed_peer &peer : timed.peers)
         contenders.push_back(peer.work);
-    for (size_t i = 0; i < contenders.size(); i++) {
+    for (size_t i = 0; i < contenders.size(); ++i) {
         if (contenders[i])
             benchmark::RegisterBenchmark(std::to_string(i).c_str(), contenders[i]);
     }
     collector times;
     benchmark::RunSpecifiedBenchmarks(&times);
     figures result;
-    for (size_t i = 0; i < contenders.size(); i++)
+    for (size_t i = 0; i < contenders.size(); ++i)
         result.push_back(times.median(std::to_string(i)) * 1e9 / timed.operations);
     return result;
 }
@@ -197,7 +197,7 @@ const char *judged(bool met, tally &counts)
 void print(const timed_row &timed, const figures &result, tally &counts)
 {
     print_ours(timed, result[0], "ns");
-    for (size_t i = 0; i < timed.peers.size(); i++) {
+    for (size_t i = 0; i < timed.peers.size(); ++i) {
         const timed_peer &peer = timed.peers[i];
         double ratio = result[i + 1] / result[0];
         print_indent(i == 0);
@@ -235,7 +235,7 @@ void print(const measured_row &measured, const figures &result, tally &counts)
         print_target("of the peers'", result[0] / smallest, measured.wanted.of_peers, counts);
     else
         std::printf("\n");
-    for (size_t i = 0; i < measured.peers.size(); i++) {
+    for (size_t i = 0; i < measured.peers.size(); ++i) {
         const char *name = measured.peers[i].name.c_str();
         print_indent(false);
         if (std::isnan(result[i + 1]))
@@ -294,7 +294,7 @@ bool is_row(const std::string &word)
 std::optional<settings> read_command_line(int argc, char **argv)
 {
     settings wanted;
-    for (int i = 1; i < argc; i++) {
+    for (int i = 1; i < argc; ++i) {
         std::string word = argv[i];
         if (word == "--list")
             wanted.list = true;

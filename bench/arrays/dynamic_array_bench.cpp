@@ -65,7 +65,7 @@ void append_to_mova(benchmark::State &state, int32_t count, int32_t increment)
 {
     for (auto _ : state) {
         DA_array *array = DA_create(4, increment);
-        for (int32_t i = 0; i < count; i++)
+        for (int32_t i = 0; i < count; ++i)
             DA_append(array, &i, 1);
         DA_release(array);
     }
@@ -77,7 +77,7 @@ void append_to_mova_block(benchmark::State &state, int32_t count, int32_t increm
         GB_block block;
         GB_init(&block, 4, 1);
         GB_set_inc(&block, increment);
-        for (int32_t i = 0; i < count; i++)
+        for (int32_t i = 0; i < count; ++i)
             GB_append_after_last(&block, &i);
         GB_release(&block);
     }
@@ -87,7 +87,7 @@ void append_to_vector(benchmark::State &state, int32_t count)
 {
     for (auto _ : state) {
         numbers vector;
-        for (int32_t i = 0; i < count; i++)
+        for (int32_t i = 0; i < count; ++i)
             vector.push_back(i);
         DoNotOptimize(vector.data());
     }
@@ -97,7 +97,7 @@ void append_to_glib(benchmark::State &state, int32_t count)
 {
     for (auto _ : state) {
         GArray *array = g_array_new(FALSE, FALSE, 4);
-        for (int32_t i = 0; i < count; i++)
+        for (int32_t i = 0; i < count; ++i)
             g_array_append_val(array, i);
         g_array_free(array, TRUE);
     }
@@ -183,7 +183,7 @@ void roll_elements(numbers &all, size_t first, size_t size)
     const size_t rest = all.size() - first;
     std::vector<char> buffer(first * size);
     std::memcpy(buffer.data(), bytes, first * size);
-    for (size_t i = 0; i < rest; i++)
+    for (size_t i = 0; i < rest; ++i)
         std::memcpy(bytes + i * size, bytes + (i + first) * size, size);
     std::memcpy(bytes + rest * size, buffer.data(), first * size);
 }
@@ -192,7 +192,7 @@ void roll_numbers(numbers &all, int32_t n, int32_t count)
 {
     size_t last_below = 0, size = sizeof(int32_t);
     DoNotOptimize(size);
-    for (size_t i = 0; i < all.size(); i++) {
+    for (size_t i = 0; i < all.size(); ++i) {
         if (all[i] < n)
             last_below = i;
         all[i] = (all[i] + count - n) % count;
@@ -254,7 +254,7 @@ template <class Set>
 void look_up_in_set(benchmark::State &state, int32_t count)
 {
     Set set;
-    for (int32_t number = 0; number < count; number++)
+    for (int32_t number = 0; number < count; ++number)
         set.insert(set.end(), 2 * number);
     look_up(state, count, [&](int32_t number) { return set.find(number) != set.end(); });
 }
@@ -288,7 +288,7 @@ char thing;
 void look_for_id_in_mova(benchmark::State &state, int32_t count)
 {
     DA_array *table = io_lut_create();
-    for (int32_t i = 1; i < count; i++)
+    for (int32_t i = 1; i < count; ++i)
         io_lut_add(table, nullptr);
     io_lut_add(table, &thing);
     for (auto _ : state)

@@ -82,7 +82,7 @@ template <class Heap>
 node *build_list(size_t count)
 {
     node *first = nullptr;
-    for (size_t i = 0; i < count; i++) {
+    for (size_t i = 0; i < count; ++i) {
         auto *added = static_cast<node *>(Heap::take(sizeof(node)));
         *added = {nullptr, first, nullptr};
         if (first)
@@ -115,7 +115,7 @@ void walk_in_aged_heap(benchmark::State &state, size_t count)
         release<Heap>(blocks, sizeof(node));
         state.ResumeTiming();
         node *first = build_list<Heap>(count);
-        for (int walk = 0; walk < 5; walk++) {
+        for (int walk = 0; walk < 5; ++walk) {
             for (node *at = first; at; at = at->next)
                 benchmark::DoNotOptimize(at->item);
         }
@@ -131,7 +131,7 @@ double bytes_held(size_t count, size_t size)
 {
     double before = resident_bytes();
     void *last = nullptr;
-    for (size_t i = 0; i < count; i++) {
+    for (size_t i = 0; i < count; ++i) {
         void *block = Heap::take(size);
         std::fill_n(static_cast<char *>(block), size, 'm');
         *static_cast<void **>(block) = last;

@@ -58,7 +58,7 @@ public:
     {
         std::mt19937 engine(4197);
         std::uniform_int_distribution<uint32_t> size(kib / 2, 16 * kib), any;
-        for (size_t i = 0; i < churns; i++)
+        for (size_t i = 0; i < churns; ++i)
             draws_.push_back({size(engine), any(engine)});
         for (const draw &each : draws_)
             step(each);
@@ -117,7 +117,7 @@ double moved_by_an_operation(unsigned per_cent)
     constexpr int turns = 10;
     churn<mova_pool> churning(per_cent);
     const uint64_t before = churning.heap().figures().moved_bytes;
-    for (int i = 0; i < turns; i++)
+    for (int i = 0; i < turns; ++i)
         churning.turn();
     return static_cast<double>(churning.heap().figures().moved_bytes - before) / (turns * churns);
 }

@@ -10,7 +10,7 @@ int main(void)
     SA_adapt_for_insert(selected, 2); /* the list has a new entry 2 */
     SA_adapt_for_remove(selected, 0); /* its entry 0 is gone */
     const int32_t *numbers = DA_data(selected);
-    for (int i = 0; i < DA_nitems(selected); i++)
+    for (int i = 0; i < DA_nitems(selected); ++i)
         printf("%d\n", (int)numbers[i]);
     DA_release(selected);
 }

@@ -18,12 +18,12 @@ using mova::test::distinct_elements;
 using mova::test::element;
 using mova::test::elements_named;
 using mova::test::every_size;
+using mova::test::expect_raise;
 using mova::test::log;
 using mova::test::name_of_element;
 using mova::test::named;
 using mova::test::names_of;
 using mova::test::picked;
-using mova::test::raised;
 using mova::test::recording_host;
 
 /* What the test below was asked about; where `act` is set, it is called at each question. */
@@ -133,14 +133,7 @@ protected:
     {
         host.take_log();
         host.fail_allocation(1);
-        try {
-            call();
-            ADD_FAILURE() << "nothing was raised";
-        } catch (const raised &error) {
-            EXPECT_EQ(error.module, "darray");
-            EXPECT_EQ(error.line, line);
-            EXPECT_EQ(error.code, 4197);
-        }
+        expect_raise("darray", line, 4197, call);
     }
 
     DA_array *array = nullptr;
@@ -677,14 +670,7 @@ TEST_F(DynamicArray, CopyingElementsOfAnotherSizeRaisesLine289AndLeavesTheTarget
     DA_append(fours, "aaaabbbb", 2);
     DA_append(eights, "ccccdddd", 1);
     host.take_log();
-    try {
-        DA_copy_into(eights, fours);
-        ADD_FAILURE() << "nothing was raised";
-    } catch (const raised &error) {
-        EXPECT_EQ(error.module, "darray");
-        EXPECT_EQ(error.line, 289);
-        EXPECT_EQ(error.code, 4297);
-    }
+    expect_raise("darray", 289, 4297, [&] { DA_copy_into(eights, fours); });
     EXPECT_EQ(host.take_log(), log{"raise darray 289 4297"});
     EXPECT_EQ(DA_nitems(eights), 1);
     EXPECT_EQ(std::memcmp(DA_data(eights), "ccccdddd", 8), 0);

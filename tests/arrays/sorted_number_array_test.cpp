@@ -14,8 +14,8 @@ namespace {
 
 using mova::test::broken_invariant;
 using mova::test::broken_invariant_of_numbers;
+using mova::test::expect_raise;
 using mova::test::log;
-using mova::test::raised;
 using numbers = std::vector<int32_t>;
 
 class SortedNumberArray : public mova::test::recording_host_test_case {
@@ -378,7 +378,7 @@ TEST_F(SortedNumberArray, AdaptsEveryLengthAsTheDesignDoes)
 TEST_F(SortedNumberArray, AddingWithoutMemoryRaisesAsTheDynamicArrayDoes)
 {
     host.fail_allocation(1);
-    EXPECT_THROW(SA_add_number(array, 3), raised);
+    expect_raise("darray", 111, 4197, [&] { SA_add_number(array, 3); });
     EXPECT_EQ(host.take_log(), (log{"alloc 40 = null", "raise darray 111 4197"}));
     EXPECT_EQ(contents(), numbers{});
 }

@@ -35,7 +35,7 @@ static void standard_colours(void)
     const int32_t indices[] = {GE_WHITE,   GE_CLEAR, GE_BLACK,   GE_RED,     GE_LRED,     GE_BLUE,   GE_LGRAY,
                                GE_GRAY,    GE_GREEN, GE_CYAN,    GE_MAG,     GE_DRKGREEN, GE_DRKMAG, GE_DRKBLU,
                                GE_DRKGRAY, GE_SYS32, GE_GRAY144, GE_GRAY164, GE_DRKCYAN};
-    for (int i = 0; i < 19; i++)
+    for (int i = 0; i < 19; ++i)
         CHECK(indices[i] == 20 + i);
     check_colour(GE_MAG, 189, 0, 189);
 }

@@ -12,8 +12,8 @@
 
 namespace {
 
+using mova::test::expect_raise;
 using mova::test::log;
-using mova::test::raised;
 using mova::test::recording_host;
 
 const std::string entry_bytes = std::to_string(sizeof(cc_entry));
@@ -274,14 +274,7 @@ TEST_F(SwapCache, GetWithoutRoomRaisesAndLeavesTheEntryOut)
     fill("A! B");
     host.pool().set_budget(10);
     at('B').size = 11;
-    try {
-        cc_get(cache, entry('B'));
-        FAIL() << "did not raise";
-    } catch (const raised &error) {
-        EXPECT_EQ(error.module, "cache");
-        EXPECT_EQ(error.line, 334);
-        EXPECT_EQ(error.code, 4197);
-    }
+    expect_raise("cache", 334, 4197, [&] { cc_get(cache, entry('B')); });
     EXPECT_EQ(text(), "A B");
 }
 
@@ -356,7 +349,7 @@ TEST_F(SwapCache, AllocPrintsNothing)
 TEST_F(SwapCache, AllocWithoutEntriesRaisesAtOnce)
 {
     host.pool().set_budget(9);
-    EXPECT_THROW(cc_alloc(cache, 10), raised);
+    expect_raise("cache", 334, 4197, [&] { cc_alloc(cache, 10); });
     EXPECT_EQ(host.take_log(), (log{"mb_alloc 10 = 0", "raise cache 334 4197"}));
 }
 
@@ -364,7 +357,7 @@ TEST_F(SwapCache, AllocThatEvictionCannotHelpRaisesWithEverythingEvicted)
 {
     fill("A! B.");
     host.pool().set_budget(20);
-    EXPECT_THROW(cc_alloc(cache, 21), raised);
+    expect_raise("cache", 334, 4197, [&] { cc_alloc(cache, 21); });
     EXPECT_EQ(host.take_log(), (log{"mb_alloc 21 = 0", "mb_get b2", "write_back A", "mb_free b2", "mb_alloc 21 = 0",
                                     "mb_free b1", "mb_alloc 21 = 0", "raise cache 334 4197"}));
     EXPECT_EQ(text(), "A B");

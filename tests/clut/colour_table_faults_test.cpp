@@ -210,8 +210,8 @@ TEST_F(ColourTableFaults, AJumpOutOfTheAnnouncementLeavesATableWithoutIndices)
     fail(fault_source::text, fault_way::jumps, 1);
     expect_jump([](no_table &) { RGBLUT_init(50, tell, 0); }, subject);
     EXPECT_EQ(table.size, 0);
-    EXPECT_THROW(RGBLUT_init(50, tell, 0), raised);
-    EXPECT_THROW(CLUT_set(0, 1, 2, 3), raised);
+    expect_raise("RGBLUT", 93, 4297, [] { RGBLUT_init(50, tell, 0); });
+    expect_raise("RGBLUT", 266, 4297, [] { CLUT_set(0, 1, 2, 3); });
 }
 
 TEST_F(ColourTableFaults, AnExceptionWhileATableIsReplacedBringsTheOldOneBack)

@@ -51,8 +51,8 @@ void *operator new[](std::size_t size)
 namespace {
 
 using mova::broken_invariant;
+using mova::test::expect_raise;
 using mova::test::log;
-using mova::test::raised;
 using doubles = std::vector<double>;
 
 constexpr double nan_value = std::numeric_limits<double>::quiet_NaN();
@@ -150,7 +150,7 @@ TEST_F(DoubleList, ReplacesOneAndARange)
     DBLL_replace_doubles_inbetween(list, at(1), at(2), source);
     EXPECT_EQ(values(), (doubles{9, 7, 8, 4}));
     host.take_log();
-    EXPECT_THROW(DBLL_replace_doubles_inbetween(list, at(0), at(3), source), raised);
+    expect_raise("egenlist", 557, 4297, [&] { DBLL_replace_doubles_inbetween(list, at(0), at(3), source); });
     EXPECT_EQ(host.take_log(), log{"raise egenlist 557 4297"});
     EXPECT_EQ(values(), (doubles{7, 8, 8, 4}));
     DBLL_release(&source);
@@ -171,7 +171,7 @@ TEST_F(DoubleList, RingsRollReverseAndCopy)
     EXPECT_EQ(copy->closed, 1);
     EXPECT_EQ(values_of(part), (doubles{3, 2}));
     DBLL_reset_closed(list);
-    EXPECT_THROW(DBLL_roll(list, list->first), raised);
+    expect_raise("egenlist", 989, 4297, [&] { DBLL_roll(list, list->first); });
     DBLL_release(&copy);
     DBLL_release(&part);
 }

@@ -12,8 +12,8 @@
 namespace {
 
 using mova::broken_invariant;
+using mova::test::expect_raise;
 using mova::test::log;
-using mova::test::raised;
 using mova::test::recording_host;
 
 /* Elements of 12 bytes, each named by a letter. */
@@ -435,13 +435,11 @@ TEST_F(ElementList, ASourceThatRunsOutRaisesAfterReplacingWhatItHas)
         EL_list *source = list_of("XY");
         host.set_raise_mode(mode);
         host.take_log();
-        try {
-            EL_replace_items_inbetween(list, at('B'), at('D'), source, sizeof(element));
-            EXPECT_EQ(mode, recording_host::raise_mode::returns);
-        } catch (const raised &error) {
-            EXPECT_EQ(mode, recording_host::raise_mode::throws);
-            EXPECT_EQ(error.code, MOVA_PRECONDITION_BROKEN);
-        }
+        const auto replace = [&] { EL_replace_items_inbetween(list, at('B'), at('D'), source, sizeof(element)); };
+        if (mode == recording_host::raise_mode::throws)
+            expect_raise("egenlist", 557, 4297, replace);
+        else
+            replace();
         EXPECT_EQ(host.take_log(), log{"raise egenlist 557 4297"});
         EXPECT_EQ(text(), "AXYD");
         EL_release(&source);
@@ -452,7 +450,8 @@ TEST_F(ElementList, AnEmptySourceRaisesAtOnce)
 {
     fill("A");
     EL_list *source = EL_create(sizeof(element));
-    EXPECT_THROW(EL_replace_items_inbetween(list, at('A'), at('A'), source, sizeof(element)), raised);
+    expect_raise("egenlist", 557, 4297,
+                 [&] { EL_replace_items_inbetween(list, at('A'), at('A'), source, sizeof(element)); });
     EXPECT_EQ(text(), "A");
     EL_release(&source);
 }
@@ -578,7 +577,7 @@ TEST_F(ElementList, RollOfAnOpenListChangesNothing)
 TEST_F(ElementList, RollToTheFirstOfAnOpenListRaises)
 {
     fill("ABC");
-    EXPECT_THROW(EL_roll(list, list->first), raised);
+    expect_raise("egenlist", 989, 4297, [&] { EL_roll(list, list->first); });
     EXPECT_EQ(host.take_log(), log{"raise egenlist 989 4297"});
     host.set_raise_mode(recording_host::raise_mode::returns);
     EL_roll(list, list->first);

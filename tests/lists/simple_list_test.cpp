@@ -9,8 +9,8 @@
 namespace {
 
 using mova::broken_invariant;
+using mova::test::expect_raise;
 using mova::test::log;
-using mova::test::raised;
 using mova::test::recording_host;
 
 /* A caller's record: the links, and what is the caller's own. */
@@ -158,12 +158,7 @@ TEST_F(SimpleList, ReleaseFreesTheHeadOfAnEmptyList)
 TEST_F(SimpleList, ReleaseOfAListWithItemsRaises)
 {
     fill("AB");
-    try {
-        SL_release(&list);
-        FAIL() << "did not raise";
-    } catch (const raised &error) {
-        EXPECT_EQ(error.code, MOVA_PRECONDITION_BROKEN);
-    }
+    expect_raise("sgenlist", 75, 4297, [&] { SL_release(&list); });
     EXPECT_EQ(host.take_log(), log{"raise sgenlist 75 4297"});
     EXPECT_EQ(text(), "AB");
 }
@@ -608,12 +603,7 @@ TEST_F(SimpleList, RollToAnItemThatIsOnNoRingRaises)
 {
     fill_ring("AB");
     *at('X') = {nullptr, nullptr, 'X'};
-    try {
-        SL_roll(list, at('X'));
-        FAIL() << "did not raise";
-    } catch (const raised &error) {
-        EXPECT_EQ(error.code, MOVA_PRECONDITION_BROKEN);
-    }
+    expect_raise("sgenlist", 743, 4297, [&] { SL_roll(list, at('X')); });
     EXPECT_EQ(host.take_log(), log{"raise sgenlist 743 4297"});
     EXPECT_EQ(text(), "AB ring");
 }

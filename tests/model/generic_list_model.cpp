@@ -100,7 +100,7 @@ private:
             &interpreter::move_to_front,
             &interpreter::remove,
             &interpreter::remove,
-            &interpreter::swap,
+            &interpreter::swap_item,
             &interpreter::find,
             &interpreter::join,
             &interpreter::copy,
@@ -221,7 +221,7 @@ private:
         note_removal(position);
     }
 
-    void swap()
+    void swap_item()
     {
         if (selected().empty())
             return;

@@ -74,14 +74,14 @@ std::vector<edit> all_edits(std::size_t count)
         [](modelled_tree &t) { t.make_empty(true); },
     };
     for (int32_t key = 1; key <= 2 * static_cast<int32_t>(count) + 1; ++key)
-        edits.push_back([key](modelled_tree &t) { t.insert(key); });
+        edits.emplace_back([key](modelled_tree &t) { t.insert(key); });
     for (std::size_t i = 0; i < count; ++i) {
-        edits.push_back([i](modelled_tree &t) { t.remove(i); });
-        edits.push_back([i](modelled_tree &t) { t.find_and_remove(i); });
+        edits.emplace_back([i](modelled_tree &t) { t.remove(i); });
+        edits.emplace_back([i](modelled_tree &t) { t.find_and_remove(i); });
         for (int32_t key : {0, 2 * static_cast<int32_t>(i) + 2, 99})
-            edits.push_back([i, key](modelled_tree &t) { t.remove_with_key(i, key, false); });
+            edits.emplace_back([i, key](modelled_tree &t) { t.remove_with_key(i, key, false); });
         for (int32_t key : {0, 99})
-            edits.push_back([i, key](modelled_tree &t) { t.sort_with_keys({{i, key}}); });
+            edits.emplace_back([i, key](modelled_tree &t) { t.sort_with_keys({{i, key}}); });
     }
     return edits;
 }

@@ -257,7 +257,7 @@ private:
 
     item *unregistered()
     {
-        auto found = std::ranges::find(items_, nullptr, &item::entry);
+        const auto found = std::ranges::find(items_, nullptr, &item::entry);
         return found == items_.end() ? nullptr : &*found;
     }
 

@@ -150,14 +150,7 @@ protected:
     template <class Call>
     void expect_raise(int32_t line, Call call)
     {
-        try {
-            call();
-            ADD_FAILURE() << "did not raise line " << line;
-        } catch (const raised &error) {
-            EXPECT_EQ(error.module, "gentree");
-            EXPECT_EQ(error.line, line);
-            EXPECT_EQ(error.code, 4297);
-        }
+        mova::test::expect_raise("gentree", line, 4297, call);
     }
 
     /* Takes the log, and of it the lines that begin with `first_word`. */
