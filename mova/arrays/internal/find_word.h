@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 namespace mova {
 
@@ -24,7 +23,7 @@ MOVA_AVX2 inline bool block_holds(const void *const *pointers, const word_vector
     word_vector matches = {};
     for (size_t i = 0; i < block_vectors; ++i) {
         word_vector words;
-        std::memcpy(&words, pointers + i * words_per_vector, sizeof words);
+        load(words, pointers + i * words_per_vector);
         matches |= words == sought;
     }
     return signs_of(matches) != 0;

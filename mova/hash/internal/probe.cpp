@@ -1,7 +1,6 @@
 #include <mova/hash/internal/probe.h>
 
 #include <bit>
-#include <cstring>
 
 namespace mova::hash {
 namespace {
@@ -17,7 +16,7 @@ MOVA_AVX2 inline uint32_t hits_among_eight(const mova_word *keys, const word_vec
 #pragma GCC unroll 2
     for (size_t i = 0; i < 8; i += words_per_vector) {
         word_vector words;
-        std::memcpy(&words, keys + i, sizeof words);
+        load(words, keys + i);
         hits |= signs_of((words == key) | (words == word_vector{})) << i;
     }
     return hits;
