@@ -204,7 +204,7 @@ void shift_numbers(numbers &all, int32_t position)
 {
     for (int32_t &number : all) {
         if (number >= position)
-            number++;
+            ++number;
     }
 }
 

@@ -4,10 +4,12 @@
 
 #include <mova/arrays/internal/elements.h>
 #include <mova/arrays/internal/host_buffer.h>
+#include <mova/arrays/internal/invariants.h>
 #include <mova/frame/host.h>
 
 using mova::bytes_of;
 using mova::elements;
+using mova::is_whole;
 
 namespace {
 
@@ -32,6 +34,7 @@ void make_room_for_one(GB_block *block)
 {
     if (block->count >= block->capacity)
         GB_set_number_of_elements(block, block->count + block->increment);
+    assert(block->count >= 0 && block->count < block->capacity);
 }
 
 /* Takes over the first `count` of the elements that lie from `first` on. */
@@ -47,8 +50,11 @@ void take(GB_block *block, const void *first, int32_t count)
 
 void *GB_init(GB_block *block, uint32_t element_size, int32_t initial_capacity)
 {
-    *block = {nullptr, element_size, 0, std::max(initial_capacity, 1), default_increment, 0};
-    block->data = MM_alloc_item(storage_bytes(block));
+    const int32_t capacity = std::max(initial_capacity, 1);
+    /* Where the allocation fails, in whatever way, there is no capacity, and so nothing to release. */
+    *block = {nullptr, element_size, 0, 0, default_increment, 0};
+    block->data = MM_alloc_item(bytes_of(capacity, element_size));
+    block->capacity = block->data ? capacity : 0;
     return block->data;
 }
 
@@ -65,6 +71,7 @@ void GB_set_number_of_elements(GB_block *block, int32_t n)
     block->data =
         block->capacity ? MM_realloc_item(block->data, storage_bytes(block), new_bytes) : MM_alloc_item(new_bytes);
     block->capacity = n;
+    assert(is_whole(*block));
 }
 
 void GB_release(GB_block *block)
@@ -109,9 +116,11 @@ int32_t GB_append_block(GB_block *block, GB_block *other)
     const int32_t first = block->count, appended = other->count;
     if (block->capacity < first + appended)
         GB_set_number_of_elements(block, first + appended);
+    assert(block->element_size == other->element_size && is_whole(*other));
     elements_of(block).write(first, other->data, appended);
     block->count += appended;
     GB_release(other);
+    assert(is_whole(*block));
     return first;
 }
 
@@ -122,20 +131,24 @@ void GB_remove_last_item(GB_block *block)
 
 void GB_replace_item(GB_block *block, int32_t i, const void *element)
 {
+    assert(is_position(block, i));
     elements_of(block).put(i, element);
 }
 
 void GB_insert_item(GB_block *block, int32_t i, const void *element)
 {
     make_room_for_one(block);
+    assert(i >= 0 && i < block->capacity);
     if (i < block->count)
         elements_of(block).move(i + 1, i, block->count - i);
     elements_of(block).put(i, element);
     ++block->count;
+    assert(is_whole(*block));
 }
 
 void GB_remove_item(GB_block *block, int32_t i)
 {
+    assert(i >= 0);
     if (i + 1 < block->count)
         elements_of(block).move(i, i + 1, block->count - i - 1);
     --block->count;
@@ -169,12 +182,14 @@ void GB_copy(GB_block *new_block, const GB_block *source)
     new_block->increment = source->increment;
     new_block->closed = source->closed;
     take(new_block, source->data, source->count);
+    assert(is_whole(*new_block));
 }
 
 void GB_copy_into(GB_block *destination, const GB_block *source)
 {
     GB_set_number_of_elements(destination, std::max(source->count, 0));
     destination->closed = source->closed;
+    assert(destination->element_size == source->element_size && destination->capacity >= source->count);
     take(destination, source->data, source->count);
 }
 
@@ -198,6 +213,7 @@ void GB_make_open_at_position(GB_block *block, int32_t position)
     all.write(kept, buffer.block(), position + 1);
     ++block->count;
     block->closed = 0;
+    assert(is_whole(*block));
 }
 
 void GB_remove_and_get_end_part(GB_block *new_block, GB_block *source, int32_t position)
@@ -210,6 +226,7 @@ void GB_remove_and_get_end_part(GB_block *new_block, GB_block *source, int32_t p
     new_block->closed = source->closed;
     take(new_block, elements_of(source).at(position), count);
     source->count = position + 1;
+    assert(is_whole(*source) && is_whole(*new_block));
 }
 
 void GB_roll(GB_block *block, int32_t n)

@@ -15,7 +15,8 @@
 
    Invariants, from then until GB_release:
      1. 0 <= `count` <= `capacity`.
-     2. `data` is a block of `capacity` * `element_size` bytes from MM_alloc_item or MM_realloc_item.
+     2. `data` is a block of `capacity` * `element_size` bytes from MM_alloc_item or MM_realloc_item, or null where
+        `capacity` is 0.
      3. `closed` is 0 or 1.
    GB_remove_last_item of an empty array makes `count` -1, which breaks the first.
 
@@ -43,9 +44,14 @@
 
    An element that is appended or inserted must not lie in the array itself when that is full.
 
-   Ownership: the record is the caller's, the storage the array's. Nothing here calls back, and nothing raises: no
-   allocation is tested, and indices only where a function says so; anything else that is out of range, and a full
-   array whose `increment` is below 1, is undefined. One thread at a time.
+   Ownership: the record is the caller's, the storage the array's. Nothing here calls back, and nothing raises; indices are
+   tested only where a function says so; anything else that is out of range, and a full array whose `increment` is below
+   1, is undefined. One thread at a time.
+
+   Failures: an exception or a jump out of the memory service passes through. Every array is then unchanged, where a
+   function does not say otherwise, and nothing is lost. A record that was to be filled is an empty array without storage:
+   `data` null, `capacity` 0. It is good for everything, and there is nothing in it to release. A null answer of the
+   memory service leaves that too in GB_init; in all other functions it is undefined.
 
    Cost: constant, where nothing else is said. Runs of elements are moved as one block. */
 #ifndef MOVA_ARRAYS_BLOCK_ARRAY_H
@@ -71,7 +77,8 @@ typedef struct GB_block {
 /* ---- creation, disposal, state --------------------------------------------------------------------------- */
 
 /* Fills the record: no elements of `element_size` bytes, open, increment 10, with storage for `initial_capacity`
-   elements, or for 1 where that is below 2. Returns the storage. A record that has storage must be released first. */
+   elements, or for 1 where that is below 2. Returns the storage, or null where the memory service answers that. A record
+   that has storage must be released first. */
 void *GB_init(GB_block *block, uint32_t element_size, int32_t initial_capacity);
 
 /* Sets the number of elements by which a full array grows. Only the low 16 bits count, as a signed number. */
@@ -147,8 +154,8 @@ void GB_reverse(GB_block *block);
 /* ---- rings ----------------------------------------------------------------------------------------------- */
 
 /* Cuts a ring open at `position`, whose element becomes the first and, once more, the last. Does nothing to an open
-   array or where there is no such position. Grows as GB_append_after_last. Uses a buffer of `count` elements from
-   MM_alloc_item. Linear. */
+   array or where there is no such position. Grows as GB_append_after_last, then uses a buffer of `count` elements from
+   MM_alloc_item: where that fails, the array has grown and is the same ring. Linear. */
 void GB_make_open_at_position(GB_block *block, int32_t position);
 
 /* Splits an open array: fills the new record with the elements from `position` on, with storage for exactly those and

@@ -34,12 +34,16 @@
    another element there. No source may lie in an array that has to grow for it. Iterators name elements by index, and
    live as long as the array: see DA_next.
 
-   Errors are raised for module "darray". An array whose storage could not be had (line 111, MOVA_ALLOCATION_FAILED) has
-   null `data` and the old `nalloc`: the old elements are lost to it, and the host, which knows about the failure, still
-   has their block. `nitems` is what it was. Such an array breaks invariant 1, and is good for DA_release, DA_clear and
-   DA_memsize only. Where the host returns from that raise, the function goes on as far as it can without storage: each
-   says how far. Nothing else is checked: a null array (but for DA_release and DA_memsize), an index below 0 and a count
-   below 0 are undefined, and so are sizes whose sum with the increment does not stay below 2^31.
+   Errors are raised for module "darray". Nothing else is checked: a null array (but for DA_release and DA_memsize), an
+   index below 0 and a count below 0 are undefined, and so are sizes whose sum with the increment does not stay below 2^31.
+
+   Failures: an exception or a jump, out of the memory service, a raise or a test, passes through. The array is then
+   unchanged and nothing is lost, where a function does not say otherwise. A null answer of the memory service is another
+   matter. An array that grew from storage, and got null (line 111, MOVA_ALLOCATION_FAILED), has null `data` and the old
+   `nalloc` and `nitems`: the old elements are lost to it, and the host, which knows about the failure, still has their
+   block. Such an array breaks invariant 1. It is releasable: good for DA_release, DA_clear and DA_memsize, whatever became
+   of the raise. Where the host returned from that, the function goes on as far as it can without storage: each says how
+   far. Only DA_reverse and DA_roll take a null answer as undefined.
 
    Ownership: the array owns its head and its storage. One thread at a time.
 
@@ -89,12 +93,12 @@ void DA_clear(DA_array *array);
 
 /* Returns a new array of the same elements, element size and increment; of an empty array, without storage. Linear.
    Raises line 271, MOVA_ALLOCATION_FAILED, when there is no memory for the head; returns null where the host returns.
-   When there is none for the storage, raises as DA_append: the new head is then lost, or, where the host returns, is
-   returned without elements. */
+   When there is none for the storage, raises as DA_append; returns an array without elements where the host returns. A
+   jump loses the new head. */
 DA_array *DA_copy(const DA_array *array);
 
 /* Clears `destination`, then appends the elements of `source` to it. The destination keeps its increment. An array that
-   is copied into itself is cleared. Linear.
+   is copied into itself is cleared, and so is one that there is no storage for. Linear.
    Raises line 289, MOVA_PRECONDITION_BROKEN, when the element sizes differ. Where the host returns, goes on to append
    `nitems` elements of the destination's size from the source's storage, if that holds as many bytes. */
 void DA_copy_into(DA_array *destination, const DA_array *source);
@@ -173,7 +177,7 @@ DA_iterator DA_tested_items(DA_array *array, DA_test test);
    appended since are not delivered, and indices that have gone since are passed over. Linear in the number of rejected
    elements.
    Deliberately, for each index that is passed over the test is asked once more about the element that it rejected last
-   in this call. To walk down, a caller sets `forward` to 0, `current` to the upper index and `last` to the lower. */
+   in this call. An element that the test throws or jumps for has been passed, and `*item` points to it. To walk down, a caller sets `forward` to 0, `current` to the upper index and `last` to the lower. */
 int DA_next(DA_iterator *iterator, void **item);
 
 /* ---- reordering ------------------------------------------------------------------------------------------ */

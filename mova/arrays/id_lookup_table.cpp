@@ -2,7 +2,9 @@
 
 #include <mova/arrays/internal/find_word.h>
 #include <mova/frame/host.h>
+#include <mova/frame/internal/assert.h>
 #include <mova/frame/internal/module_records.h>
+#include <mova/frame/internal/undo.h>
 
 namespace {
 
@@ -12,11 +14,13 @@ constexpr uintptr_t reuse_allowed = 1;
 /* Word 0 holds the flags, the others the pointers. */
 void **words(const DA_array *table)
 {
+    assert(table->element_size == sizeof(void *));
     return static_cast<void **>(DA_data(table));
 }
 
 uintptr_t flags(const DA_array *table)
 {
+    assert(DA_nitems(table) >= 1);
     return reinterpret_cast<uintptr_t>(words(table)[0]);
 }
 
@@ -38,7 +42,7 @@ DA_array *io_lut_create(void)
     DA_array *table = DA_create(sizeof(void *), increment);
     const uintptr_t no_flags = 0;
     if (table)
-        DA_append(table, &no_flags, 1);
+        mova::or_undo([&] { DA_append(table, &no_flags, 1); }, [&] { DA_release(table); });
     return table;
 }
 

@@ -31,8 +31,11 @@
    they search by halves, as on any array.
 
    Numbers are compared as signed. A number that would not fit in 32 bits wraps around; a roll computes in more bits, and
-   its remainder always fits. No errors but those of DA_insert, when the
-   array cannot grow for SA_add_number; the array is then as that function leaves it.
+   its remainder always fits.
+
+   Failures: no errors but those of DA_insert, where the array cannot grow for SA_add_number, and the array is then as that
+   leaves it. An exception or a jump out of the memory service leaves it unchanged: SA_adapt_for_reverse and
+   SA_adapt_for_roll take the buffer that they need before they change a number.
 
    Ownership: the array is the caller's. One thread at a time.
 
@@ -64,13 +67,13 @@ void SA_adapt_for_insert(DA_array *array, int32_t position);
 /* The companion lost its entry at `position`: removes that number, and subtracts 1 from every one above it. */
 void SA_adapt_for_remove(DA_array *array, int32_t position);
 
-/* The companion of `count` entries was reversed: makes every number v the number `count` - v - 1 and reverses the array
-   with DA_reverse. */
+/* The companion of `count` entries was reversed: reverses the array with DA_reverse and makes every number v the number
+   `count` - v - 1. */
 void SA_adapt_for_reverse(DA_array *array, int32_t count);
 
-/* The companion of `count` entries was rolled so that its entry `n` became the first: makes every number v the remainder
-   of v + `count` - `n` divided by `count`, with the sign of the dividend, then rotates the array with DA_roll as said
-   above. Requires that `count` is not 0. */
+/* The companion of `count` entries was rolled so that its entry `n` became the first: rotates the array with DA_roll as
+   said above, and makes every number v the remainder of v + `count` - `n` divided by `count`, with the sign of the
+   dividend. Requires that `count` is not 0. */
 void SA_adapt_for_roll(DA_array *array, int32_t n, int32_t count);
 
 #pragma GCC visibility pop

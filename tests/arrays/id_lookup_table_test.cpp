@@ -1,7 +1,7 @@
 #include <mova/arrays/id_lookup_table.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_id_lookup_table.h>
+#include <tests/support/verify_arrays.h>
 
 #include <array>
 #include <climits>
@@ -138,7 +138,7 @@ TEST_F(IdLookupTable, FindsTheLowestIdOfAPointer)
     EXPECT_EQ(io_lut_look_id(table, thing(1)), 2);
 }
 
-/* The slots are compared many at a time: every length and every place, and the pointer behind the end too. */
+/* The slots are compared many at a time: every length and every place, and the pointer after the end too. */
 TEST_F(IdLookupTable, FindsAPointerAtEveryPlaceOfEveryLength)
 {
     for (int32_t length = 1; length < 150; ++length) {

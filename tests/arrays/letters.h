@@ -38,7 +38,7 @@ inline std::string names_of(const void *data, int32_t count)
     return names;
 }
 
-/* The elements with these names, one behind the other. */
+/* The elements with these names, one after the other. */
 inline std::vector<element> elements_named(const std::string &names)
 {
     std::vector<element> made;

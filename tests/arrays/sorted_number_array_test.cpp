@@ -1,8 +1,7 @@
 #include <mova/arrays/sorted_number_array.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_dynamic_array.h>
-#include <tests/support/verify_sorted_number_array.h>
+#include <tests/support/verify_arrays.h>
 
 #include <algorithm>
 #include <climits>
@@ -12,8 +11,8 @@
 
 namespace {
 
+using mova::broken_invariant_of_numbers;
 using mova::test::broken_invariant;
-using mova::test::broken_invariant_of_numbers;
 using mova::test::expect_raise;
 using mova::test::log;
 using numbers = std::vector<int32_t>;
@@ -51,7 +50,7 @@ protected:
     DA_array *array = nullptr;
 };
 
-/* ---- the design, word by word ---- */
+/* ---- plain code, word by word ---- */
 
 struct found_at {
     int32_t index;
@@ -160,8 +159,8 @@ TEST_F(SortedNumberArray, FindsEveryNumberAndNoOtherWhateverTheLength)
     }
 }
 
-/* Which numbers are missed in an array that is out of order is part of the design. */
-TEST_F(SortedNumberArray, ProbesThePlacesOfTheDesignEvenWhereTheArrayIsOutOfOrder)
+/* Which numbers are missed in an array that is out of order is fixed. */
+TEST_F(SortedNumberArray, ProbesTheSamePlacesEvenWhereTheArrayIsOutOfOrder)
 {
     std::mt19937 engine(5489);
     for (int run = 0; run < 300; ++run) {
@@ -318,7 +317,7 @@ TEST_F(SortedNumberArray, RollsNumbersOutsideTheCompanionByTheSameRemainder)
     EXPECT_EQ(contents(), (numbers{-3, 1}));
 }
 
-TEST_F(SortedNumberArray, RollsEveryLengthAsTheDesignDoes)
+TEST_F(SortedNumberArray, RollsEveryLengthAsPlainCodeDoes)
 {
     std::mt19937 engine(5489);
     for (int run = 0; run < 2000; ++run) {
@@ -346,7 +345,7 @@ TEST_F(SortedNumberArray, RollsTheLargestCompanion)
     }
 }
 
-TEST_F(SortedNumberArray, AdaptsEveryLengthAsTheDesignDoes)
+TEST_F(SortedNumberArray, AdaptsEveryLengthAsPlainCodeDoes)
 {
     for (int32_t length = 0; length < 70; ++length) {
         numbers even(static_cast<std::size_t>(length));

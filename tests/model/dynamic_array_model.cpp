@@ -8,7 +8,7 @@
 #include <mova/arrays/dynamic_array.h>
 
 #include <tests/support/plain_code.h>
-#include <tests/support/verify_dynamic_array.h>
+#include <tests/support/verify_arrays.h>
 
 #include <utility>
 

@@ -7,8 +7,7 @@
 #include <mova/arrays/sorted_number_array.h>
 
 #include <tests/support/plain_code.h>
-#include <tests/support/verify_dynamic_array.h>
-#include <tests/support/verify_sorted_number_array.h>
+#include <tests/support/verify_arrays.h>
 
 #include <climits>
 #include <set>

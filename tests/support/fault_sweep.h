@@ -43,10 +43,12 @@ struct aftermath {
 };
 
 /* What is left after a null answer, or after a raise that returned, and which sources may fail so: elsewhere it is
-   undefined. A null answer is also tried with a raise after it that throws or jumps. */
+   undefined. A null answer is also tried with a raise after it that throws or jumps: that leaves what an exception or a jump
+   leaves, or what the answer itself leaves where the row says so. */
 struct answers {
     aftermath left = {grade::lost};
     std::vector<fault_source> of = {};
+    bool whatever_a_raise_does = false;
 };
 
 template <class Subject>
@@ -120,6 +122,15 @@ void check_what_is_left(Subject &subject, const std::string &before, grade left)
         subject.release();
 }
 
+/* What the row says is left. */
+template <class Subject>
+aftermath leaves(const fault_row<Subject> &row, const failure &failed, ending ended)
+{
+    if (ended == ending::completed || (failed.way == fault_way::answers && row.answered.whatever_a_raise_does))
+        return row.answered.left;
+    return ended == ending::threw ? row.thrown : row.jumped;
+}
+
 struct tally {
     int points = 0;
     bool lost = false;
@@ -143,9 +154,7 @@ bool try_failure(const fault_row<Subject> &row, const failure &failed, tally &al
         check_lost_blocks(false);
         return false;
     }
-    const aftermath expected = ended == ending::threw    ? row.thrown
-                               : ended == ending::jumped ? row.jumped
-                                                         : row.answered.left;
+    const aftermath expected = leaves(row, failed, ended);
     EXPECT_EQ(ended, ending_of(failed)) << "a failure was kept back";
     check_what_is_left(*subject, before, expected.left);
     all.lost |= check_lost_blocks(expected.loses_blocks || expected.left == grade::lost);

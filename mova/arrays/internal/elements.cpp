@@ -2,6 +2,7 @@
 
 #include <mova/arrays/internal/host_buffer.h>
 #include <mova/arrays/internal/reverse_words.h>
+#include <mova/frame/internal/assert.h>
 
 namespace mova {
 
@@ -33,6 +34,7 @@ void elements::reverse(int32_t count) const
 
 void elements::roll(int32_t count, int32_t n) const
 {
+    assert(count > 0);
     /* The same element whichever multiple of `count` is added to n: the remainder that is not negative. */
     int64_t first = n % int64_t{count};
     if (first < 0)
