@@ -49,7 +49,7 @@ const std::string &workload_of(const row &of)
     return std::visit([](const auto &each) -> const std::string & { return each.workload; }, of);
 }
 
-/* ---- measuring -------------------------------------------------------------------------------------------- */
+/* ---- measuring ---- */
 
 /* Collects each contender's times for one turn of its loop. A contender's name is its place in the row. */
 class collector : public benchmark::BenchmarkReporter {
@@ -165,7 +165,7 @@ std::optional<figures> figures_of(const measured_row &measured, const effort &)
     return result;
 }
 
-/* ---- the table -------------------------------------------------------------------------------------------- */
+/* ---- the table ---- */
 
 struct tally {
     int met = 0, missed = 0, failed = 0;
@@ -283,7 +283,7 @@ int list_rows()
     return 0;
 }
 
-/* ---- the command line ------------------------------------------------------------------------------------- */
+/* ---- the command line ---- */
 
 bool is_row(const std::string &word)
 {

@@ -13,7 +13,7 @@ install(TARGETS mova_container mova_container_static mova_host mova_host_static 
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
-# ---- the CMake package -------------------------------------------------------------------------------------------
+# ---- the CMake package ----
 
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/mova)
 install(EXPORT mova NAMESPACE mova:: FILE mova-targets.cmake DESTINATION ${package_directory})
@@ -23,7 +23,7 @@ write_basic_package_version_file(mova-config-version.cmake COMPATIBILITY SameMaj
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mova-config.cmake ${CMAKE_CURRENT_BINARY_DIR}/mova-config-version.cmake
     DESTINATION ${package_directory})
 
-# ---- pkg-config --------------------------------------------------------------------------------------------------
+# ---- pkg-config ----
 
 # From where the file lies, unless a directory was given as an absolute one, which stays where it is.
 set(prefix ${CMAKE_INSTALL_PREFIX})

@@ -59,7 +59,7 @@ void repeat(benchmark::State &state, Container &&container, Edit edit)
     }
 }
 
-/* ---- appending -------------------------------------------------------------------------------------------- */
+/* ---- appending ---- */
 
 void append_to_mova(benchmark::State &state, int32_t count, int32_t increment)
 {
@@ -117,7 +117,7 @@ void add_append(const std::string &name, append_work work, int32_t increment, do
           {"GArray", [](benchmark::State &state) { append_to_glib(state, count); }, glib_target}}});
 }
 
-/* ---- reordering ------------------------------------------------------------------------------------------- */
+/* ---- reordering ---- */
 
 constexpr int32_t many = 100000;
 
@@ -173,7 +173,7 @@ void add_insert(double target)
                              target}}});
 }
 
-/* ---- numbers ---------------------------------------------------------------------------------------------- */
+/* ---- numbers ---- */
 
 /* The loops as one writes them first: a remainder for each number, elements moved one at a time by the size that the array
    states. */
@@ -279,7 +279,7 @@ void add_look_up(int32_t count, const std::string &count_text, double target)
           {"std::set", [=](benchmark::State &state) { look_up_in_set<std::set<int32_t>>(state, count); }, 0}}});
 }
 
-/* ---- ids -------------------------------------------------------------------------------------------------- */
+/* ---- ids ---- */
 
 /* Never read. */
 char thing;

@@ -141,7 +141,7 @@ double bytes_held(size_t count, size_t size)
     return (resident_bytes() - before) / static_cast<double>(count);
 }
 
-/* ---- the rows --------------------------------------------------------------------------------------------- */
+/* ---- the rows ---- */
 
 struct row {
     uint32_t live;

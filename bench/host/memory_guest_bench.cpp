@@ -19,7 +19,7 @@ using namespace heaps;
 
 constexpr double mib = 1024 * 1024;
 
-/* ---- resident memory -------------------------------------------------------------------------------------- */
+/* ---- resident memory ---- */
 
 /* Writes one byte in each `distance`. */
 void touch(void *block, size_t size, size_t distance)
@@ -49,7 +49,7 @@ void add_resident(const char *workload, size_t count, size_t size, size_t distan
                  [=]<class Heap>(Heap) { return resident_after<Heap>(count, size, distance); });
 }
 
-/* ---- blocks in turn --------------------------------------------------------------------------------------- */
+/* ---- blocks in turn ---- */
 
 /* So many blocks at once are allocated, written and released. */
 template <class Heap, size_t together>
@@ -78,7 +78,7 @@ void add_single(const std::string &text, size_t size)
               [=]<class Heap>(Heap, benchmark::State &state) { in_turn<Heap, 1>(state, size, size); });
 }
 
-/* ---- threads ---------------------------------------------------------------------------------------------- */
+/* ---- threads ---- */
 
 constexpr size_t sizes = 200;
 

@@ -13,6 +13,7 @@
 
 namespace atlas {
 
+/* In pixels. The usage in options.cpp says both too, and the largest cache that follows from the width. */
 constexpr int narrowest_map = 16;
 constexpr int widest_map = 32768;
 

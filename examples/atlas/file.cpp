@@ -44,7 +44,7 @@ private:
     throw Error(std::string(what) + ": " + std::strerror(errno));
 }
 
-/* ---- reading ---------------------------------------------------------------------------------------------- */
+/* ---- reading ---- */
 
 static std::size_t expected_size(std::FILE *file)
 {
@@ -72,7 +72,7 @@ std::string read_file(const std::string &path, const Progress &progress)
     return text;
 }
 
-/* ---- replacing -------------------------------------------------------------------------------------------- */
+/* ---- replacing ---- */
 
 /* mkstemp makes files that only their owner may read; a picture is a file like any other. */
 static mode_t ordinary_mode()

@@ -11,7 +11,7 @@ namespace atlas {
 constexpr std::int32_t grid = 1024;
 constexpr std::int64_t globe = std::int64_t{360} * degree;
 
-/* ---- preparing -------------------------------------------------------------------------------------------- */
+/* ---- preparing ---- */
 
 /* How many pixel centres lie before this line of the grid. */
 static int centres_before(std::int32_t line)
@@ -51,7 +51,7 @@ Region::Region(const Country &country, Size map)
     std::sort(edges_.begin(), edges_.end(), [](const Edge &a, const Edge &b) { return a.first_row < b.first_row; });
 }
 
-/* ---- filling ---------------------------------------------------------------------------------------------- */
+/* ---- filling ---- */
 
 /* Whether every pixel of the tile lies on one side of the edge, as far as the edge's ends tell. */
 bool Region::Edge::is_left_of(const Rectangle &tile) const

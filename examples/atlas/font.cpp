@@ -5,7 +5,7 @@
 
 namespace atlas {
 
-/* ---- glyphs ----------------------------------------------------------------------------------------------- */
+/* ---- glyphs ---- */
 
 /* Glyphs side by side, a column apart. */
 struct Sheet {
@@ -87,7 +87,7 @@ bool has_dot(char glyph, int column, int row)
     return cell.sheet->rows[static_cast<std::size_t>(row)][cell.left + static_cast<std::size_t>(column)] == '#';
 }
 
-/* ---- text ------------------------------------------------------------------------------------------------- */
+/* ---- text ---- */
 
 /* The letters from U+00C0 to U+017F without their accents. A small letter stands for two capitals; see append_base. */
 static constexpr std::string_view base_letters = "AAAAAAaCEEEEIIIIDNOOOOO?OUUUUYts"

@@ -15,7 +15,7 @@ static std::int32_t sign(std::strong_ordering order)
     return order < 0 ? -1 : order > 0;
 }
 
-/* ---- by name ---------------------------------------------------------------------------------------------- */
+/* ---- by name ---- */
 
 static std::int32_t compare_names(void *a, void *b)
 {
@@ -47,7 +47,7 @@ std::vector<const Country *> NameIndex::find(std::string_view name) const
     return found;
 }
 
-/* ---- by area ---------------------------------------------------------------------------------------------- */
+/* ---- by area ---- */
 
 std::int32_t compare_areas(const Summary &a, const Summary &b)
 {

@@ -13,7 +13,7 @@ constexpr std::int64_t globe = std::int64_t{360} * degree;
 /* A polygon that crosses more rows than this is too intricate: nothing fits inside. */
 constexpr std::int64_t most_crossings = std::int64_t{1} << 20;
 
-/* ---- rows ------------------------------------------------------------------------------------------------- */
+/* ---- rows ---- */
 
 /* How far below the upper edge of the map the middle of a row lies. */
 static std::int64_t middle(std::int64_t row, Grid grid)
@@ -95,7 +95,7 @@ Interior::Interior(const Polygon &polygon, Grid grid)
         rows_.push_back(spans(each, grid));
 }
 
-/* ---- boxes ------------------------------------------------------------------------------------------------ */
+/* ---- boxes ---- */
 
 /* Keeps of `row` what is also in `other` and not narrower than that. */
 void Interior::narrow(Row &row, const Row &other, int width)

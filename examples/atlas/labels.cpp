@@ -27,7 +27,7 @@ constexpr int gap = 3;
 /* A map about as wide as this has cells of one pixel, one n times as wide has cells of n pixels. */
 constexpr int width_per_cell_pixel = 4096;
 
-/* ---- lines ------------------------------------------------------------------------------------------------ */
+/* ---- lines ---- */
 
 template <class Visit>
 static void for_each_line(std::string_view text, Visit visit)
@@ -76,7 +76,7 @@ static std::string in_lines(const std::string &text, int most)
     }
 }
 
-/* ---- candidates ------------------------------------------------------------------------------------------- */
+/* ---- candidates ---- */
 
 static std::optional<Box> place(const Interior &interior, const std::string &text, int dot)
 {
@@ -108,7 +108,7 @@ static std::int32_t compare_labels(void *a, void *b)
     return compare_areas(static_cast<const Label *>(a)->summary, static_cast<const Label *>(b)->summary);
 }
 
-/* ---- collisions ------------------------------------------------------------------------------------------- */
+/* ---- collisions ---- */
 
 /* The cells that labels take in a row of the grid. No two of them overlap in the tree, so that in order of rows and
    columns they are in order; what overlaps one of them compares equal to it. */
@@ -188,7 +188,7 @@ Labels::Labels(const Topology &topology, int width, int height, const Progress &
     remove_collisions(tree_);
 }
 
-/* ---- drawing ---------------------------------------------------------------------------------------------- */
+/* ---- drawing ---- */
 
 static void draw_glyph(Canvas &canvas, char glyph, int left, int top, int dot)
 {

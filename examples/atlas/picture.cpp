@@ -6,7 +6,7 @@
 
 namespace atlas {
 
-/* ---- the cache's callbacks -------------------------------------------------------------------------------- */
+/* ---- the cache's callbacks ---- */
 
 std::uint32_t Picture::size_of(void *tile)
 {
@@ -32,7 +32,7 @@ void Picture::forget(void *)
 {
 }
 
-/* ---- the picture ------------------------------------------------------------------------------------------ */
+/* ---- the picture ---- */
 
 Picture::Picture(Size size, std::size_t cache_budget)
     : size_(size), pool_(mb_create_pool(cache_budget)), cache_(cc_create(pool_))

@@ -12,7 +12,7 @@
 
 namespace atlas {
 
-/* ---- joining ---------------------------------------------------------------------------------------------- */
+/* ---- joining ---- */
 
 static Points points_along(const Stretch &stretch)
 {
@@ -43,7 +43,7 @@ static Points joined(const Path &path)
     return ring;
 }
 
-/* ---- cutting ---------------------------------------------------------------------------------------------- */
+/* ---- cutting ---- */
 
 static bool crosses_edge(Point from, Point to)
 {
@@ -140,7 +140,7 @@ static void append_ring(SL_list *shapes, const Path &path)
     cut_at(shapes, std::move(ring), std::span(seams).subspan(1), seams.front(), pole);
 }
 
-/* ---- shapes ----------------------------------------------------------------------------------------------- */
+/* ---- shapes ---- */
 
 static void free_shape(void **item)
 {

@@ -16,7 +16,7 @@ namespace atlas {
 
 using nlohmann::json;
 
-/* ---- JSON text -------------------------------------------------------------------------------------------- */
+/* ---- JSON text ---- */
 
 /* No topology nests deeper than this, other than by nesting its collections. */
 constexpr int deepest_json = 64;
@@ -118,7 +118,7 @@ static const json &array(const json &value, const char *what)
     return value;
 }
 
-/* ---- coordinates ------------------------------------------------------------------------------------------ */
+/* ---- coordinates ---- */
 
 /* A quantised position is a pair of whole numbers q, for translate + q * scale. These are kept with more bits than
    an angle, for q may be large. */
@@ -195,7 +195,7 @@ static Point point_at(std::int64_t fine_longitude, std::int64_t fine_latitude)
     return {longitude + turn * degree, std::clamp(latitude, -90 * degree, 90 * degree)};
 }
 
-/* ---- arcs ------------------------------------------------------------------------------------------------- */
+/* ---- arcs ---- */
 
 /* Dimension 0 is longitude, 1 is latitude; there may be more. */
 static const json &coordinate(const json &position, std::size_t dimension)
@@ -273,7 +273,7 @@ static void read_arcs(const json &root, OwningList<Arc> &arcs, ArcIds &ids, cons
     }
 }
 
-/* ---- outlines --------------------------------------------------------------------------------------------- */
+/* ---- outlines ---- */
 
 /* Number n means arc n, and ~n means arc n backwards. */
 static Stretch read_stretch(const json &value, const ArcIds &arcs)
@@ -450,7 +450,7 @@ Topology decode_topology(std::string_view text, const Progress &progress)
     return topology;
 }
 
-/* ---- questions -------------------------------------------------------------------------------------------- */
+/* ---- questions ---- */
 
 int is_border(void *arc)
 {

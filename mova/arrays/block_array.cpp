@@ -46,7 +46,7 @@ void take(GB_block *block, const void *first, int32_t count)
 
 } // namespace
 
-/* ---- creation, disposal, state --------------------------------------------------------------------------- */
+/* ---- creation, disposal, state ---- */
 
 void *GB_init(GB_block *block, uint32_t element_size, int32_t initial_capacity)
 {
@@ -101,7 +101,7 @@ int32_t GB_count_items(const GB_block *block)
     return block->count;
 }
 
-/* ---- elements -------------------------------------------------------------------------------------------- */
+/* ---- elements ---- */
 
 int32_t GB_append_after_last(GB_block *block, const void *element)
 {
@@ -154,7 +154,7 @@ void GB_remove_item(GB_block *block, int32_t i)
     --block->count;
 }
 
-/* ---- positions ------------------------------------------------------------------------------------------- */
+/* ---- positions ---- */
 
 int32_t GB_advance(const GB_block *block, int32_t index, int32_t steps)
 {
@@ -174,7 +174,7 @@ int32_t GB_get_index(const GB_block *, int32_t position)
     return position;
 }
 
-/* ---- copying and reordering ------------------------------------------------------------------------------ */
+/* ---- copying and reordering ---- */
 
 void GB_copy(GB_block *new_block, const GB_block *source)
 {
@@ -198,7 +198,7 @@ void GB_reverse(GB_block *block)
     elements_of(block).reverse(block->count);
 }
 
-/* ---- rings ----------------------------------------------------------------------------------------------- */
+/* ---- rings ---- */
 
 void GB_make_open_at_position(GB_block *block, int32_t position)
 {

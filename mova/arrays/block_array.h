@@ -74,7 +74,7 @@ typedef struct GB_block {
     int16_t closed;        /* 1 for a ring, 0 for an open array */
 } GB_block;
 
-/* ---- creation, disposal, state --------------------------------------------------------------------------- */
+/* ---- creation, disposal, state ---- */
 
 /* Fills the record: no elements of `element_size` bytes, open, increment 10, with storage for `initial_capacity`
    elements, or for 1 where that is below 2. Returns the storage, or null where the memory service answers that. A record
@@ -104,7 +104,7 @@ void GB_reset_closed(GB_block *block);
 /* Returns the number of elements. */
 int32_t GB_count_items(const GB_block *block);
 
-/* ---- elements -------------------------------------------------------------------------------------------- */
+/* ---- elements ---- */
 
 /* Copies an element to the end and returns its index. A full array first grows to `increment` elements more than it
    has, which is linear. */
@@ -128,7 +128,7 @@ void GB_insert_item(GB_block *block, int32_t i, const void *element);
 /* Takes element `i` out. Linear in the number of elements beyond. */
 void GB_remove_item(GB_block *block, int32_t i);
 
-/* ---- positions ------------------------------------------------------------------------------------------- */
+/* ---- positions ---- */
 
 /* Returns the position `steps` after `index`, or before it for a negative number: around a ring, or -1 outside an open
    array. Returns -1 for an empty array. */
@@ -137,7 +137,7 @@ int32_t GB_advance(const GB_block *block, int32_t index, int32_t steps);
 /* Returns `position`: a position is an index. */
 int32_t GB_get_index(const GB_block *block, int32_t position);
 
-/* ---- copying and reordering ------------------------------------------------------------------------------ */
+/* ---- copying and reordering ---- */
 
 /* Fills the new record with a copy: the same elements, increment and state, with storage for exactly the count, or for
    1. The new record must have no storage. Linear. */
@@ -151,7 +151,7 @@ void GB_copy_into(GB_block *destination, const GB_block *source);
 /* Reverses the order, through a buffer of one element from MM_alloc_item. Linear. */
 void GB_reverse(GB_block *block);
 
-/* ---- rings ----------------------------------------------------------------------------------------------- */
+/* ---- rings ---- */
 
 /* Cuts a ring open at `position`, whose element becomes the first and, once more, the last. Does nothing to an open
    array or where there is no such position. Grows as GB_append_after_last, then uses a buffer of `count` elements from

@@ -107,7 +107,7 @@ void insert_past_end(DA_array *array, int32_t i, const void *source, int32_t n)
 
 } // namespace
 
-/* ---- creation and disposal ------------------------------------------------------------------------------- */
+/* ---- creation and disposal ---- */
 
 DA_array *DA_create(uint32_t element_size, int32_t increment)
 {
@@ -147,7 +147,7 @@ void DA_copy_into(DA_array *destination, const DA_array *source)
         DA_append(destination, source->data, source->nitems);
 }
 
-/* ---- sizes ----------------------------------------------------------------------------------------------- */
+/* ---- sizes ---- */
 
 int32_t DA_nitems(const DA_array *array)
 {
@@ -203,7 +203,7 @@ void DA_reset(DA_array *array)
     array->nitems = 0;
 }
 
-/* ---- elements -------------------------------------------------------------------------------------------- */
+/* ---- elements ---- */
 
 void *DA_data(const DA_array *array)
 {
@@ -272,7 +272,7 @@ int DA_equal(const DA_array *a, const DA_array *b)
     return a->nitems == 0 || std::memcmp(a->data, b->data, bytes_of(a->nitems, a->element_size)) == 0;
 }
 
-/* ---- iteration ------------------------------------------------------------------------------------------- */
+/* ---- iteration ---- */
 
 DA_iterator DA_all_items(DA_array *array)
 {
@@ -301,7 +301,7 @@ int DA_next(DA_iterator *iterator, void **item)
     return 0;
 }
 
-/* ---- reordering ------------------------------------------------------------------------------------------ */
+/* ---- reordering ---- */
 
 void DA_reverse(DA_array *array)
 {

@@ -79,7 +79,7 @@ typedef struct DA_iterator {
     DA_test test;    /* null accepts every element */
 } DA_iterator;
 
-/* ---- creation and disposal ------------------------------------------------------------------------------- */
+/* ---- creation and disposal ---- */
 
 /* Returns a new empty array of elements of `element_size` bytes, without storage. Requires `increment` >= 1.
    Raises line 33, MOVA_ALLOCATION_FAILED, when there is no memory for the head; returns null where the host returns. */
@@ -103,7 +103,7 @@ DA_array *DA_copy(const DA_array *array);
    `nitems` elements of the destination's size from the source's storage, if that holds as many bytes. */
 void DA_copy_into(DA_array *destination, const DA_array *source);
 
-/* ---- sizes ----------------------------------------------------------------------------------------------- */
+/* ---- sizes ---- */
 
 /* Returns the number of elements in use. */
 int32_t DA_nitems(const DA_array *array);
@@ -132,7 +132,7 @@ void DA_truncate(DA_array *array, int32_t n);
 /* Makes the array 0 elements long. Keeps the storage. */
 void DA_reset(DA_array *array);
 
-/* ---- elements -------------------------------------------------------------------------------------------- */
+/* ---- elements ---- */
 
 /* Returns the storage, which is null when there is none. */
 void *DA_data(const DA_array *array);
@@ -164,7 +164,7 @@ void DA_delete(DA_array *array, int32_t i, int32_t n);
 /* Returns 1 when both arrays have the same number of elements, of the same size and the same bytes, else 0. Linear. */
 int DA_equal(const DA_array *a, const DA_array *b);
 
-/* ---- iteration: none of these allocates ------------------------------------------------------------------ */
+/* ---- iteration: none of these allocates ---- */
 
 /* Returns an iterator over all elements, first to last. */
 DA_iterator DA_all_items(DA_array *array);
@@ -180,7 +180,7 @@ DA_iterator DA_tested_items(DA_array *array, DA_test test);
    in this call. An element that the test throws or jumps for has been passed, and `*item` points to it. To walk down, a caller sets `forward` to 0, `current` to the upper index and `last` to the lower. */
 int DA_next(DA_iterator *iterator, void **item);
 
-/* ---- reordering ------------------------------------------------------------------------------------------ */
+/* ---- reordering ---- */
 
 /* Reverses the order, through a buffer of one element from MM_alloc_item, which must not fail. Linear. */
 void DA_reverse(DA_array *array);

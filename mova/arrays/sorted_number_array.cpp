@@ -19,7 +19,7 @@ int32_t wrapped(uint32_t number)
     return static_cast<int32_t>(number);
 }
 
-/* ---- searching ------------------------------------------------------------------------------------------- */
+/* ---- searching ---- */
 
 /* Where a number is, or where it belongs. */
 struct place {
@@ -98,7 +98,7 @@ place search(const DA_array *array, int32_t number)
     return (i == 0 || numbers[i - 1] < number) && (i == numbers.size() || number < numbers[i]);
 }
 
-/* ---- adapting -------------------------------------------------------------------------------------------- */
+/* ---- adapting ---- */
 
 /* What there is to know before numbers are rolled. */
 struct roll_survey {

@@ -76,7 +76,7 @@ struct reversed_links : Links {
     static auto *prev(const typename Links::node *at) noexcept { return Links::next(at); }
 };
 
-/* ---- positions -------------------------------------------------------------------------------------------- */
+/* ---- positions ---- */
 
 /* What all three kinds of position are: a node's address and a bit. */
 template <class Links>
@@ -267,7 +267,7 @@ private:
     explicit ring_iterator(std::uintptr_t word) noexcept : base(word) {}
 };
 
-/* ---- ranges ----------------------------------------------------------------------------------------------- */
+/* ---- ranges ---- */
 
 /* What lies between two iterators. */
 template <class Iterator, class Sentinel = Iterator>
@@ -333,7 +333,7 @@ private:
     typename Links::node *current_ = nullptr;
 };
 
-/* ---- what every list can do --------------------------------------------------------------------------------- */
+/* ---- what every list can do ---- */
 
 /* What open chains and rings share. */
 template <class Links, class Release>
@@ -469,7 +469,7 @@ private:
     }
 };
 
-/* ---- edits that are compiled into the caller ------------------------------------------------------------------ */
+/* ---- edits that are compiled into the caller ---- */
 
 /* Links a node at the back, as the C functions do. */
 template <class Head, class Node>
@@ -501,7 +501,7 @@ std::size_t remove_if(List &list, Accepts accepts)
     return before - list.size();
 }
 
-/* ---- comparison --------------------------------------------------------------------------------------------- */
+/* ---- comparison ---- */
 
 template <class Range>
 bool equal_items(const Range &a, const Range &b)
@@ -527,7 +527,7 @@ auto compared_items(const Range &a, const Range &b)
     return order(int{x != a.end()} <=> int{y != b.end()});
 }
 
-/* ---- construction from ranges ------------------------------------------------------------------------------ */
+/* ---- construction from ranges ---- */
 
 /* Ranges that a container of `Value` can be made from, other than such a container itself. */
 template <class Range, class Container, class Value>

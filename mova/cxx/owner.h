@@ -65,7 +65,7 @@ protected:
     std::unique_ptr<Head, Release> head_;
 };
 
-/* ---- items ------------------------------------------------------------------------------------------------ */
+/* ---- items ---- */
 
 /* Containers of pointers take, as their last argument, a type that says how an item dies. With this one it does not: the
    items are the caller's. Any deleter without state makes the container their owner: std::default_delete<T>, host_delete. */

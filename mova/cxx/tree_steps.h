@@ -42,7 +42,7 @@ inline void prefetch_children(const node *of) noexcept
     __builtin_prefetch(of->right);
 }
 
-/* ---- search ------------------------------------------------------------------------------------------------ */
+/* ---- search ---- */
 
 /* The node nearest to the root that is equal, or null. */
 template <class Order>
@@ -89,7 +89,7 @@ node *first_not(const GT_tree &t, GoesBefore goes_before)
     return found;
 }
 
-/* ---- the way down ------------------------------------------------------------------------------------------- */
+/* ---- the way down ---- */
 
 constexpr int sound_height = 64;
 
@@ -121,7 +121,7 @@ struct path {
     }
 };
 
-/* ---- rotations: `high` is the side that is too high --------------------------------------------------------- */
+/* ---- rotations: `high` is the side that is too high ---- */
 
 inline void rotate_single(node **link, int high) noexcept
 {
@@ -191,7 +191,7 @@ inline bool rebalance_shrunk(node **link, int shrunk) noexcept
     return !was_even;
 }
 
-/* ---- nodes -------------------------------------------------------------------------------------------------- */
+/* ---- nodes ---- */
 
 /* The library counts the live nodes of all trees. So a node is born, and dies, in a tree of its own that has no other. */
 struct nursery {
@@ -213,7 +213,7 @@ inline void free_node(node *dead)
     GT_remove_first_item(&n.tree);
 }
 
-/* ---- iterators ---------------------------------------------------------------------------------------------- */
+/* ---- iterators ---- */
 
 template <class Visit>
 void for_each_iterator(const GT_tree &t, Visit visit)
@@ -230,7 +230,7 @@ inline void lead_off(GT_tree_iter &iterator, const node *removed) noexcept
         iterator.cursor = removed->next;
 }
 
-/* ---- insertion ---------------------------------------------------------------------------------------------- */
+/* ---- insertion ---- */
 
 struct insertion {
     node *at; /* the new node, or the one that is in its way */
@@ -275,7 +275,7 @@ insertion insert(GT_tree &t, void *item, Order order)
     return {made, true};
 }
 
-/* ---- removal ------------------------------------------------------------------------------------------------ */
+/* ---- removal ---- */
 
 /* Where a step to the left was to be tried first, it was the one. */
 inline void rebalance_shrunk_path(path &way)

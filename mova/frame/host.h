@@ -34,14 +34,14 @@ typedef uint32_t mb_handle;
 /* A pool of movable memory blocks. The containers only hand it through. */
 typedef struct mb_pool mb_pool;
 
-/* The codes that accompany a raised error. */
+/* The codes that accompany a raised error. Each has its text in mova/host/errors.cpp, and its line in docs/contracts.md. */
 enum {
     MOVA_ALLOCATION_FAILED = 4197,   /* memory or room in a pool ran out */
     MOVA_PRECONDITION_BROKEN = 4297, /* a caller broke a rule of the function that it called */
     MOVA_ID_NOT_FOUND = 4397         /* a lookup by id or by pointer found nothing */
 };
 
-/* ---- memory ---------------------------------------------------------------------------------------------- */
+/* ---- memory ---- */
 
 /* Returns a block of `size` bytes, not zeroed, aligned for any record or element of that size. Must not return null,
    not for a size of 0 either: a dynamic array takes that for a failure and raises MOVA_ALLOCATION_FAILED, and every
@@ -59,7 +59,7 @@ void MM_dealloc_item(void *item, size_t size);
    the null pointer. */
 void *MM_realloc_item(void *item, size_t old_size, size_t new_size);
 
-/* ---- memory blocks --------------------------------------------------------------------------------------- */
+/* ---- memory blocks ---- */
 
 /* Allocates a movable block of `size` bytes in `pool`. Returns its handle, or 0 when the pool has no room. */
 mb_handle mb_alloc(mb_pool *pool, size_t size);
@@ -70,7 +70,7 @@ void *mb_get(mb_pool *pool, mb_handle handle);
 /* Frees the block and clears the caller's handle. Does not fail, as MM_dealloc_item. */
 void mb_free(mb_pool *pool, mb_handle *handle);
 
-/* ---- messages -------------------------------------------------------------------------------------------- */
+/* ---- messages ---- */
 
 /* Writes text to the debug output, in the manner of printf. It stands under this name because the C library owns
    the symbol `dprintf`, with another signature. */
@@ -82,7 +82,7 @@ void debug_break(void);
 /* Shows a warning to the user. `text` is the caller's and is not kept. */
 void MSG_Message(const char *text);
 
-/* ---- errors ---------------------------------------------------------------------------------------------- */
+/* ---- errors ---- */
 
 /* Reports an error: the name of the module that found it, the line that identifies the check, and one of the codes
    above. Ordinarily it does not return (it throws, jumps or ends the program). A host may return from it all the

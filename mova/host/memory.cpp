@@ -52,7 +52,7 @@ void *exhausted(int32_t line)
     return nullptr;
 }
 
-/* ---- a thread's beginning and end ------------------------------------------------------------------------- */
+/* ---- a thread's beginning and end ---- */
 
 /* A thread has a cache from its first call on until its end is called. Destructors may allocate after that, round after
    round, and nobody would end a second cache. While it begins, the system may call the service for room of its own. */
@@ -135,7 +135,7 @@ bool has_cache()
     return own_cache != &no_cache || begin_thread();
 }
 
-/* ---- blocks ----------------------------------------------------------------------------------------------- */
+/* ---- blocks ---- */
 
 /* Null where memory has run out. */
 spare_mappings::taken try_to_take(unsigned index)
@@ -209,7 +209,7 @@ void *resize(void *item, unsigned from, unsigned to)
     return *found;
 }
 
-/* ---- over-aligned blocks ---------------------------------------------------------------------------------- */
+/* ---- over-aligned blocks ---- */
 
 /* What every block of a class is aligned to. Blocks follow each other from the start of a page on. */
 size_t alignment_of(unsigned index)
@@ -248,7 +248,7 @@ void release_within(void *block, size_t alignment, size_t size)
     MM_dealloc_item(start, alignment + size);
 }
 
-/* ---- statistics ------------------------------------------------------------------------------------------- */
+/* ---- statistics ---- */
 
 mova_memory_class figures_of(unsigned index) MOVA_ANNOTATED(requires_capability(process_caches.lock))
 {

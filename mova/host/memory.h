@@ -47,7 +47,7 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-/* ---- blocks beside those of the service ------------------------------------------------------------------
+/* ---- blocks beside those of the service ----
 
    They raise what MM_alloc_item raises, and return null where the error's handler returns. */
 
@@ -62,14 +62,14 @@ void *mova_memory_aligned(size_t alignment, size_t size);
 /* Takes back such a block; both figures are those that it was allocated with. */
 void mova_memory_release_aligned(void *block, size_t alignment, size_t size);
 
-/* ---- giving memory back ------------------------------------------------------------------------------------ */
+/* ---- giving memory back ---- */
 
 /* Gives the system back all that it can have: the free blocks that this thread holds ready, all chunks and large blocks
    that are kept, and what lies unused between blocks. What other threads hold ready stays with them. Linear in the chunks
    that are held; milliseconds where much is given back. */
 void mova_memory_trim(void);
 
-/* ---- errors ------------------------------------------------------------------------------------------------ */
+/* ---- errors ---- */
 
 /* The lines with which the service reports that memory ran out. */
 enum {

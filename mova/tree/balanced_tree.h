@@ -125,7 +125,7 @@ typedef GT_tree_item tree_item;
 typedef GT_tree_iter tree_iter;
 #endif
 
-/* ---- creation and disposal ------------------------------------------------------------------------------- */
+/* ---- creation and disposal ---- */
 
 /* Returns a new empty tree that admits items that compare equal. */
 GT_tree *GT_create_with_dupl_allowed(GT_compare compare);
@@ -148,7 +148,7 @@ void GT_make_empty(GT_tree *t);
 /* As GT_make_empty, but frees each node's item ahead of the node: MM_dealloc_item with `item_size` bytes. */
 void GT_total_make_empty(GT_tree *t, size_t item_size);
 
-/* ---- insertion and search -------------------------------------------------------------------------------- */
+/* ---- insertion and search ---- */
 
 /* Inserts `item`, after all that compare equal to it, and returns its position. In a tree without duplicates that
    holds an item equal to it, changes nothing and returns that item's position: the caller looks at the node's `item`.
@@ -172,7 +172,7 @@ int GT_search_item(GT_tree *t, void *key, GT_tree_item **position);
 /* Returns the number of items, by a walk over all nodes: linear. */
 int32_t GT_count_items(const GT_tree *t);
 
-/* ---- removal: the node is freed, its item left alone --------------------------------------------------------- */
+/* ---- removal: the node is freed, its item left alone ---- */
 
 /* Removes the node, which it reaches by comparing its item with those on the way. O(log n), and up to every item that
    compares equal. Balances outside -1 … +1 are left as they are.
@@ -195,7 +195,7 @@ void GT_find_and_remove_item(GT_tree *t, void *item);
    releasable. */
 void GT_remove_first_item(GT_tree *t);
 
-/* ---- iteration: each constructor allocates an iterator and puts it at the end of the tree's list --------------- */
+/* ---- iteration: each constructor allocates an iterator and puts it at the end of the tree's list ---- */
 
 /* Start at the first item: deliver every item, those that `condition` accepts, or all up to the first that it
    rejects. GT_all_items leaves the iterator's `condition` unset. */
@@ -233,7 +233,7 @@ int GT_current_item(GT_tree_iter *iterator, void **item);
    Raises line 962 when it is not in its tree's list. Where the host returns, it is freed all the same. */
 void GT_end_iterator(GT_tree_iter *iterator);
 
-/* ---- maintenance ----------------------------------------------------------------------------------------- */
+/* ---- maintenance ---- */
 
 /* Puts the items in order again after their keys were changed in place, by a bubble sort along the chain: items move
    between nodes, and everything else stays. Items that compare equal keep their order. Uses an iterator of the tree's

@@ -139,7 +139,7 @@ protected:
     heap own{system, thread_caches::records};
 };
 
-/* ---- chunks and runs -------------------------------------------------------------------------------------- */
+/* ---- chunks and runs ---- */
 
 TEST_F(Heap, AHeapThatIsEmptyAgainGivesAllBack)
 {
@@ -263,7 +263,7 @@ TEST_F(Heap, RunsNeverOverlap)
     EXPECT_EQ(system.mapped_bytes(), 0u);
 }
 
-/* ---- what is kept ----------------------------------------------------------------------------------------- */
+/* ---- what is kept ---- */
 
 TEST_F(Heap, UnusedChunksOfLessThan128MiBAreKept)
 {
@@ -323,7 +323,7 @@ TEST_F(Heap, TrimmingGivesBackWhatLiesUnusedBetweenBlocks)
     std::memset(pages[0], 'p', 16 * kib);
 }
 
-/* ---- a system that refuses -------------------------------------------------------------------------------- */
+/* ---- a system that refuses ---- */
 
 TEST_F(Heap, WhatTheSystemDoesNotTakeBackIsEmptiedAndUsedAgain)
 {
@@ -425,7 +425,7 @@ TEST_F(Heap, ALargeBlockThatCanBeNeitherMovedNorCopiedIsAsItWas)
     EXPECT_EQ(own.held(), system.mapped_bytes());
 }
 
-/* ---- huge pages ------------------------------------------------------------------------------------------- */
+/* ---- huge pages ---- */
 
 TEST_F(Heap, OnlyMemoryThatSmallBlocksFillIsAskedForHugePages)
 {
@@ -448,7 +448,7 @@ TEST_F(Heap, ALargeBlockThatGrowsFromAFullOneIsAskedForHugePages)
     EXPECT_EQ(system.huge, 128 * mib);
 }
 
-/* ---- the caches of threads -------------------------------------------------------------------------------- */
+/* ---- the caches of threads ---- */
 
 class ThreadCache : public Heap {
 protected:

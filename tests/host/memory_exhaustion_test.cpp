@@ -119,7 +119,7 @@ TEST_F(MemoryExhaustion, AFailureLeavesTheFiguresAlone)
     EXPECT_LE(after.held_bytes, before.held_bytes);
 }
 
-/* ---- with little address space ---------------------------------------------------------------------------- */
+/* ---- with little address space ---- */
 
 using MemoryLimit = MemoryExhaustion;
 

@@ -199,7 +199,7 @@ TEST(MemoryThreads, StatisticsMayBeReadWhileOthersAllocate)
     reader.join();
 }
 
-/* ---- what a sanitizer has its own ways for ------------------------------------------------------------------ */
+/* ---- what a sanitizer has its own ways for ---- */
 
 /* Sets its key again in its destructor, as often as the system calls that, and allocates each time. */
 TEST(MemoryOwnThreads, AThreadThatAllocatesInEveryRoundOfDestructorsLeavesNothing)

@@ -133,7 +133,7 @@ void modelled_tree::insert(int32_t key)
 {
     record *item = new_record(key);
     reference_tree::link added(new reference_tree::node{nullptr, item, nullptr, nullptr});
-    reference_tree::node *node = added.get();
+    reference_tree::node *inserted = added.get();
     const reference_tree::node *in_the_way = shape_.insert(std::move(added), asking(*item), dupl_allowed_);
     if (!in_the_way)
         expected_.alloc(sizeof(tree_item));
@@ -142,7 +142,7 @@ void modelled_tree::insert(int32_t key)
         require(position == in_the_way->position, "insertion returned another position");
         return free_record(item);
     }
-    node->position = position;
+    inserted->position = position;
     order_.insert(item);
     for (iterator_pair &pair : iterators_) {
         if (pair.model.current && neighbour(pair.model.current, 1) == position)
@@ -469,8 +469,8 @@ bool modelled_tree::may_copy(std::size_t iterator) const
 std::ptrdiff_t modelled_tree::index_of_current(std::size_t iterator) const
 {
     const std::vector<reference_tree::node *> nodes = shape_.in_order();
-    const auto at = std::find_if(nodes.begin(), nodes.end(), [&](const reference_tree::node *node) {
-        return node->position == iterators_.at(iterator).model.current;
+    const auto at = std::find_if(nodes.begin(), nodes.end(), [&](const reference_tree::node *candidate) {
+        return candidate->position == iterators_.at(iterator).model.current;
     });
     return at == nodes.end() ? -1 : at - nodes.begin();
 }

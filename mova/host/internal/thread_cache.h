@@ -193,7 +193,7 @@ private:
     thread_cache *first_ MOVA_ANNOTATED(guarded_by(lock)) = nullptr;
 };
 
-/* ---- a thread's cache ------------------------------------------------------------------------------------- */
+/* ---- a thread's cache ---- */
 
 /* The refill.
 
