@@ -9,7 +9,8 @@ foreach(header ${container_headers} ${host_headers} ${cxx_headers})
     install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mova/${room})
 endforeach()
 
-install(TARGETS mova_container mova_container_static mova_host mova_host_static EXPORT mova
+install(TARGETS mova_container mova_container_static mova_host mova_host_static
+    mova_host_system mova_host_system_static EXPORT mova
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
@@ -47,5 +48,7 @@ function(install_pkg_config name description requires libs_private)
 endfunction()
 
 install_pkg_config(mova_container "${PROJECT_DESCRIPTION}" mova_host "-l${cxx_runtime} -lm")
-install_pkg_config(mova_host "The default memory, message and error services of mova_container" ""
-                   "-l${cxx_runtime} -lm ${CMAKE_THREAD_LIBS_INIT}")
+set(host_private "-l${cxx_runtime} -lm ${CMAKE_THREAD_LIBS_INIT}")
+install_pkg_config(mova_host "The default memory, message and error services of mova_container" "" "${host_private}")
+install_pkg_config(mova_host_system "The same services with every block from malloc, for valgrind and sanitizers" ""
+                   "${host_private}")

@@ -24,6 +24,7 @@
 #include <mova/host/internal/heap.h>
 #include <mova/host/internal/locks.h>
 #include <mova/host/internal/size_classes.h>
+#include <mova/host/internal/system_blocks.h>
 #include <mova/host/internal/system_memory.h>
 #include <mova/host/internal/thread_cache.h>
 
@@ -32,8 +33,10 @@ namespace {
 using namespace mova;
 using namespace mova::size_classes;
 
-/* Under a sanitizer every block is the system's, so that the sanitizer sees it. */
-#if defined __has_feature
+/* In libmova_host_system, and under a sanitizer, every block is the system's, so that its tools see it. */
+#if defined MOVA_MEMORY_OF_SYSTEM
+constexpr bool own_blocks = false;
+#elif defined __has_feature
 constexpr bool own_blocks =
     !(__has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer));
 #elif defined __SANITIZE_ADDRESS__ || defined __SANITIZE_THREAD__
@@ -157,11 +160,6 @@ spare_mappings::taken take(unsigned index)
     return process_heap.give_back() ? try_to_take(index) : block;
 }
 
-void *allocate_of_system(size_t size)
-{
-    return size % 16 != 0 ? std::malloc(size) : std::aligned_alloc(16, size);
-}
-
 int32_t line_of(size_t size)
 {
     return size > run_limit ? MOVA_MEMORY_NO_MAPPING : MOVA_MEMORY_NO_ROOM;
@@ -171,14 +169,14 @@ int32_t line_of(size_t size)
 {
     if (size > PTRDIFF_MAX)
         return exhausted(MOVA_MEMORY_SIZE_TOO_LARGE);
-    void *block = own_blocks ? take(class_of(size)).start : allocate_of_system(size);
+    void *block = own_blocks ? take(class_of(size)).start : system_blocks::take(size);
     return block ? block : exhausted(line_of(size));
 }
 
 [[gnu::noinline]] void release_slowly(void *item, size_t size)
 {
     if (!own_blocks)
-        return std::free(item);
+        return system_blocks::give(item, size);
     if (!item)
         return;
     const unsigned index = class_of(size);

@@ -32,8 +32,10 @@
      emptied, but for a page, and serves the next of its size.
    - A child that was forked has lost the free blocks that threads of its parent held ready; they count as live in it.
 
-   Under the address, thread and memory sanitizers every block is a block of the system's allocator, and every count
-   below is 0.
+   In libmova_host_system, which a program links in place of libmova_host to be watched by valgrind or a sanitizer, every
+   block is a block of the system's allocator, every reallocation moves, and every count below is 0; so it is where the
+   library itself is built with a sanitizer. A release with a wrong size then ends the program, as far as the allocator
+   tells sizes: docs/debugging.md.
 
    Units: sizes are bytes. A block counts with the block size of its class, which is what it occupies. */
 #ifndef MOVA_HOST_MEMORY_H

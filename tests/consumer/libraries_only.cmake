@@ -1,4 +1,4 @@
-# With tests, benchmarks and examples off, the two libraries configure and build with a compiler for C++ and CMake
+# With tests, benchmarks and examples off, the libraries configure and build with a compiler for C++ and CMake
 # alone. REPEAT builds them twice, and compares; with PKG_CONFIG it looks at what absolute directories lead to.
 #
 # cmake -DSOURCE=... -DDIRECTORY=... -DGENERATOR=... [-DTOOLCHAIN=...] [-DCXX_COMPILER=...] [-DPKG_CONFIG=...]
@@ -21,7 +21,7 @@ if(compiler_for_c)
 endif()
 
 build_project(${DIRECTORY})
-foreach(library mova_container mova_host)
+foreach(library mova_container mova_host mova_host_system)
     foreach(extension so a)
         if(NOT EXISTS ${DIRECTORY}/mova/lib${library}.${extension})
             message(FATAL_ERROR "lib${library}.${extension} was not built")
@@ -33,7 +33,7 @@ if(REPEAT)
     set(again ${DIRECTORY}/in/another/directory)
     configure_project(${SOURCE} ${again} ${options})
     build_project(${again})
-    foreach(library mova_container mova_host)
+    foreach(library mova_container mova_host mova_host_system)
         run(${CMAKE_COMMAND} -E compare_files ${DIRECTORY}/mova/lib${library}.so ${again}/mova/lib${library}.so)
     endforeach()
 endif()

@@ -92,7 +92,8 @@ TEST_F(Errors, TheLibrarysOwnRaisesAreDescribedByModuleAndLine)
 TEST_F(Errors, AnExceptionHoldsEveryTextOfTheLibraryWhole)
 {
     int described = 0;
-    for (const char *module : {"RGBLUT", "cache", "darray", "egenlist", "gentree", "plut", "sgenlist"})
+    for (const char *module :
+         {"RGBLUT", "cache", "darray", "egenlist", "gentree", "memory", "memory blocks", "plut", "sgenlist"})
         for (int32_t line = 0; line < 2000; ++line)
             if (const char *description = mova_error_description(module, line)) {
                 ++described;
@@ -100,7 +101,7 @@ TEST_F(Errors, AnExceptionHoldsEveryTextOfTheLibraryWhole)
                     std::string_view(mova::error(module, line, MOVA_ID_NOT_FOUND).what()).ends_with(description))
                     << module << ' ' << line;
             }
-    EXPECT_EQ(described, 40);
+    EXPECT_EQ(described, 45);
 }
 
 TEST_F(Errors, ATextThatDoesNotFitIsCutAndItsWholeLengthReturned)

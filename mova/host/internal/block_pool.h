@@ -30,6 +30,7 @@
 
 #include <mova/frame/host.h>
 #include <mova/host/internal/gap_classes.h>
+#include <mova/host/internal/gap_marks.h>
 #include <mova/host/memory_blocks.h>
 
 namespace mova {
@@ -72,7 +73,10 @@ public:
         place_of(origin) = {arena_.get(), none};
         block_of(origin) = {0, 0, origin, origin, none, none};
         set_gap(origin, budget);
+        gap_marks::hide(arena_.get(), budget);
     }
+
+    ~block_pool() { gap_marks::show(arena_.get(), statistics_.budget); }
 
     static constexpr size_t occupied_by(size_t size)
     {
@@ -113,6 +117,7 @@ public:
         block_of(released.prev).next = released.next;
         block_of(released.next).prev = released.prev;
         set_gap(released.prev, room);
+        gap_marks::hide(place_of(handle).address, released.size);
         place_of(handle) = {nullptr, 0};
         statistics_.live_bytes -= released.size;
         statistics_.live_blocks--;
@@ -261,6 +266,7 @@ private:
         neighbour.next = handle;
         neighbour.gap = 0;
         set_gap(handle, room - size);
+        gap_marks::show(place_of(handle).address, size);
         statistics_.live_bytes += size;
         statistics_.live_blocks++;
         return handle;
@@ -274,17 +280,22 @@ private:
         const row cheapest = find_row(size);
         size_t room = take_gap(cheapest.first);
         block_of(cheapest.first).gap = 0;
-        char *to = place_of(cheapest.first).address + block_of(cheapest.first).size;
+        char *to = end_of(cheapest.first);
+        gap_marks::show(to, room);
         for (mb_handle each = cheapest.first; each != cheapest.last;) {
             each = block_of(each).next;
+            gap_marks::show(end_of(each), block_of(each).gap);
             room += take_gap(each);
             block_of(each).gap = 0;
             move(each, to);
             to += block_of(each).size;
         }
         set_gap(cheapest.last, room);
+        gap_marks::hide(to, room);
         return cheapest.last;
     }
+
+    char *end_of(mb_handle handle) const { return place_of(handle).address + block_of(handle).size; }
 
     void move(mb_handle handle, char *to)
     {
