@@ -99,16 +99,26 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     return {picture.size(), bytes, totals(topology), picture.statistics(), times};
 }
 
+/* "1 country", "2 countries". */
+static std::string counted(std::int64_t number, const char *one, const char *many)
+{
+    return std::to_string(number) + ' ' + (number == 1 ? one : many);
+}
+
+static std::string counted(const Totals &drawn)
+{
+    std::string text = counted(drawn.countries, "country", "countries") + ", " + counted(drawn.rings, "ring", "rings");
+    if (drawn.lines > 0)
+        text += ", " + counted(drawn.lines, "line", "lines");
+    return text + ", " + counted(drawn.points, "point", "points");
+}
+
 static void print_outcome(const Options &options, const Outcome &outcome)
 {
-    const Totals &drawn = outcome.drawn;
     const Times &times = outcome.times;
     std::printf("picture  %s\n", std::filesystem::absolute(options.out).lexically_normal().c_str());
     std::printf("size     %d x %d pixels, %zu bytes\n", outcome.size.width, outcome.size.height, outcome.bytes);
-    std::printf("drawn    %" PRId64 " countries, %" PRId64 " rings, ", drawn.countries, drawn.rings);
-    if (drawn.lines > 0)
-        std::printf("%" PRId64 " lines, ", drawn.lines);
-    std::printf("%" PRId64 " points\n", drawn.points);
+    std::printf("drawn    %s\n", counted(outcome.drawn).c_str());
     const Picture::Statistics &cache = outcome.cache;
     std::printf("cache    %zu bytes for %zu tiles: %" PRIu64 " evictions, %" PRIu64 " write-backs, %" PRIu64
                 " fetches, %" PRIu64 " blocks moved\n",

@@ -41,12 +41,20 @@ static int parse_number(const char *option, const char *text, int least, int mos
     return number;
 }
 
+static std::string without_outer_spaces(const std::string &text)
+{
+    const std::size_t first = text.find_first_not_of(' ');
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
+}
+
 static void add_names(std::vector<std::string> &names, const std::string &text)
 {
+    if (text.starts_with("--"))
+        throw Error("--select needs names of countries, and is followed by " + text);
     std::size_t start = 0, comma = 0;
     for (; comma != std::string::npos; start = comma + 1) {
         comma = text.find(',', start);
-        names.push_back(text.substr(start, comma - start));
+        names.push_back(without_outer_spaces(text.substr(start, comma - start)));
         if (names.back().empty())
             throw Error("--select takes names of countries, with a comma between them, not " + text);
     }
@@ -73,7 +81,10 @@ static void apply(Options &options, int option, char **argv)
     case option_select: add_names(options.select, optarg); break;
     case option_print_tree: options.print_tree = true; break;
     case option_help: options.help = true; break;
-    case ':': throw Error(refused_option(argv) + " needs a value (see atlas --help)");
+    case ':':
+        if (refused_option(argv) == "--select")
+            throw Error("--select needs names of countries, as in --select \"Chad,South Sudan\"");
+        throw Error(refused_option(argv) + " needs a value (see atlas --help)");
     default: throw Error("unknown option " + refused_option(argv) + " (see atlas --help)");
     }
 }

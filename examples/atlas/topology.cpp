@@ -82,6 +82,9 @@ static void check_depth(std::string_view text)
 
 static json parse_json(std::string_view text, const Progress &progress)
 {
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first != std::string_view::npos && text[first] != '{' && text[first] != '[')
+        throw Error("not JSON");
     check_depth(text);
     try {
         const ReportingInput begin(text, 0, progress), end(text, text.size(), progress);

@@ -70,7 +70,9 @@ TEST_P(BadInput, IsAnsweredWithWhatIsWrong)
 
 static const Bad bad_inputs[] = {
     {"Nothing", "", "the JSON ends too early, after 0 bytes"},
-    {"NoJson", "hello", "not valid JSON at byte 1"},
+    {"NoJson", "hello", "not JSON"},
+    {"NoJsonAfterSpaces", " \n\t<svg>", "not JSON"},
+    {"HardlyJson", "{hello", "not valid JSON at byte 2"},
     {"HalfAnObject", R"({"type":)", "the JSON ends too early, after 8 bytes"},
     {"TextAfterTheEnd", R"({} x)", "not valid JSON at byte 4"},
     {"NotUtf8", "{\"\xff\":1}", "not valid JSON at byte 3"},

@@ -1,6 +1,7 @@
 #include "select.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -70,6 +71,34 @@ TEST(Selection, OfANameThatNoCountryHasIsRefused)
             EXPECT_EQ(std::string("no country is named ") + name, error.what());
         }
         EXPECT_EQ((Names{"a", "b", ""}), names_of(topology));
+    }
+}
+
+TEST(Selection, ANameThatIsNearlyRightIsAnsweredWithTheRightOne)
+{
+    const std::pair<const char *, const char *> misses[] = {{"Nigr", "Niger"},
+                                                            {"niger", "Niger"},
+                                                            {"Brasil", "Brazil"},
+                                                            {"Untied Kingdom", "United Kingdom"},
+                                                            {"United States", "United States of America"},
+                                                            {"Switzer", "Switzerland"}};
+    for (const auto &[name, meant] : misses) {
+        Topology topology = decode(shipped_world("110m"));
+        try {
+            select_countries(topology, {name});
+            FAIL() << name;
+        } catch (const Error &error) {
+            EXPECT_EQ(std::string("no country is named ") + name + ": did you mean " + meant + "?", error.what());
+        }
+    }
+    for (const char *name : {"Xyzzyx", "Ch", "Nowhere at all"}) {
+        Topology topology = decode(shipped_world("110m"));
+        try {
+            select_countries(topology, {name});
+            FAIL() << name;
+        } catch (const Error &error) {
+            EXPECT_EQ(std::string("no country is named ") + name, error.what());
+        }
     }
 }
 
