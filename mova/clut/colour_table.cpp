@@ -152,8 +152,11 @@ void set_standard_colours()
 /* 2 */
 void find_free_index()
 {
-    while (words.first_free_index < table.size && table.states[words.first_free_index] != free_index)
-        ++words.first_free_index;
+    if (words.first_free_index >= table.size)
+        return;
+    const int32_t *states = table.states;
+    const int32_t *found = std::find(states + words.first_free_index, states + table.size, int32_t{free_index});
+    words.first_free_index = static_cast<int32_t>(found - states);
 }
 
 /* 1: ends the static phase. Returns false where there is no index to reserve. */
