@@ -104,6 +104,7 @@ public:
     Value get_or(Key key, Value absent = {}) const noexcept
     {
         const std::size_t home = home_of(to_word(key));
+        __builtin_prefetch(head_->values + home);
         const mova_word there = head_->keys[home];
         if (there == to_word(key) && there)
             return from_word<Value>(head_->values[home]);
@@ -112,6 +113,7 @@ public:
     std::optional<Value> find(Key key) const noexcept
     {
         const std::size_t home = home_of(to_word(key));
+        __builtin_prefetch(head_->values + home);
         const mova_word there = head_->keys[home];
         if (there == to_word(key) && there)
             return from_word<Value>(head_->values[home]);

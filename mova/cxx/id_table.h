@@ -79,8 +79,11 @@ public:
     void allow_reuse() noexcept { io_lut_allow_reuse(get()); }
 
     /* The pointer of the id, or null. */
-    T *find(std::int32_t id) noexcept { return static_cast<T *>(io_lut_look_ptr(get(), id)); }
-    const T *find(std::int32_t id) const noexcept { return static_cast<const T *>(io_lut_look_ptr(get(), id)); }
+    T *find(std::int32_t id) noexcept
+    {
+        return id > 0 && id < head_->nitems ? static_cast<T *>(static_cast<void **>(head_->data)[id]) : nullptr;
+    }
+    const T *find(std::int32_t id) const noexcept { return const_cast<id_table *>(this)->find(id); }
     /* Raises line 155 where the id is free, or none. */
     T &operator[](std::int32_t id) { return *static_cast<T *>(io_lut_get_ptr(get(), id)); }
     const T &operator[](std::int32_t id) const { return *static_cast<const T *>(io_lut_get_ptr(get(), id)); }

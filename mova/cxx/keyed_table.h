@@ -204,6 +204,7 @@ private:
         if (!heads_)
             return none;
         const std::size_t home = static_cast<std::uint32_t>(hash) & static_cast<std::uint32_t>(heads_->mask);
+        __builtin_prefetch(heads_->values + home);
         const mova_word there = heads_->keys[home];
         const mova_word head = there == hash ? heads_->values[home] : there ? HSH_get_value(heads_.get(), hash) : 0;
         return static_cast<std::size_t>(head) - 1;

@@ -52,9 +52,13 @@ node *search(const GT_tree &t, Order order)
     while (at) {
         prefetch_children(at);
         const auto c = order(at);
+        if (c < 0) {
+            at = at->left;
+            continue;
+        }
         if (c == 0)
             break;
-        at = *child(at, c > 0);
+        at = at->right;
     }
     return at;
 }
@@ -252,11 +256,11 @@ insertion insert(GT_tree &t, void *item, Order order)
         const auto c = order(at);
         if (c == 0 && refuses_equal)
             return {at, false};
-        const bool before = c < 0;
-        way.push(link, before ? left : right);
-        next = before ? at : next;
-        prev = before ? prev : at;
-        link = child(at, !before);
+        const bool after = !(c < 0);
+        way.push(link, after ? right : left);
+        next = after ? next : at;
+        prev = after ? at : prev;
+        link = child(at, after);
     }
     node *const made = make_node(item);
     made->prev = prev;
@@ -346,7 +350,7 @@ bool remove(GT_tree &t, node *removed, Order order)
         }
         prefetch_children(at);
         const auto c = order(at);
-        way.push(link, c > 0 ? right : c < 0 ? left : left_first);
+        way.push(link, c == 0 ? left_first : c > 0 ? right : left);
         link = child(at, c > 0);
     }
     return false;
