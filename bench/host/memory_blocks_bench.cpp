@@ -112,6 +112,30 @@ void time_churn(benchmark::State &state, unsigned per_cent)
         churning.turn();
 }
 
+constexpr size_t tight_gaps = 100000, tight_blocks = 1000;
+
+/* 1e5 gaps are a unit too small for what comes; between any two lies a block of one unit, which has to move. */
+void time_tight_gaps(benchmark::State &state, size_t tight_units)
+{
+    for (auto _ : state) {
+        state.PauseTiming();
+        mb_pool *pool = mb_create_pool(tight_gaps * (tight_units + 1) * MB_UNIT);
+        std::vector<mb_handle> gaps(tight_gaps);
+        for (mb_handle &gap : gaps) {
+            gap = mb_alloc(pool, tight_units * MB_UNIT);
+            mb_alloc(pool, MB_UNIT);
+        }
+        for (mb_handle &gap : gaps)
+            mb_free(pool, &gap);
+        state.ResumeTiming();
+        for (size_t i = 0; i < tight_blocks; ++i)
+            benchmark::DoNotOptimize(mb_alloc(pool, (tight_units + 1) * MB_UNIT));
+        state.PauseTiming();
+        mb_release_pool(&pool);
+        state.ResumeTiming();
+    }
+}
+
 double moved_by_an_operation(unsigned per_cent)
 {
     constexpr int turns = 10;
@@ -154,6 +178,12 @@ const bool registered = [] {
     for (const auto &[per_cent, at_most] :
          std::initializer_list<std::pair<unsigned, double>>{{50, 0}, {80, 4096}, {90, 0}, {95, 4096}, {99, 0}})
         add_moved(per_cent, at_most);
+    for (size_t units : {64, 1600})
+        scoreboard::add_timed({"C3",
+                               "pool, 1e5 gaps of " + std::to_string(units) + " units, a unit too small",
+                               tight_blocks,
+                               [=](benchmark::State &state) { time_tight_gaps(state, units); },
+                               {}});
     return true;
 }();
 

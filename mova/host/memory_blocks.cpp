@@ -4,7 +4,9 @@
 #include <new>
 #include <utility>
 
+#include <mova/frame/internal/assert.h>
 #include <mova/host/internal/block_pool.h>
+#include <mova/host/internal/invariants.h>
 
 static_assert(MB_UNIT == mova::gap_classes::unit);
 
@@ -30,7 +32,9 @@ mb_pool *mb_create_pool(size_t budget)
     mova::owned_memory pool = table ? mova::take_memory(sizeof(mb_pool)) : nullptr;
     if (!pool)
         return nullptr;
-    return new (pool.release()) mb_pool(std::move(arena), std::move(table), rounded(budget));
+    auto *created = new (pool.release()) mb_pool(std::move(arena), std::move(table), rounded(budget));
+    assert(mova::intact(mova::broken_invariant(*created)));
+    return created;
 }
 
 void mb_release_pool(mb_pool **pool)

@@ -25,10 +25,11 @@
    - A pool takes its memory from the memory service, which reports where it has none. Where that error's handler returns,
      the function that asked returns null or 0. The pool is as it was in either case.
 
-   Cost: mb_get is constant. mb_alloc and mb_free are constant too, amortised over the growth of the pool's table, until
-   blocks have to move. Blocks are moved only when no gap fits, for which every gap of about the size is looked at: those
-   between some neighbouring gaps that are large enough together. The search for gaps with little between them takes about
-   as long as the moving. The fuller a pool, the more often that is: docs/performance.md gives figures.
+   Cost: mb_get is constant. mb_alloc and mb_free take as many steps as a size above 16 KiB has bits, and constant time
+   below, amortised over the growth of the pool's table, until blocks have to move. A block takes the smallest gap that is
+   large enough. Blocks are moved only when no gap fits: those between some neighbouring gaps that are large enough
+   together. The search for gaps with little between them takes about as long as the moving. The fuller a pool, the more
+   often that is: docs/performance.md gives figures.
 
    A pool belongs to one thread at a time; different pools do not know of each other. A pool cannot tell another pool's
    handles from its own.

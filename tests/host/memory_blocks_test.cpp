@@ -3,13 +3,14 @@
 #include <mova/host/internal/block_pool.h>
 #include <mova/host/memory_blocks.h>
 
-#include <tests/support/verify_block_pool.h>
+#include <mova/host/internal/invariants.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -309,22 +310,106 @@ TEST_F(MemoryBlocks, NothingIsMovedWhileAGapFits)
     EXPECT_EQ(figures().moves, 0u);
 }
 
-/* Gaps of 64 and 65 units are of one class. The one that fits was there first, and comes after all others. */
+/* Gaps of 64 and 65 units are of different classes, those of 1600 and 1601 of one. The one that fits was there first. */
 TEST_F(MemoryBlocks, TheOneGapThatFitsIsFoundAmongManyOfAlikeSize)
 {
-    make((20 * 65 + 66) * unit);
-    std::vector<mb_handle> gaps;
-    for (int i = 0; i < 20; i++) {
-        gaps.push_back(allocate(64));
+    for (size_t size : {size_t{64}, size_t{1600}}) {
+        make((20 * (size + 1) + size + 2) * unit);
+        std::vector<mb_handle> gaps;
+        for (int i = 0; i < 20; ++i) {
+            gaps.push_back(allocate(size));
+            allocate(1);
+        }
+        const mb_handle fits = allocate(size + 1);
         allocate(1);
+        free(fits);
+        for (mb_handle gap : gaps)
+            free(gap);
+        allocate(size + 1);
+        EXPECT_EQ(figures().moves, 0u);
+        mb_release_pool(&pool);
     }
-    const mb_handle fits = allocate(65);
-    allocate(1);
-    free(fits);
+}
+
+/* Gaps of 2048 to 2051 units are of one class: two of a size, one below the other in the class's tree, and one that is not the
+   first of its list. All of them leave again, one after the other. */
+TEST(BlockPoolGaps, LeaveListsAndTreesFromAnyPlace)
+{
+    const std::vector<size_t> sizes = {2050, 2048, 2050, 2051, 2049, 2050, 2048, 2049};
+    const size_t budget = (sizes.size() * 2051 + sizes.size()) * unit;
+    for (size_t first_out = 0; first_out < sizes.size(); ++first_out) {
+        mova::block_pool pool(mova::take_memory(budget), mova::block_pool::empty_table(), budget);
+        std::vector<mb_handle> gaps, walls;
+        for (size_t size : sizes) {
+            gaps.push_back(pool.allocate(size * unit));
+            walls.push_back(pool.allocate(unit));
+        }
+        pool.allocate(budget - pool.statistics().live_bytes);
+        for (mb_handle gap : gaps) {
+            pool.release(gap);
+            ASSERT_EQ(mova::broken_invariant(pool), 0);
+        }
+        for (size_t i = 0; i < sizes.size(); ++i) {
+            const size_t size = sizes[(first_out + i) % sizes.size()];
+            ASSERT_NE(pool.allocate(size * unit), 0u);
+            ASSERT_EQ(mova::broken_invariant(pool), 0) << i;
+        }
+        EXPECT_EQ(pool.statistics().moves, 0u) << "each found a gap of its own size";
+    }
+}
+
+/* Releasing a wall joins two gaps: both leave their lists, which have others before and after. */
+TEST(BlockPoolGaps, ThatHaveASuccessorInTheirListLeaveIt)
+{
+    mova::block_pool pool(mova::take_memory(40 * unit), mova::block_pool::empty_table(), 40 * unit);
+    std::vector<mb_handle> gaps, walls;
+    for (int i = 0; i < 10; ++i) {
+        gaps.push_back(pool.allocate(3 * unit));
+        walls.push_back(pool.allocate(unit));
+    }
     for (mb_handle gap : gaps)
-        free(gap);
-    allocate(65);
-    EXPECT_EQ(figures().moves, 0u);
+        pool.release(gap);
+    pool.release(walls[4]);
+    EXPECT_EQ(mova::broken_invariant(pool), 0);
+    const char *start = static_cast<char *>(pool.get(walls[3])) + unit;
+    EXPECT_EQ(pool.get(pool.allocate(7 * unit)), start);
+    EXPECT_EQ(mova::broken_invariant(pool), 0);
+    for (int i = 0; i < 8; ++i)
+        EXPECT_NE(pool.allocate(3 * unit), 0u);
+    EXPECT_EQ(pool.statistics().moves, 0u);
+    EXPECT_EQ(mova::broken_invariant(pool), 0);
+}
+
+TEST(BlockPoolGaps, TheSmallestThatIsLargeEnoughIsTaken)
+{
+    std::mt19937 random(4197);
+    constexpr size_t budget = 2000000 * unit;
+    mova::block_pool pool(mova::take_memory(budget), mova::block_pool::empty_table(), budget);
+    std::multiset<size_t> sizes;
+    std::vector<mb_handle> gaps;
+    for (int i = 0; i < 500; ++i) {
+        const size_t size = (1 + random() % (1u << random() % 14)) * unit;
+        gaps.push_back(pool.allocate(size));
+        pool.allocate(unit);
+        sizes.insert(size);
+    }
+    pool.allocate(budget - pool.statistics().live_bytes);
+    for (mb_handle gap : gaps)
+        pool.release(gap);
+    for (int i = 0; i < 2000 && !sizes.empty(); ++i) {
+        const size_t size = (1 + random() % 8192) * unit;
+        const auto fitting = sizes.lower_bound(size);
+        if (fitting == sizes.end())
+            continue;
+        const mb_handle block = pool.allocate(size);
+        const size_t rest = *fitting - size;
+        ASSERT_EQ(std::as_const(pool).block_of(block).gap, rest);
+        sizes.erase(fitting);
+        if (rest != 0)
+            sizes.insert(rest);
+        ASSERT_EQ(mova::broken_invariant(pool), 0);
+    }
+    EXPECT_EQ(pool.statistics().moves, 0u);
 }
 
 TEST_F(MemoryBlocks, TheGapThatFitsBestIsTaken)
@@ -491,7 +576,7 @@ TEST(BlockPoolHandles, CountOnPastTheLastNumberWithoutThoseThatAreLive)
         EXPECT_NE(pool.get(handle), nullptr);
     EXPECT_EQ(pool.get(last), nullptr);
     EXPECT_EQ(pool.get(0), nullptr);
-    EXPECT_EQ(mova::test::broken_invariant(pool), 0);
+    EXPECT_EQ(mova::broken_invariant(pool), 0);
 }
 
 TEST(BlockPoolHandles, SkipPlacesThatAreTaken)
@@ -506,7 +591,7 @@ TEST(BlockPoolHandles, SkipPlacesThatAreTaken)
         pool.release(handle);
     }
     EXPECT_EQ(pool.capacity(), 64u);
-    EXPECT_EQ(mova::test::broken_invariant(pool), 0);
+    EXPECT_EQ(mova::broken_invariant(pool), 0);
 }
 
 TEST(GapClasses, AreOrderedBySizeAndEachFitsWhatIsInAllBeforeIt)

@@ -5,7 +5,7 @@
 
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host.h>
-#include <tests/support/verify_block_pool.h>
+#include <mova/host/internal/invariants.h>
 
 #include <mova/host/internal/block_pool.h>
 

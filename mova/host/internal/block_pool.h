@@ -8,8 +8,8 @@
        origin -> A -> B -> C -> origin
        gap:  3   0    3    0
 
-   A handle is the next number of a counter whose place in the table, its low bits, is free. Two tables side by side have
-   one entry a place: what mb_get needs, and the rest. When they grow, each handle goes to where its low bits say now.
+   A handle is the next number of a counter whose place in the table, its low bits, is free. Three tables side by side have
+   one entry a place: what mb_get needs, the rest, and what only large gaps need. When they grow, each handle goes to where its low bits say now.
 
    Invariants:
      1. A live handle stands in its place, and a place that is free has the handle 0. Place 0 is the origin's; it bears
@@ -17,8 +17,9 @@
      2. Along `next` the blocks lie in order of address, each where the one before it and its gap end; the last gap ends
         where the arena ends. `prev` is the reverse.
      3. Sizes and gaps are multiples of the unit. `live_bytes` is the sum of the sizes, `live_blocks` their number.
-     4. The owner of a gap that is not empty is in the list of the gap's class, and nothing else is. A class is in the set
-        exactly while its list has any.
+     4. The owner of a gap that is not empty is in the index of gaps, in the tree of its size's class and where its bits
+        lead, or in the list of one that is, and nothing else is. A class is in the index's set exactly while its tree has
+        any.
      5. `rover`, where the next search for neighbours begins, is the origin or a live block. */
 #ifndef MOVA_HOST_INTERNAL_BLOCK_POOL_H
 #define MOVA_HOST_INTERNAL_BLOCK_POOL_H
@@ -29,7 +30,9 @@
 #include <utility>
 
 #include <mova/frame/host.h>
+#include <mova/frame/internal/assert.h>
 #include <mova/host/internal/gap_classes.h>
+#include <mova/host/internal/gap_index.h>
 #include <mova/host/internal/gap_marks.h>
 #include <mova/host/memory_blocks.h>
 
@@ -49,7 +52,7 @@ inline owned_memory take_memory(size_t size)
 
 class block_pool {
 public:
-    static constexpr mb_handle origin = 0, none = ~mb_handle{0};
+    static constexpr mb_handle origin = 0, none = no_gap;
 
     /* What a lookup needs of a block. */
     struct place {
@@ -59,8 +62,8 @@ public:
 
     struct block {
         size_t size, gap;
-        mb_handle prev, next;         /* in order of address */
-        mb_handle gap_prev, gap_next; /* in the list of the gap's class; `none` ends it */
+        mb_handle prev, next; /* in order of address */
+        gap_links links;      /* in the index of gaps */
     };
 
     /* Requires room for `budget` bytes, a multiple of the unit, in the arena, and empty_table() as the table. The first
@@ -68,10 +71,9 @@ public:
     block_pool(owned_memory arena, owned_memory table, size_t budget, mb_handle last_handle = 0)
         : arena_(std::move(arena)), statistics_{budget, 0, 0, 0, 0}, last_handle_(last_handle)
     {
-        std::fill_n(heads_, gap_classes::count, none);
         use_table(std::move(table), first_capacity);
         place_of(origin) = {arena_.get(), none};
-        block_of(origin) = {0, 0, origin, origin, none, none};
+        block_of(origin) = {0, 0, origin, origin, {}};
         set_gap(origin, budget);
         gap_marks::hide(arena_.get(), budget);
     }
@@ -85,7 +87,7 @@ public:
 
     static owned_memory empty_table(size_t capacity = first_capacity)
     {
-        return take_memory(capacity * (sizeof(place) + sizeof(block)));
+        return take_memory(capacity * (sizeof(place) + sizeof(block) + sizeof(gap_branches)));
     }
 
     /* Returns the address of a live block, else null. */
@@ -110,7 +112,9 @@ public:
     /* Requires a live block. */
     void release(mb_handle handle)
     {
+        assert(get(handle));
         const block released = block_of(handle);
+        assert(block_of(released.prev).next == handle && block_of(released.next).prev == handle);
         if (rover_ == handle)
             rover_ = released.prev;
         const size_t room = take_gap(handle) + take_gap(released.prev) + released.size;
@@ -120,35 +124,45 @@ public:
         gap_marks::hide(place_of(handle).address, released.size);
         place_of(handle) = {nullptr, 0};
         statistics_.live_bytes -= released.size;
-        statistics_.live_blocks--;
+        --statistics_.live_blocks;
     }
 
     const mb_statistics &statistics() const { return statistics_; }
 
     /* For those who verify the invariants. */
     const place &place_of(mb_handle handle) const { return places_[handle & mask_]; }
-    const block &block_of(mb_handle handle) const { return blocks_[handle & mask_]; }
-    mb_handle first_of_class(unsigned index) const { return heads_[index]; }
-    bool has_class(unsigned index) const { return classes_.first_from(index) == index; }
+    const block &block_of(mb_handle handle) const { return blocks_[handle]; }
+    const gap_branches &branches_of(mb_handle handle) const { return blocks_.branches(handle); }
     mb_handle rover() const { return rover_; }
     size_t capacity() const { return mask_ + 1; }
     const char *arena() const { return arena_.get(); }
 
+    /* The parts of the table with the blocks' records. */
+    struct records {
+        block *blocks;
+        gap_branches *all_branches;
+        size_t mask;
+
+        block &operator[](mb_handle handle) { return blocks[handle & mask]; }
+        const block &operator[](mb_handle handle) const { return blocks[handle & mask]; }
+        gap_branches &branches(mb_handle handle) { return all_branches[handle & mask]; }
+        const gap_branches &branches(mb_handle handle) const { return all_branches[handle & mask]; }
+    };
+    const gap_index<records> &gaps() const { return gaps_; }
+
 private:
     static constexpr size_t first_capacity = 64;
-
-    /* So many gaps of one class are looked at for the one that fits best; all, before anything is moved. */
-    static constexpr size_t most_looked_at = 8;
 
     /* A row of neighbours. Those after the first, up to the last, are moved up to the first; all gaps, from that of the
        first to that of the last, then are one. */
     struct row {
         mb_handle first, last;
         size_t bytes; /* to be moved */
+        size_t room;  /* of the gaps together */
     };
 
     place &place_of(mb_handle handle) { return places_[handle & mask_]; }
-    block &block_of(mb_handle handle) { return blocks_[handle & mask_]; }
+    block &block_of(mb_handle handle) { return blocks_[handle]; }
 
     /* ---- the table ---- */
 
@@ -157,7 +171,8 @@ private:
         table_ = std::move(table);
         mask_ = capacity - 1;
         places_ = reinterpret_cast<place *>(table_.get());
-        blocks_ = reinterpret_cast<block *>(places_ + capacity);
+        auto *blocks = reinterpret_cast<block *>(places_ + capacity);
+        blocks_ = {blocks, reinterpret_cast<gap_branches *>(blocks + capacity), mask_};
         std::fill_n(places_, capacity, place{nullptr, 0});
     }
 
@@ -169,17 +184,18 @@ private:
         owned_memory larger = empty_table(2 * capacity());
         if (!larger)
             return false;
-        const owned_memory old = std::move(table_);
+        const owned_memory old_table = std::move(table_);
         const place *old_places = places_;
-        const block *old_blocks = blocks_;
+        const records old = blocks_;
         const size_t old_mask = mask_;
         use_table(std::move(larger), 2 * capacity());
-        for (size_t i = 0; i <= old_mask; i++) {
+        for (size_t i = 0; i <= old_mask; ++i) {
             if (old_places[i].handle == 0)
                 continue;
             const mb_handle handle = i == 0 ? origin : old_places[i].handle;
             place_of(handle) = old_places[i];
-            block_of(handle) = old_blocks[i];
+            block_of(handle) = old.blocks[i];
+            blocks_.branches(handle) = old.all_branches[i];
         }
         return true;
     }
@@ -187,7 +203,7 @@ private:
     mb_handle new_handle()
     {
         do
-            last_handle_++;
+            ++last_handle_;
         while (place_of(last_handle_).handle != 0 || last_handle_ == none);
         return last_handle_;
     }
@@ -197,78 +213,37 @@ private:
     void set_gap(mb_handle owner, size_t size)
     {
         block_of(owner).gap = size;
-        if (size == 0)
-            return;
-        const unsigned index = gap_classes::class_of(size);
-        mb_handle &head = heads_[index];
-        block_of(owner).gap_prev = none;
-        block_of(owner).gap_next = head;
-        if (head == none)
-            classes_.insert(index);
-        else
-            block_of(head).gap_prev = owner;
-        head = owner;
+        if (size != 0)
+            gaps_.insert(blocks_, owner);
     }
 
-    /* Takes the gap out of its class's list. Returns its size. It is to be set anew. */
+    /* Takes the gap out of the index. Returns its size. It is to be set anew. */
     size_t take_gap(mb_handle owner)
     {
-        const block &taken = block_of(owner);
-        if (taken.gap == 0)
-            return 0;
-        const unsigned index = gap_classes::class_of(taken.gap);
-        (taken.gap_prev == none ? heads_[index] : block_of(taken.gap_prev).gap_next) = taken.gap_next;
-        if (taken.gap_next != none)
-            block_of(taken.gap_next).gap_prev = taken.gap_prev;
-        if (heads_[index] == none)
-            classes_.erase(index);
-        return taken.gap;
+        const size_t size = block_of(owner).gap;
+        if (size != 0)
+            gaps_.remove(blocks_, owner);
+        return size;
     }
 
-    /* Returns the owner of a gap that is large enough, or `none`. */
-    mb_handle find_gap(size_t size) const
-    {
-        if (size == 0)
-            return origin;
-        const unsigned own = gap_classes::class_of(size);
-        const mb_handle found = best_of_class(own, size, most_looked_at);
-        if (found != none)
-            return found;
-        const unsigned larger = classes_.first_from(own + 1);
-        if (larger != gap_classes::count)
-            return best_of_class(larger, size, most_looked_at);
-        return best_of_class(own, size, SIZE_MAX);
-    }
-
-    mb_handle best_of_class(unsigned index, size_t size, size_t most) const
-    {
-        mb_handle best = none;
-        mb_handle owner = heads_[index];
-        for (size_t looked_at = 0; owner != none && looked_at < most; looked_at++) {
-            const block &looked_up = block_of(owner);
-            if (looked_up.gap == size)
-                return owner;
-            if (looked_up.gap > size && (best == none || looked_up.gap < block_of(best).gap))
-                best = owner;
-            owner = looked_up.gap_next;
-        }
-        return best;
-    }
+    /* Returns the owner of the smallest gap that is large enough, or `none`. */
+    mb_handle find_gap(size_t size) const { return size == 0 ? origin : gaps_.find(blocks_, size); }
 
     mb_handle insert_after(mb_handle before, size_t size)
     {
         const mb_handle handle = new_handle();
         const size_t room = take_gap(before);
+        assert(room >= size);
         block &neighbour = block_of(before);
         place_of(handle) = {place_of(before).address + neighbour.size, handle};
-        block_of(handle) = {size, 0, before, neighbour.next, none, none};
+        block_of(handle) = {size, 0, before, neighbour.next, {}};
         block_of(neighbour.next).prev = handle;
         neighbour.next = handle;
         neighbour.gap = 0;
         set_gap(handle, room - size);
         gap_marks::show(place_of(handle).address, size);
         statistics_.live_bytes += size;
-        statistics_.live_blocks++;
+        ++statistics_.live_blocks;
         return handle;
     }
 
@@ -302,51 +277,64 @@ private:
         const size_t size = block_of(handle).size;
         std::memmove(to, place_of(handle).address, size);
         place_of(handle).address = to;
-        statistics_.moves++;
+        ++statistics_.moves;
         statistics_.moved_bytes += size;
     }
 
     /* Returns a row with gaps of `size` bytes together: the cheapest on the way from the rover, which ends where looking
-       further costs as much as moving the best row so far. All rows together are one that has the gaps. */
+       further costs as much as moving the best row so far. All rows together are one that has the gaps.
+
+       A window over the ring of blocks is extended by a block at a time. Whenever its gaps are enough without the first, it
+       is shrunk; so it is the shortest row that ends there. At the end of the arena it starts again at the origin. */
     row find_row(size_t size)
     {
         constexpr size_t bytes_for_a_look = 256;
-        row best = {none, none, SIZE_MAX};
-        row tried = {rover_, rover_, 0};
-        size_t room = block_of(rover_).gap, looked = 0;
-        bool whole = rover_ == origin;
-        while (looked < best.bytes) {
-            while (room - block_of(tried.first).gap >= size) {
-                room -= block_of(tried.first).gap;
-                tried.first = block_of(tried.first).next;
-                tried.bytes -= block_of(tried.first).size;
-            }
-            if (room >= size && tried.bytes < best.bytes)
-                best = tried;
-            tried.last = block_of(tried.last).next;
-            if (tried.last == origin && std::exchange(whole, true))
+        row best = {none, none, SIZE_MAX, 0};
+        row window = row_at(rover_);
+        bool came_round = rover_ == origin;
+        for (size_t looked = 0; looked < best.bytes; looked += bytes_for_a_look) {
+            while (room_after_first(window) >= size)
+                shrink(window);
+            if (window.room >= size && window.bytes < best.bytes)
+                best = window;
+            if (!is_at_end(window))
+                extend(window);
+            else if (std::exchange(came_round, true))
                 break;
-            if (tried.last == origin) {
-                tried = {origin, origin, 0};
-                room = 0;
-            }
-            tried.bytes += block_of(tried.last).size;
-            room += block_of(tried.last).gap;
-            looked += bytes_for_a_look;
+            else
+                window = row_at(origin);
         }
-        rover_ = tried.last;
+        rover_ = window.last;
+        assert(best.first != none);
         return best;
+    }
+
+    row row_at(mb_handle first) const { return {first, first, 0, block_of(first).gap}; }
+    size_t room_after_first(const row &of) const { return of.room - block_of(of.first).gap; }
+    bool is_at_end(const row &of) const { return block_of(of.last).next == origin; }
+
+    void extend(row &window) const
+    {
+        window.last = block_of(window.last).next;
+        window.bytes += block_of(window.last).size;
+        window.room += block_of(window.last).gap;
+    }
+
+    void shrink(row &window) const
+    {
+        window.room -= block_of(window.first).gap;
+        window.first = block_of(window.first).next;
+        window.bytes -= block_of(window.first).size;
     }
 
     owned_memory arena_, table_;
     place *places_;
-    block *blocks_;
+    records blocks_;
     size_t mask_;
     mb_statistics statistics_;
     mb_handle last_handle_;
     mb_handle rover_ = origin;
-    gap_classes::class_set classes_;
-    mb_handle heads_[gap_classes::count];
+    gap_index<records> gaps_;
 };
 
 } // namespace mova
