@@ -28,9 +28,9 @@ struct glibc_heap {
 
 /* Loaded at run time and for itself: a program that is linked with it has its malloc in place of glibc's. */
 struct mimalloc_heap {
-    static void *take(size_t size) { return malloc_(size); }
-    static void give(void *block, size_t) { free_(block); }
-    static bool is_there() { return malloc_ && free_; }
+    static void *take(size_t size) { return allocate(size); }
+    static void give(void *block, size_t) { release(block); }
+    static bool is_there() { return allocate && release; }
 
 private:
     static inline void *library = dlopen("libmimalloc.so.2", RTLD_NOW | RTLD_LOCAL);
@@ -39,8 +39,8 @@ private:
     {
         return library ? reinterpret_cast<F *>(dlsym(library, name)) : nullptr;
     }
-    static inline auto malloc_ = symbol<void *(size_t)>("mi_malloc");
-    static inline auto free_ = symbol<void(void *)>("mi_free");
+    static inline auto allocate = symbol<void *(size_t)>("mi_malloc");
+    static inline auto release = symbol<void(void *)>("mi_free");
 };
 
 /* Bytes of memory, not of address space, that the process holds, without what comes from files. */

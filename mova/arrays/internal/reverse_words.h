@@ -22,7 +22,7 @@ public:
     }
 
 private:
-    typedef Word vector __attribute__((vector_size(Width)));
+    using vector [[gnu::vector_size(Width)]] = Word;
 
     template <class Piece>
     [[gnu::always_inline]] static void exchange(char *&low, char *&high)
