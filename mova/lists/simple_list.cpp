@@ -41,20 +41,20 @@ void free_head(SL_list **list)
     *list = nullptr;
 }
 
-/* Where `free_item` throws, the list begins with the item that it was called for. */
+/* The list begins with the item that `free_item` is called for, since those before it may be gone: so it can be released
+   after a jump. After an exception its count and its links hold again too. */
 void free_items(SL_list *list, SL_free_fn free_item)
 {
     SL_reset_closed(list);
-    links *reached = nullptr;
     mova::or_undo(
         [&] {
             chain::for_each(first_of(list), [&](links *node) {
-                reached = node;
+                list->first = node;
                 void *item = node;
                 free_item(&item);
             });
         },
-        [&] { list->count = chain::keep_from(*list, reached); });
+        [&] { list->count = chain::keep_from(*list, first_of(list)); });
 }
 
 } // namespace

@@ -107,9 +107,8 @@ void SL_release(SL_list **list);
 
 /* Opens the list, calls `free_item` for every item from first to last, frees the head and sets `*list` to null.
    Linear.
-   After an exception the list is usable: it is open and begins with the item that `free_item` threw for.
-   After a jump it is lost, since it still begins with items that may be gone; but a caller that sets the head's `first`,
-   `last` and `count` to zero has an empty, open list. */
+   After an exception the list is usable: it is open and begins with the item that `free_item` threw for, and those before
+   are gone. After a jump it is releasable, and begins with the item that `free_item` jumped for. */
 void SL_total_release(SL_list **list, SL_free_fn free_item);
 
 /* Opens the list and calls `free_item` for every item from first to last. The list is empty and open afterwards.

@@ -90,13 +90,15 @@ const fault_row<lists> rows[] = {
     {"GL_total_copy", [](lists &l) { l.made = GL_total_copy(l.three, same_item); }, unchanged, loses_the_part},
     {"GL_check", [](lists &l) { GL_check(l.three, size_of_item); }, unchanged, unchanged},
     {"GL_next_item", [](lists &l) { GL_next_item(&l.walk, &l.delivered); }, unchanged, unchanged},
+    {"GL_next_position", [](lists &l) { GL_next_position(&l.walk, reinterpret_cast<GL_node **>(&l.delivered)); },
+     unchanged, unchanged},
     {"GL_total_make_empty", [](lists &l) { GL_total_make_empty(l.three, free_item); }, usable, releasable},
     {"GL_total_release", [](lists &l) { GL_total_release(&l.three, free_item); }, usable, releasable},
 };
 
 TEST(GenericListFaults, WhateverFailsTheListsAreLeftAsTheHeaderSays)
 {
-    sweep_faults("generic list", rows, 116);
+    sweep_faults("generic list", rows, 128);
 }
 
 TEST(GenericListFaults, AfterAnExceptionTheListBeginsWithTheItemThatWasNotFreed)

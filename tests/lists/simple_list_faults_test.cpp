@@ -105,17 +105,18 @@ struct lists {
     }
 };
 
-constexpr aftermath unchanged{grade::unchanged}, usable{grade::usable}, lost{grade::lost};
+constexpr aftermath unchanged{grade::unchanged}, usable{grade::usable}, releasable{grade::releasable},
+    lost{grade::lost};
 constexpr aftermath loses_the_head{grade::unchanged, true};
 const answers returned_from{usable, {fault_source::raise}};
 
 const fault_row<lists> rows[] = {
     {"SL_create", [](lists &l) { l.made = SL_create(); }, unchanged, unchanged},
     {"SL_release", [](lists &l) { SL_release(&l.open); }, unchanged, unchanged, returned_from},
-    {"SL_total_release", [](lists &l) { SL_total_release(&l.open, free_item); }, usable, lost},
-    {"SL_total_release of a ring", [](lists &l) { SL_total_release(&l.ring, free_item); }, usable, lost},
-    {"SL_make_empty", [](lists &l) { SL_make_empty(l.open, free_item); }, usable, lost},
-    {"SL_make_empty of a ring", [](lists &l) { SL_make_empty(l.ring, free_item); }, usable, lost},
+    {"SL_total_release", [](lists &l) { SL_total_release(&l.open, free_item); }, usable, releasable},
+    {"SL_total_release of a ring", [](lists &l) { SL_total_release(&l.ring, free_item); }, usable, releasable},
+    {"SL_make_empty", [](lists &l) { SL_make_empty(l.open, free_item); }, usable, releasable},
+    {"SL_make_empty of a ring", [](lists &l) { SL_make_empty(l.ring, free_item); }, usable, releasable},
     {"SL_total_copy", [](lists &l) { l.made = SL_total_copy(l.open, copy_of); }, unchanged, loses_the_head},
     {"SL_total_copy of a ring", [](lists &l) { l.made = SL_total_copy(l.ring, copy_of); }, unchanged, loses_the_head},
     {"SL_check", [](lists &l) { SL_check(l.ring, size_of_item); }, unchanged, unchanged},
@@ -139,7 +140,7 @@ TEST(SimpleListFaults, AfterAnExceptionTheListIsOpenAndBeginsWithTheItemThatWasN
     EXPECT_EQ(recording_host::get().live_blocks(), 0u);
 }
 
-TEST(SimpleListFaults, AfterAJumpAHeadOfZeroesIsAnEmptyList)
+TEST(SimpleListFaults, AfterAJumpReleasingGoesOnWithTheItemThatWasNotFreed)
 {
     lists l;
     fault_plan::get().arm(fault_source::callback, fault_way::jumps, 2);
@@ -147,11 +148,10 @@ TEST(SimpleListFaults, AfterAJumpAHeadOfZeroesIsAnEmptyList)
               fault_sweep::ending::jumped);
     ASSERT_NE(l.open, nullptr);
     EXPECT_EQ(l.open->closed, 0);
-    l.open->first = l.open->last = nullptr;
-    l.open->count = 0;
+    EXPECT_EQ(l.open->first, &records[1]);
+    SL_make_empty(l.open, free_item);
+    EXPECT_EQ(records[2].name, '-');
     EXPECT_EQ(l.broken_invariant(), 0);
-    SL_append_after_last(l.open, l.alone);
-    EXPECT_EQ(l.state(), "(1 Z)(ring 2 XY)");
     l.release();
     EXPECT_EQ(recording_host::get().live_blocks(), 0u);
 }

@@ -177,7 +177,22 @@ const fault_row<trees> rows[] = {
     {"GT_all_items", [](trees &s) { s.made_iterator = GT_all_items(s.seven); }, unchanged, loses_what_was_made},
     {"GT_all_items_conditional", [](trees &s) { s.made_iterator = GT_all_items_conditional(s.seven, is_above_5); },
      unchanged, loses_what_was_made},
+    {"GT_all_items_while_conditioned",
+     [](trees &s) { s.made_iterator = GT_all_items_while_conditioned(s.seven, is_below_7); }, unchanged,
+     loses_what_was_made},
+    {"GT_from_current", [](trees &s) { s.made_iterator = GT_from_current(s.filter); }, unchanged, loses_what_was_made},
+    {"GT_from_current_conditional",
+     [](trees &s) { s.made_iterator = GT_from_current_conditional(s.filter, is_above_5); }, unchanged,
+     loses_what_was_made},
+    {"GT_from_current_while_conditioned",
+     [](trees &s) { s.made_iterator = GT_from_current_while_conditioned(s.filter, is_below_7); }, unchanged,
+     loses_what_was_made},
     {"GT_from_next", [](trees &s) { s.made_iterator = GT_from_next(s.filter); }, unchanged, loses_what_was_made},
+    {"GT_from_next_conditional", [](trees &s) { s.made_iterator = GT_from_next_conditional(s.filter, is_above_5); },
+     unchanged, loses_what_was_made},
+    {"GT_from_next_while_conditioned",
+     [](trees &s) { s.made_iterator = GT_from_next_while_conditioned(s.filter, is_below_7); }, unchanged,
+     loses_what_was_made},
     {"GT_next_item", [](trees &s) { GT_next_item(s.while_below, &s.delivered); }, usable, usable},
     {"GT_next_position", [](trees &s) { GT_next_position(s.filter, &s.stored); }, usable, usable},
     {"GT_next_item, unregistered",
@@ -196,7 +211,7 @@ const fault_row<trees> rows[] = {
 
 TEST(BalancedTreeFaults, WhateverFailsTheTreesAreLeftAsTheHeaderSays)
 {
-    sweep_faults("balanced tree", rows, 370);
+    sweep_faults("balanced tree", rows, 420);
 }
 
 /* Where its second comparison fails. */
