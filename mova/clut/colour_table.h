@@ -113,10 +113,11 @@ void CLUT_alloc(int32_t index);
    such answers. The first call ends the static phase, with or without a raise of line 191. Calls debug_break on entry.
    Linear in the indices that are taken between the last release, or request, and the index found. Each answer of a full
    table moves the first free index, which CLUT_statistics shows, one further past the size; that is deliberate.
-   Raises line 186 before RGBLUT_init, 191 when the first call finds no free index to reserve. Where the host returns
-   from 191, no index is reserved, and index 0 takes the dirty index's part in later calls.
-   After an exception out of the debug output the index is free again, but the static phase is over. After a jump out of
-   it the index is taken. Where the warning fails, the next answer of the full table warns. */
+   Raises line 186 before RGBLUT_init, 191 when the first call finds no free index to reserve. After 191, whatever becomes
+   of the raise, no index is reserved, and index 0 takes the dirty index's part in later calls.
+   After an exception out of the debug output the index is free again, and the first free one; but the static phase is
+   over. After a jump out of it the index is taken. Where the warning fails, the next answer of the full table warns. In
+   a full table the first free index has moved in every case. */
 int32_t CLUT_new_index(void);
 
 /* Gives a dynamic index back, which keeps its colour. The dirty index stays as it is. Calls debug_break on entry.

@@ -88,7 +88,16 @@ struct static_table : no_table {
     }
 };
 
-/* The same after the dirty index, 39, and 41 and 42 were handed out, and 41 was released. */
+/* The same with every index hard. */
+struct hard_table : static_table {
+    hard_table()
+    {
+        for (int32_t index : {39, 41, 42, 43})
+            CLUT_alloc(index);
+    }
+};
+
+/* The static table after the dirty index, 39, and 41 and 42 were handed out, and 41 was released. */
 struct dynamic_table : static_table {
     dynamic_table()
     {
@@ -122,6 +131,31 @@ const fault_row<no_table> rows_without_a_table[] = {
      unchanged,
      unchanged,
      {unchanged, {fault_source::raise}}},
+    {"CLUT_new_index before the table is made",
+     [](no_table &) { CLUT_new_index(); },
+     unchanged,
+     unchanged,
+     {releasable, {fault_source::raise}}},
+    {"CLUT_release_index before the table is made",
+     [](no_table &) { CLUT_release_index(40); },
+     unchanged,
+     unchanged,
+     {unchanged, {fault_source::raise}}},
+    {"CLUT_set before the table is made",
+     [](no_table &) { CLUT_set(40, 1, 2, 3); },
+     unchanged,
+     unchanged,
+     {unchanged, {fault_source::raise}}},
+    {"CLUT_get before the table is made",
+     [](no_table &t) { CLUT_get(40, &t.components[0], &t.components[1], &t.components[2]); },
+     unchanged,
+     unchanged,
+     {usable, {fault_source::raise}}},
+    {"CLUT_copy before the table is made",
+     [](no_table &) { CLUT_copy(20, 40); },
+     unchanged,
+     unchanged,
+     {unchanged, {fault_source::raise}}},
     {"CLUT_statistics before the table is made", [](no_table &) { CLUT_statistics(); }, unchanged, unchanged},
 };
 
@@ -141,9 +175,18 @@ const fault_row<static_table> rows_in_the_static_phase[] = {
      usable},
     {"CLUT_copy", [](static_table &) { CLUT_copy(20, 40); }, unchanged, usable},
     {"CLUT_copy to a free index", [](static_table &) { CLUT_copy(41, 40); }, unchanged, usable, after_a_raise},
+    {"CLUT_copy outside", [](static_table &) { CLUT_copy(44, 40); }, unchanged, unchanged, after_a_raise},
     {"CLUT_new_index, the first", [](static_table &t) { t.result = CLUT_new_index(); }, usable, usable},
     {"CLUT_release_index of a hard index", [](static_table &) { CLUT_release_index(40); }, unchanged, unchanged},
     {"CLUT_statistics", [](static_table &) { CLUT_statistics(); }, unchanged, unchanged},
+};
+
+const fault_row<hard_table> rows_of_a_hard_table[] = {
+    {"CLUT_new_index without an index to reserve",
+     [](hard_table &t) { t.result = CLUT_new_index(); },
+     releasable,
+     releasable,
+     {releasable, {fault_source::raise}}},
 };
 
 const fault_row<dynamic_table> rows_in_the_dynamic_phase[] = {
@@ -169,8 +212,9 @@ protected:
 
 TEST_F(ColourTableFaults, WhateverFailsTheTableIsLeftAsTheHeaderSays)
 {
-    sweep_faults("colour table, not made", rows_without_a_table, 260);
-    sweep_faults("colour table, static phase", rows_in_the_static_phase, 110);
+    sweep_faults("colour table, not made", rows_without_a_table, 300);
+    sweep_faults("colour table, static phase", rows_in_the_static_phase, 115);
+    sweep_faults("colour table, all hard", rows_of_a_hard_table, 10);
     sweep_faults("colour table, dynamic phase", rows_in_the_dynamic_phase, 30);
     sweep_faults("colour table, full", rows_of_a_full_table, 20);
 }
@@ -236,6 +280,42 @@ TEST_F(ColourTableFaults, AnExceptionOutOfTheFirstRequestsPrintEndsTheStaticPhas
     EXPECT_EQ(modules.rgblut.static_phase, 0);
     EXPECT_EQ(table.dirty_index, 39);
     EXPECT_EQ(CLUT_new_index(), 41);
+}
+
+/* It had stayed at 42, which was taken meanwhile. */
+TEST_F(ColourTableFaults, AnIndexThatCouldNotBePrintedIsTheFirstFreeOne)
+{
+    dynamic_table subject;
+    EXPECT_EQ(CLUT_new_index(), 41);
+    EXPECT_EQ(modules.rgblut.first_free_index, 42);
+    fail(fault_source::text, fault_way::throws, 2);
+    EXPECT_THROW(CLUT_new_index(), fault);
+    EXPECT_EQ(modules.rgblut.first_free_index, 43);
+    EXPECT_EQ(CLUT_new_index(), 43);
+}
+
+TEST_F(ColourTableFaults, WithoutAnIndexToReserveIndex0TakesTheDirtyOnesPartWhateverBecomesOfTheRaise)
+{
+    for (auto raises : {raise_mode::throws, raise_mode::returns, raise_mode::jumps}) {
+        hard_table subject;
+        host.set_raise_mode(raises);
+        fault_sweep::run<hard_table>([](hard_table &t) { t.result = CLUT_new_index(); }, subject);
+        EXPECT_EQ(modules.rgblut.static_phase, 0);
+        EXPECT_EQ(table.dirty_index, 0);
+        EXPECT_EQ(CLUT_new_index(), 0);
+        host.set_raise_mode(raise_mode::throws);
+    }
+}
+
+TEST_F(ColourTableFaults, AnAnswerOfAFullTableThatFailedHasMovedTheFirstFreeIndex)
+{
+    for (auto [way, nth] : {std::pair{fault_way::throws, 2}, {fault_way::throws, 3}, {fault_way::jumps, 2}}) {
+        full_table subject;
+        const int32_t first_free = modules.rgblut.first_free_index;
+        fail(fault_source::text, way, nth);
+        fault_sweep::run<full_table>([](full_table &) { CLUT_new_index(); }, subject);
+        EXPECT_EQ(modules.rgblut.first_free_index, first_free + 1);
+    }
 }
 
 TEST_F(ColourTableFaults, AWarningThatFailedIsGivenAgain)
