@@ -42,8 +42,10 @@
    matter. An array that grew from storage, and got null (line 111, MOVA_ALLOCATION_FAILED), has null `data` and the old
    `nalloc` and `nitems`: the old elements are lost to it, and the host, which knows about the failure, still has their
    block. Such an array breaks invariant 1. It is releasable: good for DA_release, DA_clear and DA_memsize, whatever became
-   of the raise. Where the host returned from that, the function goes on as far as it can without storage: each says how
-   far. Only DA_reverse and DA_roll take a null answer as undefined.
+   of the raise. An array that had no storage still has none: it is unchanged, unless the host returned. Where the host
+   returned from the raise, the function goes on as far as it can without storage: each says how far. An array whose
+   `nitems` then counts elements that are not there is releasable. Only DA_reverse and DA_roll take a null answer as
+   undefined.
 
    Ownership: the array owns its head and its storage. One thread at a time.
 

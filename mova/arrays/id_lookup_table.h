@@ -21,8 +21,12 @@
    table had when it was made: once an addition or io_lut_set has made the table longer it must not be used any more.
    Setting an id otherwise shows in what the iterator delivers.
 
-   Errors are raised for module "plut", as the functions say; a table that cannot grow raises as the dynamic array does
-   and is left as that leaves it. Null tables are undefined, and so are negative ids in io_lut_set.
+   Errors are raised for module "plut", as the functions say; a table that cannot grow raises as the dynamic array does.
+   Null tables are undefined, and so are negative ids in io_lut_set.
+
+   Failures: an exception or a jump, out of the memory service or a raise, passes through. The table is unchanged and
+   nothing is lost, where a function does not say otherwise. A null answer of the memory service leaves a table that was to
+   grow as it leaves a dynamic array: releasable.
 
    Ownership: the table owns its words; the pointers are the caller's and are never followed. One thread at a time.
 

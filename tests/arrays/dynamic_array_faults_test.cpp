@@ -15,17 +15,21 @@ int accepts_two(void *element)
     return *static_cast<int32_t *>(element) == 2;
 }
 
-/* A full array of six numbers, an array of one, one of larger elements, and what the call makes. */
+/* A full array of six numbers, an array of one, one of larger elements, one without storage, and what the call makes. */
 struct arrays {
-    DA_array *six = array_of(6, 4), *one = array_of(1, 4), *wide = array_of(6, 8), *made = nullptr;
+    DA_array *six = array_of(6, 4), *one = array_of(1, 4), *wide = array_of(6, 8), *bare = DA_create(4, 3),
+             *made = nullptr;
     DA_iterator walk = DA_tested_items(six, accepts_two);
     void *delivered = nullptr;
 
-    std::string state() const { return text_of(six) + text_of(one) + text_of(wide) + (made ? "made" : ""); }
+    std::string state() const
+    {
+        return text_of(six) + text_of(one) + text_of(wide) + text_of(bare) + (made ? "made" : "");
+    }
 
     int broken_invariant() const
     {
-        for (const DA_array *array : {six, one, wide, made}) {
+        for (const DA_array *array : {six, one, wide, bare, made}) {
             if (const int broken = array ? mova::test::broken_invariant(*array) : 0)
                 return broken;
         }
@@ -35,7 +39,7 @@ struct arrays {
     void go_on()
     {
         const int64_t nine = 9;
-        for (DA_array *array : {six, one, wide}) {
+        for (DA_array *array : {six, one, wide, bare}) {
             DA_append(array, &nine, 1);
             DA_insert(array, 0, &nine, 1);
             DA_roll(array, 1);
@@ -46,7 +50,7 @@ struct arrays {
 
     void release()
     {
-        for (DA_array *array : {six, one, wide, made})
+        for (DA_array *array : {six, one, wide, bare, made})
             DA_release(array);
     }
 
@@ -79,6 +83,9 @@ constexpr aftermath unchanged{grade::unchanged}, usable{grade::usable}, loses_th
 /* After a null answer the array has lost its storage, whatever becomes of the raise. */
 const answers loses_the_storage{{grade::releasable, true}, {fault_source::allocation}, true};
 
+/* It has none yet. */
+const answers counts_what_is_not_there{{grade::releasable}, {fault_source::allocation}};
+
 const fault_row<arrays> rows[] = {
     {"DA_create",
      [](arrays &a) { a.made = DA_create(4, 3); },
@@ -102,6 +109,15 @@ const fault_row<arrays> rows[] = {
      {usable, {fault_source::raise}}},
     {"DA_extend", [](arrays &a) { DA_extend(a.six, 6); }, unchanged, unchanged, loses_the_storage},
     {"DA_setsize", [](arrays &a) { DA_setsize(a.six, 6); }, unchanged, unchanged, loses_the_storage},
+    {"DA_setsize, without storage", [](arrays &a) { DA_setsize(a.bare, 6); }, unchanged, unchanged,
+     counts_what_is_not_there},
+    {"DA_get_item, without storage", [](arrays &a) { DA_get_item(a.bare, 6); }, unchanged, unchanged,
+     counts_what_is_not_there},
+    {"DA_append, without storage",
+     [](arrays &a) { DA_append(a.bare, numbers, 2); },
+     unchanged,
+     unchanged,
+     {unchanged, {fault_source::allocation}}},
     {"DA_string", [](arrays &a) { DA_string(a.six); }, unchanged, unchanged, loses_the_storage},
     {"DA_get_item", [](arrays &a) { DA_get_item(a.six, 6); }, unchanged, unchanged, loses_the_storage},
     {"DA_put_item", [](arrays &a) { DA_put_item(a.six, 6, numbers); }, unchanged, unchanged, loses_the_storage},
@@ -116,7 +132,7 @@ const fault_row<arrays> rows[] = {
 
 TEST(DynamicArrayFaults, WhateverFailsTheArraysAreLeftAsTheHeaderSays)
 {
-    sweep_faults("dynamic array", rows, 140);
+    sweep_faults("dynamic array", rows, 170);
 }
 
 TEST(DynamicArrayFaults, AnArrayThatCouldNotBeCopiedIntoIsCleared)
