@@ -18,6 +18,7 @@
    - Memory that runs out is reported as an error of the module "memory" with code MOVA_ALLOCATION_FAILED and one of the
      lines below, after all that is not in use was given back. Where the error's handler returns, or throws, nothing was
      allocated, and the block that was to be reallocated is as it was; MM_alloc_item and MM_realloc_item return null.
+     By the grades of docs/contracts.md: unchanged, after a jump too.
 
    What is kept of the memory that was released:
 

@@ -24,6 +24,7 @@
      handler returns, mb_free has freed nothing and clears the handle all the same.
    - A pool takes its memory from the memory service, which reports where it has none. Where that error's handler returns,
      the function that asked returns null or 0. The pool is as it was in either case.
+   - Failures, by the grades of docs/contracts.md: unchanged. A jump out of mb_create_pool loses what memory it had taken.
 
    Cost: mb_get is constant. mb_alloc and mb_free take as many steps as a size above 16 KiB has bits, and constant time
    below, amortised over the growth of the pool's table, until blocks have to move. A block takes the smallest gap that is

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include <setjmp.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -28,6 +29,7 @@ struct report {
 };
 
 bool throws = false;
+jmp_buf *jumps_to = nullptr;
 int reports = 0;
 report last = {};
 
@@ -45,6 +47,8 @@ void EX_raise_exception_line(const char *module, int32_t line, int32_t code)
 {
     reports++;
     last = {module, line, code};
+    if (jumps_to)
+        longjmp(*jumps_to, 1);
     if (throws)
         throw last;
 }
@@ -90,6 +94,23 @@ TEST_F(MemoryExhaustion, AnErrorMayBeThrownOutOfTheService)
     void *block = MM_alloc_item(mib);
     EXPECT_THROW(MM_realloc_item(block, mib, PTRDIFF_MAX), report);
     MM_dealloc_item(block, mib);
+}
+
+/* The service holds no lock while it reports, and has taken nothing. */
+TEST_F(MemoryExhaustion, AnErrorMayBeJumpedOutOfTheService)
+{
+    static jmp_buf here;
+    const mova_memory_totals before = mova_memory_statistics();
+    jumps_to = &here;
+    if (setjmp(here) == 0)
+        MM_alloc_item(SIZE_MAX);
+    if (setjmp(here) == 0)
+        mova_memory_zeroed(SIZE_MAX);
+    if (setjmp(here) == 0)
+        mova_memory_aligned(64, SIZE_MAX);
+    jumps_to = nullptr;
+    EXPECT_EQ(mova_memory_statistics().live_blocks, before.live_blocks);
+    MM_dealloc_item(MM_alloc_item(mib), mib);
 }
 
 TEST_F(MemoryExhaustion, ABlockThatCannotGrowIsAsItWas)
