@@ -88,10 +88,10 @@ void use_many_sizes(size_t each)
 {
     std::vector<void *> blocks;
     for (size_t size = 16; size <= 16 * sizes; size += 16) {
-        for (size_t i = 0; i < each; i++)
+        for (size_t i = 0; i < each; ++i)
             blocks.push_back(std::memset(Heap::take(size), 'u', size));
     }
-    for (size_t i = 0; i < blocks.size(); i++)
+    for (size_t i = 0; i < blocks.size(); ++i)
         Heap::give(blocks[i], 16 * (i / each + 1));
 }
 
@@ -105,7 +105,7 @@ double resident_for_threads(size_t count, size_t each)
     bool over = false;
     std::vector<std::thread> threads;
     double before = resident_bytes();
-    for (size_t i = 0; i < count; i++) {
+    for (size_t i = 0; i < count; ++i) {
         threads.emplace_back([&] {
             use_many_sizes<Heap>(each);
             std::unique_lock held(lock);
@@ -136,9 +136,9 @@ template <class Heap>
 void *allocate_fifty(void *)
 {
     std::array<void *, 50> blocks;
-    for (size_t i = 0; i < blocks.size(); i++)
+    for (size_t i = 0; i < blocks.size(); ++i)
         blocks[i] = Heap::take(16 * (i % 10 + 1));
-    for (size_t i = 0; i < blocks.size(); i++)
+    for (size_t i = 0; i < blocks.size(); ++i)
         Heap::give(blocks[i], 16 * (i % 10 + 1));
     return nullptr;
 }
@@ -150,7 +150,7 @@ double microseconds_for_a_thread()
     std::array<double, turns> times;
     for (double &time : times) {
         double start = processor_microseconds();
-        for (int i = 0; i < threads; i++) {
+        for (int i = 0; i < threads; ++i) {
             pthread_t thread;
             if (pthread_create(&thread, nullptr, allocate_fifty<Heap>, nullptr) != 0)
                 return std::nan("");

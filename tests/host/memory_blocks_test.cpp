@@ -141,7 +141,7 @@ TEST_F(MemoryBlocks, PoolsDoNotKnowOfEachOther)
 
 TEST_F(MemoryBlocks, APoolWhoseMemoryRunsOutIsNotMade)
 {
-    for (int nth = 1; nth <= 3; nth++) {
+    for (int nth = 1; nth <= 3; ++nth) {
         allocations_until_failure = nth;
         EXPECT_THROW(mb_create_pool(1000), mova::error) << nth;
         EXPECT_EQ(live_memory, 0u) << nth;
@@ -151,7 +151,7 @@ TEST_F(MemoryBlocks, APoolWhoseMemoryRunsOutIsNotMade)
 TEST_F(MemoryBlocks, APoolWhoseMemoryRunsOutIsNullWhereTheHandlerReturns)
 {
     mova_set_error_handler(keep_error);
-    for (int nth = 1; nth <= 3; nth++) {
+    for (int nth = 1; nth <= 3; ++nth) {
         allocations_until_failure = nth;
         EXPECT_EQ(mb_create_pool(1000), nullptr) << nth;
         EXPECT_EQ(live_memory, 0u) << nth;
@@ -240,7 +240,7 @@ TEST_F(MemoryBlocks, APoolWithoutABudgetHoldsBlocksOfSizeZero)
 TEST_F(MemoryBlocks, FreedRoomIsUsedAgain)
 {
     make(4 * unit);
-    for (char letter = 'a'; letter <= 'z'; letter++) {
+    for (char letter = 'a'; letter <= 'z'; ++letter) {
         const mb_handle handle = allocate(4, letter);
         EXPECT_TRUE(is_filled(handle, 4, letter));
         free(handle);
@@ -252,10 +252,10 @@ TEST_F(MemoryBlocks, ManyBlocksKeepTheirBytes)
 {
     make(20000 * unit);
     std::vector<mb_handle> handles;
-    for (int i = 0; i < 20000; i++)
+    for (int i = 0; i < 20000; ++i)
         handles.push_back(allocate(1, static_cast<char>(i % 127)));
     EXPECT_EQ(mb_alloc(pool, 1), 0u);
-    for (int i = 0; i < 20000; i++)
+    for (int i = 0; i < 20000; ++i)
         ASSERT_TRUE(is_filled(handles[static_cast<size_t>(i)], 1, static_cast<char>(i % 127)));
     EXPECT_EQ(figures().live_blocks, 20000u);
     EXPECT_EQ(figures().moves, 0u);
@@ -267,7 +267,7 @@ TEST_F(MemoryBlocks, ScatteredRoomIsGathered)
 {
     make(10 * unit);
     std::vector<mb_handle> handles;
-    for (char letter = 'a'; letter < 'a' + 10; letter++)
+    for (char letter = 'a'; letter < 'a' + 10; ++letter)
         handles.push_back(allocate(1, letter));
     for (size_t i = 0; i < 10; i += 2)
         free(handles[i]);
@@ -450,11 +450,11 @@ TEST_F(MemoryBlocks, ABlockLargerThanTheDistanceItMovesStaysWhole)
 {
     make(100 * unit);
     const mb_handle small = allocate(1), large = allocate(98);
-    for (size_t i = 0; i < 98 * unit; i++)
+    for (size_t i = 0; i < 98 * unit; ++i)
         address_of(large)[i] = static_cast<char>(i % 101);
     free(small);
     allocate(2);
-    for (size_t i = 0; i < 98 * unit; i++)
+    for (size_t i = 0; i < 98 * unit; ++i)
         ASSERT_EQ(address_of(large)[i], static_cast<char>(i % 101));
 }
 
@@ -485,7 +485,7 @@ TEST_F(MemoryBlocks, HandlesAreNotUsedAgain)
 {
     make(4 * unit);
     std::set<mb_handle> seen = {0};
-    for (int i = 0; i < 5000; i++) {
+    for (int i = 0; i < 5000; ++i) {
         const mb_handle handle = allocate(1);
         ASSERT_TRUE(seen.insert(handle).second);
         free(handle);
@@ -538,7 +538,7 @@ constexpr int blocks_of_first_table = 47;
 TEST_F(MemoryBlocks, AnAllocationWhoseRecordHasNoMemoryLeavesThePoolAsItWas)
 {
     make(100 * unit);
-    for (int i = 0; i < blocks_of_first_table; i++)
+    for (int i = 0; i < blocks_of_first_table; ++i)
         allocate(1);
     const size_t memory = live_memory;
     allocations_until_failure = 1;
@@ -556,7 +556,7 @@ TEST_F(MemoryBlocks, AnAllocationWhoseRecordHasNoMemoryLeavesThePoolAsItWas)
 TEST_F(MemoryBlocks, AnAllocationWithoutRoomAsksForNoMemory)
 {
     make(blocks_of_first_table * unit);
-    for (int i = 0; i < blocks_of_first_table; i++)
+    for (int i = 0; i < blocks_of_first_table; ++i)
         allocate(1);
     const size_t memory = live_memory;
     EXPECT_EQ(mb_alloc(pool, 1), 0u);
@@ -584,7 +584,7 @@ TEST(BlockPoolHandles, SkipPlacesThatAreTaken)
     mova::block_pool pool(mova::take_memory(unit), mova::block_pool::empty_table(), unit);
     const mb_handle stays = pool.allocate(0);
     std::set<mb_handle> seen = {stays};
-    for (int i = 0; i < 1000; i++) {
+    for (int i = 0; i < 1000; ++i) {
         const mb_handle handle = pool.allocate(0);
         ASSERT_TRUE(seen.insert(handle).second);
         ASSERT_NE(pool.get(stays), nullptr);
@@ -599,7 +599,7 @@ TEST(GapClasses, AreOrderedBySizeAndEachFitsWhatIsInAllBeforeIt)
     using namespace mova::gap_classes;
     unsigned before = class_of(unit);
     EXPECT_EQ(before, 1u);
-    for (size_t units = 2; units < 5000; units++) {
+    for (size_t units = 2; units < 5000; ++units) {
         const unsigned index = class_of(units * unit);
         ASSERT_TRUE(index == before || index == before + 1) << units;
         ASSERT_TRUE(units >= 64 || index == units);

@@ -74,7 +74,7 @@ TEST(Memory, ABlockIsThereBeforeMain)
 
 TEST(Memory, ABlockOfAMultipleOf16IsAlignedTo16AndAnyOtherTo8)
 {
-    for (size_t size = 0; size < 5000; size++) {
+    for (size_t size = 0; size < 5000; ++size) {
         std::vector<void *> blocks = allocate(3, size);
         for (void *block : blocks)
             ASSERT_EQ(address(block) % (size % 16 == 0 ? 16 : 8), 0u) << size;
@@ -237,7 +237,7 @@ private:
 TEST(Memory, BlocksNeverOverlapAndKeepTheirBytes)
 {
     model blocks(seed());
-    for (int step = 0; step < 30000 && !testing::Test::HasFatalFailure(); step++) {
+    for (int step = 0; step < 30000 && !testing::Test::HasFatalFailure(); ++step) {
         size_t choice = blocks.size_below(9);
         if (blocks.live() < 2 || (choice < 4 && blocks.live() < 600))
             blocks.allocate();
@@ -391,7 +391,7 @@ TEST_F(MemoryPages, InAnAgedHeapBlocksAllocatedInARowLieSideBySide)
     release(blocks, size);
     blocks = allocate(count, size);
     size_t neighbours = 0;
-    for (size_t i = 1; i < count; i++)
+    for (size_t i = 1; i < count; ++i)
         neighbours += address(blocks[i]) - address(blocks[i - 1]) == size;
     EXPECT_GT(neighbours, count * 9 / 10);
     release(blocks, size);

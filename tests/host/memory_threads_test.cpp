@@ -38,7 +38,7 @@ void release(const block_list &blocks, size_t size)
 void in_threads(unsigned count, void (*work)(unsigned))
 {
     std::vector<std::thread> threads;
-    for (unsigned i = 0; i < count; i++)
+    for (unsigned i = 0; i < count; ++i)
         threads.emplace_back(work, i);
     for (std::thread &thread : threads)
         thread.join();
@@ -53,7 +53,7 @@ void churn(unsigned number)
         size_t size = 0;
     } held[100];
     std::mt19937 random(number);
-    for (int step = 0; step < 20000; step++) {
+    for (int step = 0; step < 20000; ++step) {
         held_block &place = held[random() % 100];
         if (place.block) {
             ASSERT_EQ(place.block[0], number);
@@ -105,11 +105,11 @@ TEST(MemoryThreads, ABlockMayBeReleasedByAnotherThread)
     size_t live = mova_memory_statistics_of_size(56).live_blocks;
     channel between;
     std::thread producer([&] {
-        for (int i = 0; i < 200; i++)
+        for (int i = 0; i < 200; ++i)
             between.put(allocate(500, 56));
     });
     std::thread consumer([&] {
-        for (int i = 0; i < 200; i++) {
+        for (int i = 0; i < 200; ++i) {
             block_list blocks = between.get();
             for (void *block : blocks)
                 std::memset(block, i, 56);
@@ -141,7 +141,7 @@ TEST(MemoryThreads, AThreadThatEndsLeavesItsFreeBlocksToTheOthers)
     EXPECT_EQ(mova_memory_statistics_of_size(632).cached_blocks, before.cached_blocks);
     EXPECT_EQ(mova_memory_statistics_of_size(632).live_blocks, before.live_blocks);
     size_t after_one = mova_memory_statistics().held_bytes;
-    for (int i = 0; i < 50; i++)
+    for (int i = 0; i < 50; ++i)
         std::thread([] { release(allocate(1000, 632), 632); }).join();
     EXPECT_EQ(mova_memory_statistics().held_bytes, after_one);
     EXPECT_GE(after_one, held);
