@@ -50,9 +50,9 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-/* ---- blocks beside those of the service ----
+/* ---- blocks beside those of the service ---- */
 
-   They raise what MM_alloc_item raises, and return null where the error's handler returns. */
+/* They raise what MM_alloc_item raises, and return null where the error's handler returns. */
 
 /* Returns a block whose bytes are all 0. It is released and reallocated like any other. Large blocks that come from the
    system need no clearing. */
