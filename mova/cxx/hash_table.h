@@ -148,11 +148,12 @@ private:
         return (static_cast<std::uint32_t>(key) >> head_->shift) & static_cast<std::uint32_t>(head_->mask);
     }
 
-    /* A value of 0 needs a second look. */
+    /* A value of 0 needs a second look, unless it is what an absent key gives too. */
     Value get_or_beyond(Key key, Value absent) const noexcept
     {
         const mova_word value = HSH_get_value(get(), to_word(key));
-        return value || HSH_contains_key(get(), to_word(key)) ? from_word<Value>(value) : absent;
+        const bool is_known = value || !to_word(absent) || HSH_contains_key(get(), to_word(key));
+        return is_known ? from_word<Value>(value) : absent;
     }
 };
 
