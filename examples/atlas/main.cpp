@@ -65,6 +65,19 @@ static void print_tree(const Topology &topology)
     mova_set_debug_print(before);
 }
 
+/* Names and texts come from outside: whatever they hold, the message stays one plain line. */
+static std::string complaint(const std::string &subject, const std::string &what)
+{
+    return printable("atlas: " + (subject.empty() ? what : subject + ": " + what)) + "\n";
+}
+
+static void warn(const Topology &topology, const std::string &subject, ProgressLine &line)
+{
+    line.clear();
+    for (const std::string &warning : topology.warnings)
+        std::fputs(complaint(subject, "warning: " + warning).c_str(), stderr);
+}
+
 /* `subject` is kept up to date with the file that an error would be about. */
 static Outcome draw_atlas(const Options &options, std::string &subject)
 {
@@ -80,6 +93,7 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     const std::string text = read_file(options.file, progress);
     times.read = watch.lap();
     Topology topology = decode_topology(text, progress);
+    warn(topology, subject, line);
     if (!options.select.empty())
         select_countries(topology, options.select);
     if (options.print_tree) {
@@ -116,7 +130,7 @@ static std::string counted(const Totals &drawn)
 static void print_outcome(const Options &options, const Outcome &outcome)
 {
     const Times &times = outcome.times;
-    std::printf("picture  %s\n", std::filesystem::absolute(options.out).lexically_normal().c_str());
+    std::printf("picture  %s\n", printable(std::filesystem::absolute(options.out).lexically_normal().string()).c_str());
     std::printf("size     %d x %d pixels, %zu bytes\n", outcome.size.width, outcome.size.height, outcome.bytes);
     std::printf("drawn    %s\n", counted(outcome.drawn).c_str());
     const Picture::Statistics &cache = outcome.cache;
@@ -127,12 +141,6 @@ static void print_outcome(const Options &options, const Outcome &outcome)
                 times.decode, times.prepare, times.draw, times.write);
     if (std::fflush(stdout) != 0)
         throw Error("the report could not be printed");
-}
-
-/* Names and texts come from outside: whatever they hold, the message stays one plain line. */
-static std::string complaint(const std::string &subject, const std::string &what)
-{
-    return printable("atlas: " + (subject.empty() ? what : subject + ": " + what)) + "\n";
 }
 
 /* Where memory has run out, there is none left to unwind with either: the program says so and ends. */

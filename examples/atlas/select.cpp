@@ -2,54 +2,17 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
 #include <string_view>
 
-#include <mova/arrays/id_lookup_table.h>
-#include <mova/arrays/sorted_number_array.h>
+#include <mova/cxx/hash_table.h>
+#include <mova/cxx/sorted_numbers.h>
 
 #include "borders.h"
 #include "error.h"
 #include "indices.h"
 
 namespace atlas {
-
-namespace {
-
-/* Ids for all countries: those of the topology's list, in its order, from 1 on. */
-class CountryIds {
-public:
-    explicit CountryIds(const Topology &topology)
-    {
-        GL_iterator countries = GL_all_items(topology.countries.get());
-        while (Country *country = next_record<Country>(countries))
-            io_lut_add(table_, country);
-    }
-    ~CountryIds() { io_lut_release(&table_); }
-    CountryIds(const CountryIds &) = delete;
-    CountryIds &operator=(const CountryIds &) = delete;
-
-    /* The country's place in the list, from 0 on. */
-    std::int32_t number_of(const Country *country) const { return io_lut_get_id(table_, country) - 1; }
-
-private:
-    DA_array *table_ = io_lut_create();
-};
-
-/* The numbers of the countries to keep. */
-class Selection {
-public:
-    Selection() = default;
-    ~Selection() { DA_release(numbers_); }
-    Selection(const Selection &) = delete;
-    Selection &operator=(const Selection &) = delete;
-
-    DA_array *get() { return numbers_; }
-
-private:
-    DA_array *numbers_ = DA_create(sizeof(std::int32_t), 64);
-};
-
-} // namespace
 
 static char lower(char letter)
 {
@@ -106,39 +69,60 @@ static std::string_view near_miss(const Topology &topology, std::string_view nam
     throw Error("no country is named " + name + (meant.empty() ? "" : ": did you mean " + std::string(meant) + "?"));
 }
 
-static void add_named(Selection &selection, const Topology &topology, const NameIndex &index, const CountryIds &ids,
-                      const std::string &name)
+/* Requires names that differ, so that no country is found twice. */
+static std::vector<const Country *> named(const Topology &topology, const std::vector<std::string> &names)
 {
-    const std::vector<const Country *> found = index.find(name);
-    if (found.empty())
-        refuse(topology, name);
-    for (const Country *country : found)
-        SA_add_number(selection.get(), ids.number_of(country));
+    const NameIndex index(topology);
+    std::vector<const Country *> all;
+    for (const std::string &name : names) {
+        const std::vector<const Country *> found = index.find(name);
+        if (found.empty())
+            refuse(topology, name);
+        all.insert(all.end(), found.begin(), found.end());
+    }
+    return all;
 }
 
-/* Each removal moves the countries after it up by one, and their numbers with them. */
-static void remove_others(Selection &selection, Topology &topology)
+/* The numbers of the countries to keep: their places in the list, from 0 on. */
+static mova::sorted_numbers numbers_of(const Topology &topology, const std::vector<const Country *> &kept)
+{
+    mova::hash_table<const Country *, bool> is_kept;
+    for (const Country *country : kept)
+        is_kept.set(country, true);
+    mova::sorted_numbers numbers(static_cast<std::int32_t>(kept.size()));
+    std::int32_t number = 0;
+    GL_iterator countries = GL_all_items(topology.countries.get());
+    for (; const Country *country = next_record<Country>(countries); ++number) {
+        if (is_kept.find(country))
+            numbers.add(number);
+    }
+    return numbers;
+}
+
+static void remove_others(Topology &topology, const mova::sorted_numbers &kept)
 {
     std::int32_t number = 0;
     GL_iterator countries = GL_all_items(topology.countries.get());
     for (GL_node *position; GL_next_position(&countries, &position);) {
-        if (SA_check_number(selection.get(), number)) {
-            ++number;
-        } else {
+        if (!kept.contains(number++))
             topology.countries.remove(position);
-            SA_adapt_for_remove(selection.get(), number);
-        }
     }
 }
 
+/* Each name once, in the order that they were given in. */
+static std::vector<std::string> without_repeats(const std::vector<std::string> &names)
+{
+    std::set<std::string_view> seen;
+    std::vector<std::string> once;
+    for (const std::string &name : names) {
+        if (seen.insert(name).second)
+            once.push_back(name);
+    }
+    return once;
+}
 void select_countries(Topology &topology, const std::vector<std::string> &names)
 {
-    Selection selection;
-    const NameIndex index(topology);
-    const CountryIds ids(topology);
-    for (const std::string &name : names)
-        add_named(selection, topology, index, ids, name);
-    remove_others(selection, topology);
+    remove_others(topology, numbers_of(topology, named(topology, without_repeats(names))));
     find_borders(topology);
 }
 

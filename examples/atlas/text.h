@@ -38,7 +38,9 @@ private:
     DA_array *bytes_;
 };
 
-/* Returns the text with a question mark in the place of each control character, so that it stays on one plain line. */
+/* Returns the text as a terminal may be given it: one plain line, written from one side to the other. A question mark stands
+   for each control character, of 7 or 8 bits, for each that breaks lines or turns the direction, and for each byte that is
+   no UTF-8. */
 std::string printable(std::string_view text);
 
 } // namespace atlas

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <mova/arrays/id_lookup_table.h>
 #include <nlohmann/json.hpp>
@@ -80,22 +81,91 @@ static void check_depth(std::string_view text)
         throw Error("nested too deep for a topology");
 }
 
-static json parse_json(std::string_view text, const Progress &progress)
+/* Builds a value as it is parsed, and notes which key comes first again in its object. Of several members of a key the last
+   one counts. */
+class Builder : public nlohmann::json_sax<json> {
+public:
+    json root;
+    std::optional<std::string> duplicate_key;
+
+    bool null() override { return put(nullptr); }
+    bool boolean(bool value) override { return put(value); }
+    bool number_integer(std::int64_t value) override { return put(value); }
+    bool number_unsigned(std::uint64_t value) override { return put(value); }
+    bool number_float(double value, const std::string &) override { return put(value); }
+    bool string(std::string &value) override { return put(std::move(value)); }
+    bool binary(json::binary_t &) override { return false; }
+    bool start_object(std::size_t) override { return open(json::object()); }
+    bool start_array(std::size_t) override { return open(json::array()); }
+    bool end_object() override { return close(); }
+    bool end_array() override { return close(); }
+    bool key(std::string &name) override
+    {
+        const auto [member, is_new] = open_.back()->get_ref<json::object_t &>().try_emplace(name);
+        if (!is_new && !duplicate_key)
+            duplicate_key = name;
+        member_ = &member->second;
+        return true;
+    }
+    bool parse_error(std::size_t byte, const std::string &, const json::exception &error) override
+    {
+        constexpr int number_overflow = 406;
+        if (error.id == number_overflow)
+            throw Error("a number is too large");
+        throw ParseError{byte};
+    }
+
+    struct ParseError {
+        std::size_t byte;
+    };
+
+private:
+    json &added(json value)
+    {
+        if (open_.empty())
+            return root = std::move(value);
+        if (open_.back()->is_array())
+            return open_.back()->emplace_back(std::move(value));
+        return *member_ = std::move(value);
+    }
+    bool put(json value)
+    {
+        added(std::move(value));
+        return true;
+    }
+    bool open(json value)
+    {
+        open_.push_back(&added(std::move(value)));
+        return true;
+    }
+    bool close()
+    {
+        open_.pop_back();
+        return true;
+    }
+
+    std::vector<json *> open_; /* the arrays and objects around what comes next */
+    json *member_ = nullptr;
+};
+
+static json parse_json(std::string_view text, std::vector<std::string> &warnings, const Progress &progress)
 {
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     if (first != std::string_view::npos && text[first] != '{' && text[first] != '[')
         throw Error("not JSON");
     check_depth(text);
+    Builder builder;
     try {
         const ReportingInput begin(text, 0, progress), end(text, text.size(), progress);
-        return json::parse(begin, end);
-    } catch (const json::parse_error &error) {
+        json::sax_parse(begin, end, &builder);
+    } catch (const Builder::ParseError &error) {
         if (error.byte > text.size())
             throw Error("the JSON ends too early, after " + std::to_string(text.size()) + " bytes");
         throw Error("not valid JSON at byte " + std::to_string(error.byte));
-    } catch (const json::out_of_range &) {
-        throw Error("a number is too large");
     }
+    if (builder.duplicate_key)
+        warnings.push_back("an object has several \"" + *builder.duplicate_key + "\": the last one counts");
+    return std::move(builder.root);
 }
 
 /* Returns the member, or null where there is none; what is no object has none. */
@@ -339,14 +409,15 @@ static std::size_t most_points(const ArcIds &arcs)
     io_lut_iterator all = arcs.all();
     while (const void *arc = io_lut_next_item(&all))
         points += static_cast<std::size_t>(static_cast<const Arc *>(arc)->points.count());
-    return std::min(points * most_runs, most_ring_points);
+    return std::min(points * most_runs, most_outline_points);
 }
 
 /* Reads the geometries of an object, as deep as they are nested, into countries. */
 class OutlineReader {
 public:
     OutlineReader(const ArcIds &arcs, OwningList<Country> &countries)
-        : arcs_(arcs), countries_(countries), points_left_(most_points(arcs))
+        : arcs_(arcs), countries_(countries), ring_points_left_(most_points(arcs)),
+          line_points_left_(std::max(ring_points_left_, room_for_lines))
     {
     }
 
@@ -392,13 +463,13 @@ private:
         countries_.append(std::make_unique<Country>(std::move(country)));
     }
 
-    void count_points(const Path &path)
+    static void count_points(const Path &path, std::size_t &left)
     {
         for_each_stretch(path, [&](const Stretch &stretch) {
             const std::size_t points = static_cast<std::size_t>(stretch.arc->points.count());
-            if (points > points_left_)
+            if (points > left)
                 throw Error("the outlines have too many points: they run along the same arcs again and again");
-            points_left_ -= points;
+            left -= points;
         });
     }
 
@@ -409,7 +480,7 @@ private:
             const Path *ring = polygon->rings.append(read_path(numbers, arcs_));
             check_joints(*ring);
             close_ring(*ring);
-            count_points(*ring);
+            count_points(*ring, ring_points_left_);
         }
         if (GL_count_items(polygon->rings.get()) > 0)
             country.polygons.append(std::move(polygon));
@@ -419,11 +490,12 @@ private:
     {
         const Path *line = country.lines.append(read_path(numbers, arcs_));
         check_joints(*line);
+        count_points(*line, line_points_left_);
     }
 
     const ArcIds &arcs_;
     OwningList<Country> &countries_;
-    std::size_t points_left_;
+    std::size_t ring_points_left_, line_points_left_;
 };
 
 static void read_objects(const json &objects, OutlineReader &reader)
@@ -436,19 +508,36 @@ static void read_objects(const json &objects, OutlineReader &reader)
         reader.read(each);
 }
 
+/* As a transform makes of any file that scales by nothing. */
+static bool is_one_point(const Topology &topology)
+{
+    std::optional<Point> only;
+    GL_iterator arcs = GL_all_items(topology.arcs.get());
+    while (const Arc *arc = next_record<Arc>(arcs)) {
+        for (const Point &point : arc->points) {
+            if (point != only.value_or(point))
+                return false;
+            only = point;
+        }
+    }
+    return true;
+}
+
 Topology decode_topology(std::string_view text, const Progress &progress)
 {
-    const json root = parse_json(text, progress);
+    Topology topology;
+    const json root = parse_json(text, topology.warnings, progress);
     const json *type = find(root, "type");
     if (!type || *type != "Topology")
         throw Error("not a TopoJSON topology");
-    Topology topology;
     ArcIds arcs;
     read_arcs(root, topology.arcs, arcs, progress);
     OutlineReader reader(arcs, topology.countries);
     read_objects(member(root, "objects", "the topology"), reader);
     if (GL_count_items(topology.countries.get()) == 0)
         throw Error("nothing to draw: no geometry has outlines");
+    if (is_one_point(topology))
+        topology.warnings.emplace_back("all of its points are one point: there is little to see");
     find_borders(topology);
     return topology;
 }

@@ -23,7 +23,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include <mova/lists/element_list.h>
 
@@ -80,6 +82,7 @@ struct Country {
 struct Topology {
     OwningList<Arc> arcs;
     OwningList<Country> countries;
+    std::vector<std::string> warnings; /* what is odd about the file, though it can be drawn */
 };
 
 /* Calls `visit` with each stretch of the path. */
@@ -119,9 +122,10 @@ void for_each_stretch(const Country &country, Visit visit)
 }
 
 /* How many points all rings may have together, each with all of its own: so many times those of the arcs, and no more
-   than so many. */
+   than so many. All lines together may have as many; in a small file they have room for so many all the same. */
 constexpr std::size_t most_runs = 32;
-constexpr std::size_t most_ring_points = std::size_t{1} << 24;
+constexpr std::size_t most_outline_points = std::size_t{1} << 24;
+constexpr std::size_t room_for_lines = std::size_t{1} << 16;
 
 /* Decodes the text of a TopoJSON file: of its object `countries` where there is one, otherwise of all its objects.
    Points and null geometries have no outlines and are skipped. Throws Error where the text is damaged, is not a

@@ -140,6 +140,9 @@ static const Bad bad_inputs[] = {
     {"EndlessRing",
      world_of("Polygon", "[[0" + repeated(",0", 4096) + "]]", "[[0,0]" + repeated(",[1,1],[0,0]", 2048) + "]"),
      "the outlines have too many points: they run along the same arcs again and again"},
+    {"EndlessLine",
+     world_of("LineString", "[0" + repeated(",0", 4096) + "]", "[[0,0]" + repeated(",[1,1],[0,0]", 2048) + "]"),
+     "the outlines have too many points: they run along the same arcs again and again"},
     {"CollectionsTooDeep",
      world(R"("a":)" + repeated(R"({"type":"GeometryCollection","geometries":[)", 17) + repeated("]}", 17), ""),
      "geometry collections are nested too deep"},
@@ -154,6 +157,53 @@ TEST(BracketsInText, AreNotNested)
 {
     const std::string brackets = repeated(R"([{\"[\\)", 100);
     EXPECT_FALSE(fails(world_of("LineString", R"([0],"properties":{"name":")" + brackets + "\"}", line)));
+}
+
+TEST(Decoding, WarnsOfWhatIsOdd)
+{
+    const std::string collapsed = R"({"scale":[0,0],"translate":[7,7]})";
+    const std::string twice =
+        R"({"type":"Topology","type":"Topology",)" + world_of("LineString", "[0]", line).substr(1);
+    const std::string one_point = "all of its points are one point: there is little to see";
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {world_of("LineString", "[0]", line), {}},
+        {with_transform(unit, line), {}},
+        {with_transform(collapsed, line), {one_point}},
+        {world_of("LineString", "[0]", "[[3,4],[3,4]]"), {one_point}},
+        {twice, {"an object has several \"type\": the last one counts"}}};
+    for (const auto &[text, warnings] : cases)
+        EXPECT_EQ(warnings, decode(text).warnings) << text;
+}
+
+TEST(Decoding, TakesTheLastOfSeveralMembersOfAKey)
+{
+    const Topology topology = decode(
+        world(R"("a":{"type":"LineString","arcs":[0],"properties":{"name":{"x":[1]},"name":"y","name":"z"}})", line));
+    const Country *country = static_cast<const Country *>(topology.countries.get()->first->item);
+    EXPECT_EQ("z", country->name.view());
+}
+
+/* What a terminal would act upon: controls of 7 and 8 bits, line breaks, directions, what is no UTF-8. */
+TEST(Printable, IsOnePlainLine)
+{
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        {"Côte d’Ivoire 中 \U0001F30D", "Côte d’Ivoire 中 \U0001F30D"},
+        {std::string_view("a\0b\n\x1b[2J\x7f", 9), "a?b??[2J?"},
+        {"\xc2\x9b"
+         "2J\xc2\x80\xc2\x9f\xc2\xa0",
+         "?2J??\xc2\xa0"},
+        {"\x9b"
+         "2J",
+         "?2J"},
+        {"\u061c\u200e\u200f\u202a\u202b\u202c\u202d\u202e\u2066\u2067\u2068\u2069", "????????????"},
+        {"\u200d\u2010\u2027\u2028\u2029\u2030\u206a", "\u200d\u2010\u2027??\u2030\u206a"},
+        {"\xc3", "?"},
+        {"\xe2\x80", "??"},
+        {"\xc0\x9b", "??"},
+        {"\xe0\x82\x9b", "???"},
+        {"\xff", "?"}};
+    for (const auto &[text, plain] : cases)
+        EXPECT_EQ(plain, printable(text));
 }
 
 TEST(DamagedWorld, ThatIsCutShortIsRefusedWhereverTheCutIs)

@@ -181,6 +181,17 @@ TEST_F(Atlas, PrintsTheTreeOfItsCountriesAheadOfItsReport)
     EXPECT_NE(std::string::npos, outcome.out.find(" km2\npicture "));
 }
 
+TEST_F(Atlas, WarnsAndDraws)
+{
+    write_whole(scratch_ / "odd.json",
+                R"({"a\u009bb":1,"a\u009bb":2,)" + world_of("LineString", "[0]", "[[0,0],[0,0]]").substr(1));
+    const Outcome outcome = run({"odd.json"});
+    EXPECT_EQ("atlas: odd.json: warning: an object has several \"a?b\": the last one counts\n"
+              "atlas: odd.json: warning: all of its points are one point: there is little to see\n",
+              outcome.err);
+    EXPECT_EQ(0, outcome.code);
+}
+
 TEST_F(Atlas, ShowsItsUsage)
 {
     const Outcome outcome = run({"--help"});

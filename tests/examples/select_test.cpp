@@ -123,6 +123,13 @@ TEST(Selection, FollowsTheListAsManyCountriesGo)
     EXPECT_EQ(expected, selected(letters, {"z", "y"}));
 }
 
+/* Each of 20,000 countries has the name, which is asked for 20,000 times. */
+TEST(Selection, IsNotQuadraticInNamesThatRepeat)
+{
+    const std::size_t many = 20000;
+    EXPECT_EQ(many, selected(std::string(many, 'a') + "b", Names(many, "a")).size());
+}
+
 TEST(Selection, FindsEachNameOfTheShippedWorld)
 {
     const Names all = names_of(decode(shipped_world("110m")));
