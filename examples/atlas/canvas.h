@@ -2,20 +2,20 @@
 #ifndef ATLAS_CANVAS_H
 #define ATLAS_CANVAS_H
 
-#include <mova/lists/element_stack.h>
+#include <vector>
+
+#include <mova/cxx/element_stack.h>
 
 #include "tile.h"
 
 namespace atlas {
 
-/* The pens lie on a stack, and the top one draws: whoever takes another one puts it back when done (see PenInHand).
-   Everything is drawn in the map's pixels; what lies outside the tile is left out. */
+/* Every pixel is drawn once: what is drawn first lies on top, and what is all hidden costs nothing. The pens lie on a stack,
+   and the top one draws: whoever takes another one puts it back when done (see PenInHand). Everything is drawn in the map's
+   pixels; what lies outside the tile is left out. */
 class Canvas {
 public:
-    Canvas(const Tile &tile, Size map) : tile_(tile), map_(map) {}
-    ~Canvas() { ES_release(&pens_); }
-    Canvas(const Canvas &) = delete;
-    Canvas &operator=(const Canvas &) = delete;
+    Canvas(const Tile &tile, Size map);
 
     /* The map's. */
     int width() const { return map_.width; }
@@ -23,30 +23,44 @@ public:
 
     const Rectangle &bounds() const { return tile_.bounds(); }
 
+    /* Whether every pixel has been drawn. */
+    bool is_full() const { return left_ == 0; }
+
     /* Both require a pen. */
-    void line(Pixel from, Pixel to) { tile_.line(from, to, ink()); }
+    void line(Pixel from, Pixel to);
     /* Draws the columns from `from` up to, not including, `end`. */
-    void span(int row, int from, int end) { tile_.span(row, from, end, ink()); }
+    void span(int row, int from, int end);
 
 private:
     friend class PenInHand;
 
-    std::uint8_t ink() const;
+    using Word = std::uint64_t;
+    static constexpr int word_bits = 64;
+
+    std::size_t word_of(int row, int column) const;
+    std::size_t with_free_pixels(std::size_t word, std::size_t end);
+    void paint(int row, int column, Word pixels);
 
     Tile tile_;
     Size map_;
-    ES_stack *pens_ = ES_create(sizeof(std::uint8_t));
+    std::size_t words_;      /* for a row */
+    std::size_t left_;       /* pixels that have not been drawn */
+    std::vector<Word> free_; /* a bit for each pixel: not drawn */
+    std::vector<std::uint32_t>
+        next_; /* from each word that has none: one further on, with none between that has some */
+    mova::element_stack<std::uint8_t> pens_;
+    std::uint8_t ink_ = 0; /* of the top pen */
 };
 
 /* Has the canvas draw with another pen while it lives. */
 class PenInHand {
 public:
-    PenInHand(Canvas &canvas, std::uint8_t ink) : canvas_(canvas) { ES_push(canvas_.pens_, &ink); }
-    ~PenInHand()
+    PenInHand(Canvas &canvas, std::uint8_t ink) : canvas_(canvas)
     {
-        std::uint8_t used;
-        ES_pop(canvas_.pens_, &used);
+        canvas_.pens_.push(canvas_.ink_);
+        canvas_.ink_ = ink;
     }
+    ~PenInHand() { canvas_.ink_ = *canvas_.pens_.pop(); }
     PenInHand(const PenInHand &) = delete;
     PenInHand &operator=(const PenInHand &) = delete;
 

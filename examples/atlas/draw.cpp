@@ -1,5 +1,7 @@
 #include "draw.h"
 
+#include <algorithm>
+
 #include "canvas.h"
 #include "colours.h"
 #include "projection.h"
@@ -22,49 +24,61 @@ static void draw_parallel(Canvas &canvas, int latitude)
 /* The frame is where the map ends, and the equator and the prime meridian. */
 static void draw_graticule(Canvas &canvas)
 {
+    {
+        const PenInHand frame(canvas, inks().frame);
+        for (const int side : {-1, 0, 1}) {
+            draw_meridian(canvas, side * 180);
+            draw_parallel(canvas, side * 90);
+        }
+    }
     const PenInHand pen(canvas, inks().graticule);
     for (int longitude = -150; longitude <= 150; longitude += 30)
         draw_meridian(canvas, longitude);
     for (int latitude = -60; latitude <= 60; latitude += 30)
         draw_parallel(canvas, latitude);
-    const PenInHand frame(canvas, inks().frame);
-    for (const int side : {-1, 0, 1}) {
-        draw_meridian(canvas, side * 180);
-        draw_parallel(canvas, side * 90);
-    }
 }
 
 Drawing::Drawing(const Topology &topology, int width, const Progress &progress)
-    : size_{width, width / 2}, outlines_(topology, size_), labels_(topology, size_.width, size_.height, progress)
+    : size_{width, width / 2}, fill_(size_), outlines_(topology, size_),
+      labels_(topology, size_.width, size_.height, progress)
 {
     const Tints tints(topology);
     const std::size_t all = static_cast<std::size_t>(GL_count_items(topology.countries.get()));
+    std::size_t done = 0;
     GL_iterator countries = GL_all_items(topology.countries.get());
     while (const Country *country = next_record<Country>(countries)) {
-        progress("preparing", lands_.size(), all);
-        lands_.push_back({inks().land[static_cast<std::size_t>(tints.of(*country))], Region(*country, size_)});
+        progress("preparing", done++, all);
+        fill_.add(*country, inks().land[static_cast<std::size_t>(tints.of(*country))]);
     }
+    fill_.sort();
 }
 
-void Drawing::fill_countries(Canvas &canvas)
+/* From what lies on top to what lies below. */
+void Drawing::draw_band(int top, int bottom)
 {
-    for (Land &land : lands_) {
-        if (!land.region.bounds().meets(canvas.bounds()))
-            continue;
-        const PenInHand pen(canvas, land.ink);
-        filler_.fill(canvas, land.region);
+    band_ = {0, top, size_.width, bottom};
+    pixels_.resize(band_.pixels());
+    Canvas canvas({band_, pixels_.data()}, size_);
+    {
+        const PenInHand pen(canvas, inks().text);
+        labels_.draw(canvas);
     }
+    outlines_.draw(canvas);
+    fill_.draw(canvas);
+    draw_graticule(canvas);
+    const PenInHand pen(canvas, inks().sea);
+    for (int row = top; row < bottom; ++row)
+        canvas.span(row, 0, size_.width);
 }
 
 void Drawing::draw(Tile tile)
 {
-    tile.cover(inks().sea);
-    Canvas canvas(tile, size_);
-    draw_graticule(canvas);
-    fill_countries(canvas);
-    outlines_.draw(canvas);
-    const PenInHand pen(canvas, inks().text);
-    labels_.draw(canvas);
+    const Rectangle &bounds = tile.bounds();
+    if (bounds.top != band_.top || bounds.bottom != band_.bottom)
+        draw_band(bounds.top, bounds.bottom);
+    const Tile band(band_, pixels_.data());
+    for (int row = bounds.top; row < bounds.bottom; ++row)
+        std::copy_n(band.at({bounds.left, row}), bounds.width(), tile.at({bounds.left, row}));
 }
 
 } // namespace atlas

@@ -27,22 +27,18 @@ public:
     Size size() const { return size_; }
 
     /* Draws all that lies in the tile: the sea, the graticule in it, the countries, their borders, the coasts, the
-       names. */
+       names. Its rows are drawn as wide as the map, once for all tiles there; best from the top down. */
     void draw(Tile tile);
 
 private:
-    struct Land {
-        std::uint8_t ink;
-        Region region;
-    };
-
-    void fill_countries(Canvas &canvas);
+    void draw_band(int top, int bottom);
 
     Size size_;
-    std::vector<Land> lands_;
-    Filler filler_;
+    Fill fill_;
     Outlines outlines_;
     Labels labels_;
+    Rectangle band_ = {0, 0, 0, 0};
+    std::vector<std::uint8_t> pixels_; /* of the band */
 };
 
 } // namespace atlas

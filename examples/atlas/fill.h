@@ -8,60 +8,65 @@
 
 #include <vector>
 
-#include <mova/lists/double_list.h>
-#include <mova/lists/simple_list.h>
-
 #include "canvas.h"
+#include "sweep.h"
 #include "topology.h"
 
 namespace atlas {
 
-/* What a country covers on a map of one size, prepared so that any part of it can be filled. */
-class Region {
+/* Where scanlines are crossed, in order: a bit for each column, and for each word of those a bit that says whether to look
+   there. Two crossings in one place cancel out. */
+class Crossings {
 public:
-    Region(const Country &country, Size map);
-
-    /* Nothing is filled outside it. */
-    const Rectangle &bounds() const { return bounds_; }
+    void resize(const Rectangle &bounds);
+    void toggle(int row, int column);
+    /* Calls `visit` with the columns between each crossing and the next, up to the right side, and forgets the row's. */
+    template <class Visit>
+    void take_spans(int row, Visit visit);
 
 private:
-    friend class Filler;
+    using Word = std::uint64_t;
 
-    /* A side of a shape that lies on the scanlines from `first_row` up to, not including, `end_row`. From its upper end
-       it runs `down` lines of the grid downwards and `across` to the right. */
-    struct Edge {
-        Edge *prev, *next; /* the simple list's, while its region is filled */
-        std::int32_t x, y, across, down;
-        int first_row, end_row;
+    template <class Visit>
+    void take_crossings(int row, Visit visit);
 
-        bool is_left_of(const Rectangle &tile) const;
-        bool is_right_of(const Rectangle &tile) const;
-        double column(int row, const Rectangle &tile) const;
-    };
-
-    void add_edge(Point from, Point to, Size map);
-
-    std::vector<Edge> edges_; /* by their first rows */
-    int tallest_ = 0;         /* the most rows that an edge lies on */
     Rectangle bounds_ = {0, 0, 0, 0};
+    std::size_t words_ = 0, marks_ = 0; /* for a row */
+    std::vector<Word> columns_, marked_;
 };
 
-class Filler {
+/* What countries cover on a map of one size, prepared so that any part of it can be filled. */
+class Fill {
 public:
-    Filler() = default;
-    ~Filler();
-    Filler(const Filler &) = delete;
-    Filler &operator=(const Filler &) = delete;
+    explicit Fill(Size map) : map_(map) {}
+
+    /* Countries that are added later lie on top. `sort` is to be called after the last one. */
+    void add(const Country &country, std::uint8_t ink);
+    void sort() { edges_.sort(); }
 
     /* Fills what lies in the canvas' tile. */
-    void fill(Canvas &canvas, Region &region);
+    void draw(Canvas &canvas);
 
 private:
-    void cross(int row, const Rectangle &tile);
-    void fill_row(Canvas &canvas, int row);
+    /* A side of a shape that lies on the scanlines from `first` up to, not including, `end`. From its upper end
+       it runs `down` lines of the grid downwards and `across` to the right. */
+    struct Edge {
+        std::int32_t x, y, across, down;
+        int first, end;
+        std::uint32_t from_top; /* the country's layer */
 
-    SL_list *active_ = SL_create(); /* the edges that lie on the scanline */
-    DBLL_list *crossings_ = DBLL_create();
+        int first_row() const { return first; }
+        int end_row() const { return end; }
+        std::uint32_t layer() const { return from_top; }
+    };
+
+    void add_edge(Point from, Point to);
+    void cross(const Edge &edge, const Rectangle &tile);
+
+    Size map_;
+    std::vector<std::uint8_t> inks_; /* of the countries */
+    Sweep<Edge> edges_;
+    Crossings crossings_;
 };
 
 } // namespace atlas

@@ -73,7 +73,7 @@ Interior::Row Interior::spans(std::vector<Angle> &crossings, Grid grid)
     return row;
 }
 
-Interior::Interior(const Polygon &polygon, Grid grid)
+Interior::Interior(const Polygon &polygon, Grid grid, std::int64_t &crossings_left)
 {
     const Shapes shapes(polygon);
     int top = grid.height, bottom = 0;
@@ -86,8 +86,9 @@ Interior::Interior(const Polygon &polygon, Grid grid)
             crossed += end - first;
         }
     });
-    if (top >= bottom || crossed > most_crossings)
+    if (top >= bottom || crossed > std::min(crossings_left, most_crossings))
         return;
+    crossings_left -= crossed;
     top_ = top;
     std::vector<std::vector<Angle>> crossings(static_cast<std::size_t>(bottom - top));
     for_each_side(shapes, [&](Point from, Point to) { add_crossings(from, to, grid, crossings); });
@@ -97,33 +98,51 @@ Interior::Interior(const Polygon &polygon, Grid grid)
 
 /* ---- boxes ---- */
 
-/* Keeps of `row` what is also in `other` and not narrower than that. */
-void Interior::narrow(Row &row, const Row &other, int width)
+/* Returns what is in both rows and not narrower than that. */
+Interior::Row Interior::common(const Row &a, const Row &b, int width)
 {
     Row both;
-    for (auto left = row.cbegin(), right = other.cbegin(); left != row.cend() && right != other.cend();) {
+    for (auto left = a.cbegin(), right = b.cbegin(); left != a.cend() && right != b.cend();) {
         const Span span = {std::max(left->from, right->from), std::min(left->end, right->end)};
         if (span.width() >= width)
             both.push_back(span);
         (left->end < right->end ? left : right)++;
     }
-    row = std::move(both);
+    return both;
 }
 
-/* Returns the widest box of this height, if it is not narrower than that: the middle one of several. */
+/* Returns the widest box of this height, if it is not narrower than that: the middle one of several.
+
+   A window of `height` rows goes down the polygon. What its rows have in common is known for its upper part, up to every
+   `height`th row, from each row on (`ends`), and grows for its lower part row by row (`begun`). So each row is looked at
+   three times, however high the window is.
+
+         first      ends[first]: the rows from `first` to the mark
+         --- mark
+         last       begun: the rows from the mark to `last` */
 std::optional<Box> Interior::widest(int width, int height) const
 {
     std::vector<Box> best;
-    for (int first = 0; first + height <= static_cast<int>(rows_.size()); ++first) {
-        Row inside = rows_[static_cast<std::size_t>(first)];
-        for (int row = first + 1; row < first + height && !inside.empty(); ++row)
-            narrow(inside, rows_[static_cast<std::size_t>(row)], width);
-        for (const Span &span : inside) {
+    const std::size_t high = static_cast<std::size_t>(height);
+    const int narrowest = width;
+    std::vector<Row> ends(high);
+    Row begun;
+    for (std::size_t first = 0; first + high <= rows_.size(); ++first) {
+        const std::size_t at = first % high;
+        if (at == 0) {
+            ends[high - 1] = common(rows_[first + high - 1], rows_[first + high - 1], narrowest);
+            for (std::size_t i = high - 1; i > 0; --i)
+                ends[i - 1] = common(rows_[first + i - 1], ends[i], narrowest);
+        } else {
+            const Row &last = rows_[first + high - 1];
+            begun = common(at == 1 ? last : begun, last, narrowest);
+        }
+        for (const Span &span : at == 0 ? ends[0] : common(ends[at], begun, narrowest)) {
             if (span.width() > width)
                 best.clear();
             width = std::max(width, span.width());
             if (span.width() == width)
-                best.push_back({span.from, top_ + first, width, height});
+                best.push_back({span.from, top_ + static_cast<int>(first), width, height});
         }
     }
     return best.empty() ? std::nullopt : std::optional(best[best.size() / 2]);

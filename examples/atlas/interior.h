@@ -23,7 +23,9 @@ struct Box {
 /* The cells of a polygon, row by row. A cell is inside where both its sides are, on the line through its middle. */
 class Interior {
 public:
-    Interior(const Polygon &polygon, Grid grid);
+    /* Takes the rows that its sides cross off `crossings_left`: nothing fits inside a polygon that crosses more
+       than are left. */
+    Interior(const Polygon &polygon, Grid grid, std::int64_t &crossings_left);
 
     /* Returns a box of this size that lies inside, with as much room around it as there is, or nothing. */
     std::optional<Box> place(int width, int height) const;
@@ -39,7 +41,7 @@ private:
 
     void add_crossings(Point from, Point to, Grid grid, std::vector<std::vector<Angle>> &crossings) const;
     static Row spans(std::vector<Angle> &crossings, Grid grid);
-    static void narrow(Row &row, const Row &other, int width);
+    static Row common(const Row &a, const Row &b, int width);
     std::optional<Box> widest(int width, int height) const;
 
     int top_ = 0; /* the first row */

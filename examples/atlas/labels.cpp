@@ -21,6 +21,9 @@ constexpr int margin = 1;
 constexpr int largest_dot = 3;
 constexpr int most_lines = 3;
 
+/* How many rows of cells the sides of all countries that have a name may cross. The largest countries are tried first. */
+constexpr std::int64_t all_crossings = std::int64_t{1} << 22;
+
 /* In cells: how far labels keep apart. */
 constexpr int gap = 3;
 
@@ -84,12 +87,12 @@ static std::optional<Box> place(const Interior &interior, const std::string &tex
     return interior.place((width + 2 * margin) * dot, (height + 2 * margin) * dot);
 }
 
-static std::optional<Label> candidate(const Summary &summary, Grid grid)
+static std::optional<Label> candidate(const Summary &summary, Grid grid, std::int64_t &crossings_left)
 {
     const std::string name = as_glyphs(summary.country->name.view().substr(0, 4 * longest_label + 4));
     if (!summary.largest || name.empty() || name.size() > longest_label)
         return std::nullopt;
-    const Interior interior(*summary.largest, grid);
+    const Interior interior(*summary.largest, grid, crossings_left);
     for (int dot = largest_dot; dot > 0; --dot) {
         for (int most = 1; most <= most_lines; ++most) {
             const std::string text = in_lines(name, most);
@@ -179,9 +182,10 @@ Labels::Labels(const Topology &topology, int width, int height, const Progress &
     const AreaIndex countries(topology);
     const std::size_t all = static_cast<std::size_t>(GL_count_items(topology.countries.get()));
     std::size_t done = 0;
+    std::int64_t crossings_left = all_crossings;
     tree_iter *summaries = GT_all_items(countries.get());
     for (void *summary; GT_next_item(summaries, &summary);) {
-        if (const std::optional<Label> label = candidate(*static_cast<const Summary *>(summary), grid_))
+        if (const std::optional<Label> label = candidate(*static_cast<const Summary *>(summary), grid_, crossings_left))
             GT_insert_item(tree_, new (MM_alloc_item(sizeof(Label))) Label(*label));
         progress("labelling", ++done, all);
     }

@@ -8,9 +8,6 @@
 
 namespace atlas {
 
-/* Enough that there are few runs, and few enough that a run is short. */
-constexpr std::int32_t most_segments = 32;
-
 /* Files cut polygons where the map ends, at 180° and at the poles. Such a cut is no coast. */
 static bool is_cut(Point from, Point to)
 {
@@ -21,55 +18,40 @@ static bool is_cut(Point from, Point to)
     return beyond(from.longitude, to.longitude, 180 * degree) || beyond(from.latitude, to.latitude, 90 * degree);
 }
 
-void Outlines::add_line(Line line)
-{
-    Run &run = runs_.back();
-    const Rectangle bounds = rectangle_around(line.from, line.to);
-    run.bounds = run.first == run.end ? bounds : rectangle_around(run.bounds, bounds);
-    lines_.push_back(line);
-    run.end = lines_.size();
-}
-
 /* Goes the shorter way round the globe. What then leaves the map on one side comes in again on the other. */
-void Outlines::add_segment(Point from, Point to, Size map)
+void Outlines::add_segment(Point from, Point to, Size map, bool is_border)
 {
     if (is_cut(from, to))
         return;
     const Pixel start = project(from, map.width, map.height), end = project(to, map.width, map.height);
     const std::int64_t across = std::int64_t{to.longitude} - from.longitude;
     if (std::abs(across) <= 180 * degree)
-        return add_line({start, end});
+        return lines_.add({start, end, is_border});
     const int turn = across > 0 ? map.width : -map.width;
-    add_line({start, {end.x - turn, end.y}});
-    add_line({{start.x + turn, start.y}, end});
-}
-
-void Outlines::add_arcs(GL_iterator arcs, std::uint8_t ink, Size map)
-{
-    while (const Arc *arc = next_record<Arc>(arcs)) {
-        for (std::int32_t i = 1; i < arc->points.count(); ++i) {
-            if (i % most_segments == 1)
-                runs_.push_back({ink, {0, 0, 0, 0}, lines_.size(), lines_.size()});
-            add_segment(arc->points[i - 1], arc->points[i], map);
-        }
-    }
+    lines_.add({start, {end.x - turn, end.y}, is_border});
+    lines_.add({{start.x + turn, start.y}, end, is_border});
 }
 
 Outlines::Outlines(const Topology &topology, Size map)
 {
-    add_arcs(GL_tested_items(topology.arcs.get(), is_border), inks().border, map);
-    add_arcs(GL_tested_items(topology.arcs.get(), is_coast), inks().coast, map);
+    GL_iterator arcs = GL_all_items(topology.arcs.get());
+    while (const Arc *arc = next_record<Arc>(arcs)) {
+        for (std::int32_t i = 1; arc->use != ArcUse::none && i < arc->points.count(); ++i)
+            add_segment(arc->points[i - 1], arc->points[i], map, arc->use == ArcUse::border);
+    }
+    lines_.sort();
 }
 
-void Outlines::draw(Canvas &canvas) const
+void Outlines::draw(Canvas &canvas)
 {
-    for (const Run &run : runs_) {
-        if (!run.bounds.meets(canvas.bounds()))
-            continue;
-        const PenInHand pen(canvas, run.ink);
-        for (std::size_t i = run.first; i < run.end; ++i)
-            canvas.line(lines_[i].from, lines_[i].to);
-    }
+    lines_.visit_layers(canvas.bounds().top, canvas.bounds().bottom, [&](const auto &layer) {
+        const PenInHand pen(canvas, layer.number() ? inks().border : inks().coast);
+        layer.for_each([&](const Line &line) {
+            if (!canvas.is_full())
+                canvas.line(line.from, line.to);
+        });
+        return !canvas.is_full();
+    });
 }
 
 } // namespace atlas

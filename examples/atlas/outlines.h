@@ -2,41 +2,36 @@
 #ifndef ATLAS_OUTLINES_H
 #define ATLAS_OUTLINES_H
 
-#include <cstddef>
+#include <algorithm>
 #include <cstdint>
-#include <vector>
 
 #include "canvas.h"
+#include "sweep.h"
 #include "topology.h"
 
 namespace atlas {
 
 class Outlines {
 public:
-    /* Takes every arc once, whoever uses it: first those that countries share. */
+    /* Takes every arc once, whoever uses it. */
     Outlines(const Topology &topology, Size map);
 
     /* Draws what lies in the canvas' tile: coasts on top of the borders that end there. */
-    void draw(Canvas &canvas) const;
+    void draw(Canvas &canvas);
 
 private:
     struct Line {
         Pixel from, to;
+        bool is_border;
+
+        int first_row() const { return std::min(from.y, to.y); }
+        int end_row() const { return std::max(from.y, to.y) + 1; }
+        std::uint32_t layer() const { return is_border; }
     };
 
-    /* Some lines of one arc, and a rectangle that they lie in: a tile that it does not meet passes them over. */
-    struct Run {
-        std::uint8_t ink;
-        Rectangle bounds;
-        std::size_t first, end; /* its lines: from the first up to, not including, the end */
-    };
+    void add_segment(Point from, Point to, Size map, bool is_border);
 
-    void add_arcs(GL_iterator arcs, std::uint8_t ink, Size map);
-    void add_segment(Point from, Point to, Size map);
-    void add_line(Line line);
-
-    std::vector<Line> lines_;
-    std::vector<Run> runs_;
+    Sweep<Line> lines_;
 };
 
 } // namespace atlas

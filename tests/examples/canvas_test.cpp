@@ -32,3 +32,26 @@ TEST(Canvas, KnowsTheMapThatItsTileIsPartOf)
     EXPECT_EQ(10, canvas.height());
     EXPECT_EQ(4, canvas.bounds().left);
 }
+
+TEST(Canvas, DrawsEachPixelOnceAndKnowsWhenAllAreDrawn)
+{
+    Pixels pixels(Rectangle{4, 8, 204, 10});
+    Canvas canvas(pixels.tile(), {400, 200});
+    {
+        const PenInHand upper(canvas, 1);
+        canvas.span(8, 60, 140);
+        canvas.line({0, 9}, {100, 9});
+    }
+    EXPECT_FALSE(canvas.is_full());
+    const PenInHand lower(canvas, 2);
+    canvas.line({70, 8}, {71, 9});
+    canvas.span(8, 0, 300);
+    canvas.span(9, 50, 203);
+    EXPECT_FALSE(canvas.is_full());
+    canvas.span(9, 0, 204);
+    EXPECT_TRUE(canvas.is_full());
+    for (int x = 4; x < 204; ++x) {
+        EXPECT_EQ(x >= 60 && x < 140 ? 1 : 2, pixels.at({x, 8})) << x;
+        EXPECT_EQ(x <= 100 ? 1 : 2, pixels.at({x, 9})) << x;
+    }
+}

@@ -68,14 +68,13 @@ Pixels filled_countries(const Topology &topology, Size map)
 {
     Pixels pixels(map.width, map.height);
     Canvas canvas(pixels.tile(), map);
-    Filler filler;
+    Fill fill(map);
     std::uint8_t ink = 0;
     GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *each = next_record<Country>(countries)) {
-        const PenInHand pen(canvas, ++ink);
-        Region region(*each, map);
-        filler.fill(canvas, region);
-    }
+    while (const Country *each = next_record<Country>(countries))
+        fill.add(*each, ++ink);
+    fill.sort();
+    fill.draw(canvas);
     return pixels;
 }
 
