@@ -189,7 +189,7 @@ void print_indent(bool first)
 
 const char *judged(bool met, tally &counts)
 {
-    (met ? counts.met : counts.missed)++;
+    ++(met ? counts.met : counts.missed);
     return met ? "met" : "MISSED";
 }
 
@@ -214,7 +214,7 @@ void print(const timed_row &timed, const figures &result, tally &counts)
 double smallest_of_peers(const figures &result)
 {
     double smallest = HUGE_VAL;
-    for (size_t i = 1; i < result.size(); i++)
+    for (size_t i = 1; i < result.size(); ++i)
         smallest = std::fmin(smallest, result[i]);
     return smallest;
 }

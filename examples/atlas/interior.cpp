@@ -106,7 +106,7 @@ Interior::Row Interior::common(const Row &a, const Row &b, int width)
         const Span span = {std::max(left->from, right->from), std::min(left->end, right->end)};
         if (span.width() >= width)
             both.push_back(span);
-        (left->end < right->end ? left : right)++;
+        ++(left->end < right->end ? left : right);
     }
     return both;
 }

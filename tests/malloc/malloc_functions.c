@@ -17,7 +17,7 @@ enum { size_count = sizeof sizes / sizeof *sizes };
 
 static int is_filled(const char *block, size_t size, char with)
 {
-    for (size_t i = 0; i < size; i++) {
+    for (size_t i = 0; i < size; ++i) {
         if (block[i] != with)
             return 0;
     }
@@ -26,7 +26,7 @@ static int is_filled(const char *block, size_t size, char with)
 
 static void blocks(void)
 {
-    for (int i = 0; i < size_count; i++) {
+    for (int i = 0; i < size_count; ++i) {
         char *block = malloc(sizes[i]);
         CHECK(block && (uintptr_t)block % 16 == 0);
         CHECK(malloc_usable_size(block) >= sizes[i]);
@@ -48,7 +48,7 @@ static void blocks(void)
 static void aligned_blocks(void)
 {
     for (size_t alignment = 8; alignment <= 4 << 20; alignment *= 2) {
-        for (int i = 0; i < size_count; i++) {
+        for (int i = 0; i < size_count; ++i) {
             void *block = NULL;
             CHECK(posix_memalign(&block, alignment, sizes[i]) == 0 && (uintptr_t)block % alignment == 0);
             memset(block, 'a', sizes[i]);
@@ -74,7 +74,7 @@ static void failures(void)
     const size_t numbers[] = {SIZE_MAX, SIZE_MAX - 15, SIZE_MAX / 2, (size_t)PTRDIFF_MAX - 16};
     char *block = malloc(100);
     memset(block, 'f', 100);
-    for (int i = 0; i < 4; i++) {
+    for (int i = 0; i < 4; ++i) {
         errno = 0;
         CHECK(malloc(numbers[i]) == NULL && errno == ENOMEM);
         CHECK(calloc(numbers[i], 2) == NULL && calloc(2, numbers[i]) == NULL);
@@ -89,14 +89,14 @@ static void failures(void)
 
 static void *in_a_thread(void *unused)
 {
-    for (int i = 0; i < 1000; i++)
+    for (int i = 0; i < 1000; ++i)
         free(malloc(sizes[i % size_count]));
     return unused;
 }
 
 static void threads_and_forks(void)
 {
-    for (int i = 0; i < 50; i++) {
+    for (int i = 0; i < 50; ++i) {
         pthread_t thread;
         CHECK(pthread_create(&thread, NULL, in_a_thread, NULL) == 0);
         pid_t child = fork();

@@ -147,7 +147,7 @@ private:
         for (auto &[handle, block] : blocks_) {
             const char *address = static_cast<const char *>(pool_.get(handle));
             if (address != block.address) {
-                moves++;
+                ++moves;
                 moved_bytes += block_pool::occupied_by(block.bytes.size());
             }
             block.address = address;

@@ -47,7 +47,7 @@ struct page {
     {
         assert(free_blocks > 0 && wanted > 0);
         while (!free_bits[first_word])
-            first_word++;
+            ++first_word;
         uint64_t word = free_bits[first_word];
         uint32_t count = std::min(static_cast<uint32_t>(std::popcount(word)), wanted);
         size_t size = block_size;
