@@ -3,7 +3,7 @@
 
 #include <tests/arrays/letters.h>
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_arrays.h>
+#include <tests/support/array_storage.h>
 
 #include <algorithm>
 #include <climits>

@@ -1,7 +1,7 @@
 #include <mova/arrays/id_lookup_table.h>
 
 #include <tests/support/recording_host_test_case.h>
-#include <tests/support/verify_arrays.h>
+#include <tests/support/array_storage.h>
 
 #include <array>
 #include <climits>

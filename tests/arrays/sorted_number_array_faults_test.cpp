@@ -1,7 +1,7 @@
 #include <mova/arrays/sorted_number_array.h>
 
 #include <tests/support/fault_sweep.h>
-#include <tests/support/verify_arrays.h>
+#include <tests/support/array_storage.h>
 
 #include <string>
 

@@ -7,7 +7,7 @@
 #include <mova/arrays/block_array.h>
 
 #include <tests/support/plain_code.h>
-#include <tests/support/verify_arrays.h>
+#include <tests/support/array_storage.h>
 
 namespace mova::test {
 

@@ -8,7 +8,7 @@
 #include <mova/arrays/dynamic_array.h>
 
 #include <tests/support/plain_code.h>
-#include <tests/support/verify_arrays.h>
+#include <tests/support/array_storage.h>
 
 #include <utility>
 

@@ -6,7 +6,7 @@
 #include <mova/arrays/id_lookup_table.h>
 
 #include <tests/support/plain_code.h>
-#include <tests/support/verify_arrays.h>
+#include <tests/support/array_storage.h>
 
 #include <array>
 

@@ -7,7 +7,7 @@
 #include <mova/arrays/sorted_number_array.h>
 
 #include <tests/support/plain_code.h>
-#include <tests/support/verify_arrays.h>
+#include <tests/support/array_storage.h>
 
 #include <climits>
 #include <set>

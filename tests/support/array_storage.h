@@ -1,6 +1,6 @@
 /* The arrays' own checks, and what only the host knows: that a storage is a block of the right size. */
-#ifndef MOVA_TESTS_SUPPORT_VERIFY_ARRAYS_H
-#define MOVA_TESTS_SUPPORT_VERIFY_ARRAYS_H
+#ifndef MOVA_TESTS_SUPPORT_ARRAY_STORAGE_H
+#define MOVA_TESTS_SUPPORT_ARRAY_STORAGE_H
 
 #include <mova/arrays/internal/invariants.h>
 
