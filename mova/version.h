@@ -1,5 +1,5 @@
-/* The library's version. What is written here is the one place that says it: the build, the shared libraries' names and the
-   packages follow. */
+/* The library's version. The build, the shared libraries' names and what is installed follow it. Not so the names of the
+   packages with the shared libraries: with the first number they change in debian/ (CONTRIBUTING.md says where). */
 #ifndef MOVA_VERSION_H
 #define MOVA_VERSION_H
 

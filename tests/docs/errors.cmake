@@ -50,11 +50,14 @@ function(numbers_in result text)
     set(${result} ${numbers} PARENT_SCOPE)
 endfunction()
 
-set(MOVA_ALLOCATION_FAILED 4197)
-set(MOVA_PRECONDITION_BROKEN 4297)
-set(MOVA_ID_NOT_FOUND 4397)
-
+# Sets each code under its name.
 read_text(services ${ROOT}/mova/frame/host.h)
+string(REGEX MATCHALL "MOVA_[A-Z_]+ = [0-9]+" codes "${services}")
+foreach(code IN LISTS codes)
+    string(REGEX MATCH "(.*) = (.*)" code "${code}")
+    set(${CMAKE_MATCH_1} ${CMAKE_MATCH_2})
+endforeach()
+
 foreach(module IN LISTS modules)
     read_text(header ${${module}_file}.h)
     numbers_in(promised "${header}" "[Ll]ines? [0-9]+(, [0-9]+)*( (or|and) [0-9]+)?" "[,e] [0-9]+ (when|before)"
