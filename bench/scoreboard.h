@@ -9,6 +9,9 @@
            .ours = find_absent_in_mova,
            .peers = {{"g_queue_find", find_absent_in_queue, 2.8}}});
 
+   A file with the first rows of a family takes the word `bench` in cmake/families.cmake; what a row shows goes into
+   docs/performance.md.
+
    Several rows may have one id: they are selected together. Every row runs in a process of its own, so that none meets
    the heap that another has left; there, ours and the peers take turns in random order, and the medians count. Times
    are processor time, so a busy machine disturbs them little. */

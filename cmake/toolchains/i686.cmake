@@ -1,4 +1,5 @@
 # 32-bit x86 on Linux, by Debian's cross compiler.
+# CONTRIBUTING.md says what else belongs to an architecture.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 

@@ -1,4 +1,5 @@
 # 32-bit big-endian MIPS on Linux, by Debian's cross compiler; the programs run under qemu-user.
+# CONTRIBUTING.md says what else belongs to an architecture.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR mips)
 

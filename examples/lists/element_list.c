@@ -6,7 +6,7 @@ struct corner {
     int x, y;
 };
 
-/* An element lies right behind its node. */
+/* An element lies right after its node. */
 static int height(EL_node *position)
 {
     return ((struct corner *)(position + 1))->y;

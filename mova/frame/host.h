@@ -34,7 +34,8 @@ typedef uint32_t mb_handle;
 /* A pool of movable memory blocks. The containers only hand it through. */
 typedef struct mb_pool mb_pool;
 
-/* The codes that accompany a raised error. Each has its text in mova/host/errors.cpp, and its line in docs/contracts.md. */
+/* The codes that accompany a raised error. A new one takes a text in mova/host/errors.cpp, which tests/host/errors_test.cpp
+   expects, and a line in docs/contracts.md and in docs/errors.md. */
 enum {
     MOVA_ALLOCATION_FAILED = 4197,   /* memory or room in a pool ran out */
     MOVA_PRECONDITION_BROKEN = 4297, /* a caller broke a rule of the function that it called */
@@ -45,7 +46,8 @@ enum {
 
 /* Returns a block of `size` bytes, not zeroed, aligned for any record or element of that size. Must not return null,
    not for a size of 0 either: a dynamic array takes that for a failure and raises MOVA_ALLOCATION_FAILED, and every
-   other container writes through the null pointer. A service that runs out of memory reports that itself. The block is the caller's until it gives it to MM_dealloc_item or MM_realloc_item. */
+   other container writes through the null pointer. A service that runs out of memory reports that itself. The block is
+   the caller's until it gives it to MM_dealloc_item or MM_realloc_item. */
 void *MM_alloc_item(size_t size);
 
 /* Takes back a block. `size` is exactly the size that the block was allocated, or last reallocated, with. Does not fail: it

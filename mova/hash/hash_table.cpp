@@ -54,7 +54,8 @@ void free_record(HSH_table *table)
     MM_dealloc_item(table, sizeof(HSH_table));
 }
 
-/* Makes the table one of `capacity` empty slots. The arrays that it had are the caller's. */
+/* Makes the table one of `capacity` empty slots. The arrays that it had are the caller's. The marks say when it shrinks and
+   grows: the header's invariants 3 and 4, and tests/model/literal_hash_table.h, say the same. */
 void use_arrays(HSH_table *table, arrays fresh, int32_t capacity)
 {
     table->capacity = capacity;

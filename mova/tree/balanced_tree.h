@@ -246,7 +246,8 @@ void GT_sort(GT_tree *t);
 void GT_check(void);
 
 /* Prints the tree on its side, the smallest item first: a line for each item, indented by three blanks a level, with
-   the item as `print` prints it, and a warning where its balance is wrong. O(n log n). */
+   the item as `print` prints it, and, where its balance B is not the difference D of the heights, a warning:
+   " B D ERROR IN BALANCE !!!!!!!!!!". O(n log n). */
 void GT_print_tree(GT_tree *t, GT_print_fn print);
 
 #pragma GCC visibility pop

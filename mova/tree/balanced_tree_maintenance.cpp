@@ -11,6 +11,8 @@
 
 namespace {
 
+/* ---- sorting ---- */
+
 /* Carries items up the chain from `start`, the first node, to `bound`; from there on all are in their place. Ends the
    iterator, which is fresh. Returns the last node that an item was carried into, or `start`. */
 tree_item *carry_up(tree_iter *iterator, GT_compare compare, tree_item *start, const tree_item *bound)
@@ -40,11 +42,14 @@ tree_item *sort_pass(tree *t, GT_compare compare, tree_item *start, const tree_i
                          [iterator] { GT_end_iterator(iterator); });
 }
 
+/* ---- printing ---- */
+
 int32_t height(const tree_item *node)
 {
     return node ? 1 + std::max(height(node->left), height(node->right)) : 0;
 }
 
+/* The text is fixed, for programs read it: the header gives it. To print more takes a function of its own. */
 void print_item(const tree_item *node, int32_t depth, GT_print_fn print)
 {
     for (int32_t level = 0; level < depth; ++level)
