@@ -45,7 +45,7 @@ int32_t line_of(const std::function<void()> &work)
 
 void EX_raise_exception_line(const char *module, int32_t line, int32_t code)
 {
-    reports++;
+    ++reports;
     last = {module, line, code};
     if (jumps_to)
         longjmp(*jumps_to, 1);
@@ -202,7 +202,7 @@ void *allocate_all(size_t size)
 size_t release_all(void *block, size_t size)
 {
     size_t count = 0;
-    for (; block; count++) {
+    for (; block; ++count) {
         void *next = *static_cast<void **>(block);
         MM_dealloc_item(block, size);
         block = next;
