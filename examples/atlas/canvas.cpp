@@ -8,7 +8,7 @@ namespace atlas {
 Canvas::Canvas(const Tile &tile, Size map)
     : tile_(tile), map_(map), words_(static_cast<std::size_t>((bounds().width() + word_bits - 1) / word_bits)),
       left_(bounds().pixels()), free_(words_ * static_cast<std::size_t>(bounds().height()), ~Word{0}),
-      next_(free_.size())
+      open_(words_, bounds().height()), next_(free_.size())
 {
     for (std::size_t i = 0; i < next_.size(); ++i)
         next_[i] = static_cast<std::uint32_t>(i);
@@ -50,6 +50,26 @@ void Canvas::paint(int row, int column, Word pixels)
     }
 }
 
+/* Requires a word that has some that have not been drawn, unless `pixels` are none. */
+void Canvas::take(std::size_t word, Word pixels)
+{
+    free_[word] &= ~pixels;
+    if (!free_[word] && pixels) {
+        next_[word] = static_cast<std::uint32_t>(word + 1);
+        --open_[word % words_];
+    }
+}
+
+bool Canvas::is_full(int from, int end) const
+{
+    const int left = std::max(from, bounds().left), right = std::min(end, bounds().right);
+    for (int column = left; column < right; column += word_bits - (column - bounds().left) % word_bits) {
+        if (open_[static_cast<std::size_t>((column - bounds().left) / word_bits)])
+            return false;
+    }
+    return true;
+}
+
 void Canvas::span(int row, int from, int end)
 {
     const int left = std::max(from, bounds().left), right = std::min(end, bounds().right);
@@ -64,9 +84,7 @@ void Canvas::span(int row, int from, int end)
         if (word == last)
             pixels &= ~Word{0} >> (word_bits - 1 - (right - 1 - bounds().left) % word_bits);
         paint(row, bounds().left + static_cast<int>(word - start) * word_bits, pixels);
-        free_[word] &= ~pixels;
-        if (!free_[word])
-            next_[word] = static_cast<std::uint32_t>(word + 1);
+        take(word, pixels);
     }
 }
 
@@ -79,9 +97,7 @@ void Canvas::line(Pixel from, Pixel to)
             return;
         *tile_.at(pixel) = ink_;
         --left_;
-        free_[word] &= ~bit;
-        if (!free_[word])
-            next_[word] = static_cast<std::uint32_t>(word + 1);
+        take(word, bit);
     });
 }
 

@@ -26,6 +26,10 @@ public:
     /* Whether every pixel has been drawn. */
     bool is_full() const { return left_ == 0; }
 
+    /* Whether every pixel of these columns has been drawn, in all rows. Looks at blocks of columns, and so may say no where it
+       is yes. */
+    bool is_full(int from, int end) const;
+
     /* Both require a pen. */
     void line(Pixel from, Pixel to);
     /* Draws the columns from `from` up to, not including, `end`. */
@@ -37,6 +41,7 @@ private:
     using Word = std::uint64_t;
     static constexpr int word_bits = 64;
 
+    void take(std::size_t word, Word pixels);
     std::size_t word_of(int row, int column) const;
     std::size_t with_free_pixels(std::size_t word, std::size_t end);
     void paint(int row, int column, Word pixels);
@@ -46,6 +51,7 @@ private:
     std::size_t words_;      /* for a row */
     std::size_t left_;       /* pixels that have not been drawn */
     std::vector<Word> free_; /* a bit for each pixel: not drawn */
+    std::vector<int> open_;  /* for each column of words: how many rows are not all drawn there */
     std::vector<std::uint32_t>
         next_; /* from each word that has none: one further on, with none between that has some */
     mova::element_stack<std::uint8_t> pens_;

@@ -58,6 +58,7 @@ void Crossings::resize(const Rectangle &bounds)
     bounds_ = bounds;
     words_ = static_cast<std::size_t>(bounds.width()) / word_bits + 1;
     marks_ = words_ / word_bits + 1;
+    waiting_.resize(words_);
     columns_.resize(words_ * static_cast<std::size_t>(bounds.height()));
     marked_.resize(marks_ * static_cast<std::size_t>(bounds.height()));
 }
@@ -68,6 +69,24 @@ void Crossings::toggle(int row, int column)
     const std::size_t x = static_cast<std::size_t>(column - bounds_.left), word = x / word_bits;
     columns_[y * words_ + word] ^= Word{1} << x % word_bits;
     marked_[y * marks_ + word / word_bits] |= Word{1} << word % word_bits;
+}
+
+void Crossings::toggle_word(int first, int end, int column)
+{
+    const std::size_t word = static_cast<std::size_t>(std::max(column - bounds_.left, 0)) / word_bits;
+    if (!waiting_[word])
+        waiting_words_.push_back(word);
+    const auto below = [](int rows) { return rows < static_cast<int>(word_bits) ? ~Word{0} << rows : 0; };
+    waiting_[word] ^= below(first - bounds_.top) & ~below(end - bounds_.top);
+}
+
+void Crossings::settle()
+{
+    for (const std::size_t word : waiting_words_) {
+        for (Word rows = std::exchange(waiting_[word], 0); rows; rows &= rows - 1)
+            toggle(bounds_.top + std::countr_zero(rows), bounds_.left + static_cast<int>(word * word_bits));
+    }
+    waiting_words_.clear();
 }
 
 template <class Visit>
@@ -118,6 +137,26 @@ void Fill::cross(const Edge &edge, const Rectangle &tile)
     }
 }
 
+/* Where everything around the edge has been drawn, its crossings may lie anywhere there: that saves a look at each of them.
+   Returns whether that is so. The columns are some more than the edge needs, for the division is rounded. */
+bool Fill::cross_hidden(const Edge &edge, const Canvas &canvas)
+{
+    const Rectangle &tile = canvas.bounds();
+    if (tile.height() > static_cast<int>(word_bits))
+        return false;
+    const int first = std::max(edge.first, tile.top), end = std::min(edge.end, tile.bottom);
+    const double slope = static_cast<double>(edge.across) / edge.down;
+    const auto column = [&](int row) {
+        return static_cast<int>((edge.x + slope * (static_cast<double>(row) * grid - edge.y)) / grid);
+    };
+    const auto [left, right] = std::minmax({column(first), column(end)});
+    if (!canvas.is_full(left - 2, right + 3))
+        return false;
+    if (left - 2 < tile.right)
+        crossings_.toggle_word(first, end, left - 2);
+    return true;
+}
+
 /* From the top: what lies below others draws the rest. */
 void Fill::draw(Canvas &canvas)
 {
@@ -127,10 +166,12 @@ void Fill::draw(Canvas &canvas)
         const PenInHand pen(canvas, inks_[UINT32_MAX - layer.number()]);
         int top = tile.bottom, bottom = tile.top;
         layer.for_each([&](const Edge &edge) {
-            cross(edge, tile);
+            if (!cross_hidden(edge, canvas))
+                cross(edge, tile);
             top = std::min(top, std::max(edge.first, tile.top));
             bottom = std::max(bottom, std::min(edge.end, tile.bottom));
         });
+        crossings_.settle();
         for (int row = top; row < bottom; ++row)
             crossings_.take_spans(row, [&](int from, int end) { canvas.span(row, from, end); });
         return !canvas.is_full();

@@ -20,6 +20,10 @@ class Crossings {
 public:
     void resize(const Rectangle &bounds);
     void toggle(int row, int column);
+    /* The same on several rows, with any column of the same word of columns in place of this one. They wait for `settle`.
+       Requires a tile of 64 rows or fewer. */
+    void toggle_word(int first, int end, int column);
+    void settle();
     /* Calls `visit` with the columns between each crossing and the next, up to the right side, and forgets the row's. */
     template <class Visit>
     void take_spans(int row, Visit visit);
@@ -33,6 +37,8 @@ private:
     Rectangle bounds_ = {0, 0, 0, 0};
     std::size_t words_ = 0, marks_ = 0; /* for a row */
     std::vector<Word> columns_, marked_;
+    std::vector<Word> waiting_; /* for each word of columns a bit for each row */
+    std::vector<std::size_t> waiting_words_;
 };
 
 /* What countries cover on a map of one size, prepared so that any part of it can be filled. */
@@ -62,6 +68,7 @@ private:
 
     void add_edge(Point from, Point to);
     void cross(const Edge &edge, const Rectangle &tile);
+    bool cross_hidden(const Edge &edge, const Canvas &canvas);
 
     Size map_;
     std::vector<std::uint8_t> inks_; /* of the countries */

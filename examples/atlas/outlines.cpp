@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "colours.h"
 #include "projection.h"
@@ -42,12 +43,26 @@ Outlines::Outlines(const Topology &topology, Size map)
     lines_.sort();
 }
 
+/* Returns columns that hold all of the line that lies on the tile's rows: some more, for the division is rounded. */
+static std::pair<int, int> columns(Pixel from, Pixel to, const Rectangle &tile)
+{
+    if (from.y > to.y)
+        std::swap(from, to);
+    const double slope = (to.x - from.x) / std::max(1.0, static_cast<double>(to.y - from.y));
+    const auto column = [&](int row) { return from.x + static_cast<int>(slope * (row - from.y)); };
+    const bool is_level = from.y == to.y;
+    const int enter = column(std::max(tile.top - 1, from.y));
+    const int leave = is_level ? to.x : column(std::min(tile.bottom, to.y));
+    return {std::min(enter, leave) - 2, std::max(enter, leave) + 3};
+}
+
 void Outlines::draw(Canvas &canvas)
 {
     lines_.visit_layers(canvas.bounds().top, canvas.bounds().bottom, [&](const auto &layer) {
         const PenInHand pen(canvas, layer.number() ? inks().border : inks().coast);
         layer.for_each([&](const Line &line) {
-            if (!canvas.is_full())
+            const auto [from, end] = columns(line.from, line.to, canvas.bounds());
+            if (!canvas.is_full(from, end))
                 canvas.line(line.from, line.to);
         });
         return !canvas.is_full();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -245,4 +246,28 @@ TEST(Drawing, OfStackedCountriesTakesLittleLongerThanOfThoseApart)
     }
     const double harmless = seconds_to_draw(apart, countries, width);
     EXPECT_GT(5 * harmless + 2, seconds_to_draw(stacked, countries, width));
+}
+
+/* So many random lines that most of what they enclose is hidden: low tiles pass over that, the whole map does not. */
+TEST(Drawing, OfWhatIsHiddenByItsOwnOutlinesIsTheSameInTiles)
+{
+    std::mt19937 engine(1);
+    const auto corner = [&] {
+        return "[" + std::to_string(static_cast<int>(engine() % 320) - 160) + "," +
+               std::to_string(static_cast<int>(engine() % 161) - 80) + "]";
+    };
+    const std::string first = corner();
+    std::string ring = "[" + first;
+    for (int i = 0; i < 1500; ++i)
+        ring += "," + corner();
+    const Topology topology = decode(world_of("Polygon", "[[0]]", ring + "," + first + "]"));
+    Drawing whole(topology, 400, no_progress), tiled(topology, 400, no_progress);
+    Pixels expected(400, 200), patched(400, 200, 255);
+    whole.draw(expected.tile());
+    for (int top = 0; top < 200; top += 25) {
+        Pixels part(Rectangle{0, top, 400, top + 25});
+        tiled.draw(part.tile());
+        patched.paste(part);
+    }
+    EXPECT_TRUE(expected.bytes() == patched.bytes());
 }
