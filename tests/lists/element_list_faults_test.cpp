@@ -88,11 +88,6 @@ const fault_row<lists> rows[] = {
      unchanged,
      unchanged,
      {unchanged, {fault_source::raise}}},
-    {"EL_roll of a ring to a node of another list",
-     [](lists &l) { EL_roll(l.ring, l.open->first); },
-     unchanged,
-     unchanged,
-     {{grade::lost}, {fault_source::raise}}},
     {"EL_make_open_at_position", [](lists &l) { EL_make_open_at_position(l.ring, l.ring->last); }, unchanged,
      unchanged},
     {"EL_remove_and_get_end_part", [](lists &l) { l.made = EL_remove_and_get_end_part(l.open, l.open->last); },
@@ -107,7 +102,7 @@ const fault_row<lists> rows[] = {
 
 TEST(ElementListFaults, WhateverFailsTheListsAreLeftAsTheHeaderSays)
 {
-    sweep_faults("element list", rows, 150);
+    sweep_faults("element list", rows, 144);
 }
 
 TEST(ElementListFaults, AnElementThatTheTestThrowsForHasBeenPassed)
