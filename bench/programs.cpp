@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Runs a program on several allocators in turn, and says what processor time and memory each took beside the first.
 
    programs NAME LIBRARY... -- COMMAND...        plainly, and with each library preloaded; the medians of some rounds */

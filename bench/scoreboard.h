@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The scoreboard: what the library does, beside what one would use instead, in one table.
 
    A row is registered in one call, from any file of this program:

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Which compilers the libraries are built with. docs/platforms.md says which of them are tested.
 set(oldest_GNU 11)
 set(oldest_Clang 13)

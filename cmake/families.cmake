@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Every family of the library, once: the tests, the models and their fuzzers, the programs in C and the benchmarks
 # follow from this table, and its rooms give the libraries their sources and headers. tests/docs/families.cmake
 # compares with it what people read: the umbrella header, the link maps, the tables in the documents.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # GoogleTest, built from Debian's source package with the flags of this build, so that one way serves every compiler,
 # sanitizer and target platform.
 set(MOVA_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "The sources of GoogleTest (Debian: package googletest)")

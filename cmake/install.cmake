@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` gives: the public headers, the libraries, the CMake package `mova` and the pkg-config
 # files. All of it finds itself, wherever it is moved to.
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Every container family. */
 #ifndef MOVA_CONTAINER_H
 #define MOVA_CONTAINER_H

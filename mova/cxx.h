@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The typed layer: every family as a class. docs/cxx.md has a recipe for each. */
 #ifndef MOVA_CXX_H
 #define MOVA_CXX_H

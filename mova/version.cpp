@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/version.h>
 
 #define MOVA_TEXT_OF(number) #number

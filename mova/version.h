@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The library's version. The build, the shared libraries' names and what is installed follow it. Not so the names of the
    packages with the shared libraries: with the first number they change in debian/ (CONTRIBUTING.md says where). */
 #ifndef MOVA_VERSION_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The arrays beside the standard library's vector and set, GLib's array and Boost's flat set, and beside the loops that
    one would write without thinking of speed. */
 #include <algorithm>

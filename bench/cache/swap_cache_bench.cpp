@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The swap cache beside the cache that one writes with the standard library: the entries in a list, the last used first,
    and a hash table from items to their places in it. */
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The colour table beside what would otherwise keep the free indices and the colours. */
 #include <algorithm>
 #include <cstdint>

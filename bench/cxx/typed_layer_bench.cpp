@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The typed layer: every operation beside the C calls that a program would make in its place; the tree with its comparison
    compiled in beside the standard library's and Abseil's, with theirs compiled in; and the table of records found by strings
    beside Abseil's. */

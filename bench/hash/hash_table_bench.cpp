@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The hash table beside GLib's, the standard library's and two open-addressing ones; and beside itself with plain loops
    in place of its search and its repair. */
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The allocators that take turns in the memory rows: ours, and those that a program would use instead. */
 #ifndef MOVA_BENCH_HOST_HEAPS_H
 #define MOVA_BENCH_HOST_HEAPS_H

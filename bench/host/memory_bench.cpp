@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The allocator beside those that a program would use instead. */
 #include <algorithm>
 #include <random>

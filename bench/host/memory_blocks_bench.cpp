@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The pool of movable blocks beside glibc's allocator, which has all the memory that it wants and moves nothing. */
 #include <cstdlib>
 #include <cstring>

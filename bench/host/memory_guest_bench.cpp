@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the allocator costs the machine that it is a guest on: memory that stays resident, large blocks, threads. */
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The element list beside the standard library's list and GLib's queue, and the sort of the double list beside that of
    the standard library's list. */
 #include <array>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The generic pointer list beside GLib's queue and the standard library's list. */
 #include <algorithm>
 #include <list>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The simple list beside other intrusive lists: Boost's, the macros of utlist and those of BSD. These are compiled into
    the caller, and so is ours here, as a static link with link-time optimisation does it. */
 #include <mova/lists/simple_list.cpp> /* NOLINT(bugprone-suspicious-include) */

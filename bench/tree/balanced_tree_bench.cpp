@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The balanced tree beside GLib's, the standard library's and Boost's, all asking the same comparison through a
    pointer. */
 #include <algorithm>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # 32-bit x86 on Linux, by Debian's cross compiler.
 # CONTRIBUTING.md says what else belongs to an architecture.
 set(CMAKE_SYSTEM_NAME Linux)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # 32-bit big-endian MIPS on Linux, by Debian's cross compiler; the programs run under qemu-user.
 # CONTRIBUTING.md says what else belongs to an architecture.
 set(CMAKE_SYSTEM_NAME Linux)

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A polygon as a ring of points: rolled, then cut open into an outline that ends where it starts. */
 #include <mova/arrays/block_array.h>
 #include <cstdio>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A text that is put together: the array grows as it must. */
 #include <mova/arrays/dynamic_array.h>
 #include <stdio.h>

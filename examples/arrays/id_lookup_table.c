@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Shapes that a file is to name: each gets a small number, and is found again by it. */
 #include <mova/arrays/id_lookup_table.h>
 #include <stdio.h>

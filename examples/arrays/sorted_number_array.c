@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A selection that follows the edits of the list that it selects from. */
 #include <mova/arrays/sorted_number_array.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A hash table from arcs to words. */
 #ifndef ATLAS_ARC_TABLE_H
 #define ATLAS_ARC_TABLE_H

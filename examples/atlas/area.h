@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Areas on the globe, in whole numbers all the way. */
 #ifndef ATLAS_AREA_H
 #define ATLAS_AREA_H

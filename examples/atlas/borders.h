@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Which arcs are borders, and which are coasts. */
 #ifndef ATLAS_BORDERS_H
 #define ATLAS_BORDERS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A tile of the map and the pen that draws in it. */
 #ifndef ATLAS_CANVAS_H
 #define ATLAS_CANVAS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The map's colours: indices of the process's colour table, which a pixel is one of. */
 #ifndef ATLAS_COLOURS_H
 #define ATLAS_COLOURS_H

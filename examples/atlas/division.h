@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Division of whole numbers that rounds alike on both sides of zero. */
 #ifndef ATLAS_DIVISION_H
 #define ATLAS_DIVISION_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A topology as a world map, countries filled and outlined. Nothing here computes with fractions, so that the same
    topology gives the same pixels everywhere. */
 #ifndef ATLAS_DRAW_H

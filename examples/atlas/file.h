@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Whole files: read at once, replaced at once. */
 #ifndef ATLAS_FILE_H
 #define ATLAS_FILE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Fills countries, scanline by scanline.
 
    A pixel is filled when its centre lies inside; a centre on the outline lies inside where the country is to the right

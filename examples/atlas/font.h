@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A small font of capitals, digits and what else names of countries need, five dots wide and seven high. */
 #ifndef ATLAS_FONT_H
 #define ATLAS_FONT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The countries of a topology in trees: by name, and by area. */
 #ifndef ATLAS_INDICES_H
 #define ATLAS_INDICES_H

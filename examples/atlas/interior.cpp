@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include "interior.h"
 
 #include <algorithm>

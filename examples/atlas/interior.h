@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Where in a polygon a box fits. */
 #ifndef ATLAS_INTERIOR_H
 #define ATLAS_INTERIOR_H

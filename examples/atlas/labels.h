@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The names of countries on the map: which fit, and where they stand. */
 #ifndef ATLAS_LABELS_H
 #define ATLAS_LABELS_H

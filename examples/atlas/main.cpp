@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* atlas: draws the world from a TopoJSON file. Reads, decodes, draws, writes, reports. */
 #include <chrono>
 #include <cinttypes>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #ifndef ATLAS_OPTIONS_H
 #define ATLAS_OPTIONS_H
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The outlines of the countries as straight lines on the flat map, prepared so that any part of it can be drawn. */
 #ifndef ATLAS_OUTLINES_H
 #define ATLAS_OUTLINES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* How a C++ program owns what it keeps in a pointer list.
 
    The list stores pointers and never looks at what they point to, so somebody has to say how an item dies. Here that is the

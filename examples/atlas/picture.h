@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A picture that need not fit into memory: tiles, whose pixels live in a swap cache.
 
    Each tile is an item of the cache and its pixels are the body, a block of the cache's pool. The pool has a budget, in

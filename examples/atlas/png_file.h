@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #ifndef ATLAS_PNG_FILE_H
 #define ATLAS_PNG_FILE_H
 

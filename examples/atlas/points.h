@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Points on the globe, in block arrays. */
 #ifndef ATLAS_POINTS_H
 #define ATLAS_POINTS_H

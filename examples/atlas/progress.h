@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* How a long step says how far it is. Steps call it often; whoever listens decides what to do about it. */
 #ifndef ATLAS_PROGRESS_H
 #define ATLAS_PROGRESS_H

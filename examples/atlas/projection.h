@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The equirectangular view: longitude to the right, latitude upwards, both to the same scale. */
 #ifndef ATLAS_PROJECTION_H
 #define ATLAS_PROJECTION_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Which countries of a topology to draw. */
 #ifndef ATLAS_SELECT_H
 #define ATLAS_SELECT_H

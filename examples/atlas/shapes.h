@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Rings as closed outlines on the flat map: what there is to fill.
 
    A ring of the topology is joined from arcs, some of them run backwards. On the globe it is closed; on the map it may

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Items that lie on some rows of the map each, found by rows. They are sorted once; from then on each step downwards only
    looks at what begins, ends or goes on there. */
 #ifndef ATLAS_SWEEP_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A file that has no name: it lies in the directory for temporary files (TMPDIR, or /tmp) and is gone with the
    process at the latest. It is made when it is first written to. */
 #ifndef ATLAS_TEMPORARY_FILE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Text of any bytes, in a dynamic array. */
 #ifndef ATLAS_TEXT_H
 #define ATLAS_TEXT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A tile of the map: a rectangle of 8-bit colour indices, and straight lines and rows of pixels in it. */
 #ifndef ATLAS_TILE_H
 #define ATLAS_TILE_H

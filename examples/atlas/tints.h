@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Which colour each country gets. */
 #ifndef ATLAS_TINTS_H
 #define ATLAS_TINTS_H

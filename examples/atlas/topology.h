@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A TopoJSON topology as records in lists.
 
    TopoJSON stores every stretch of coast or border once, as an arc, and builds polygons from references to arcs.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Four pictures in a pool that has room for two: the cache computes them again when it must. */
 #include <mova/cache/swap_cache.h>
 #include <mova/host/memory_blocks.h>

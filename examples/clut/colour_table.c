@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A colour of one's own beside the standard ones. */
 #include <mova/clut/colour_table.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* How often each record is named: counts by address. The records lie 16 bytes apart, so 4 low bits tell nothing. */
 #include <mova/hash/hash_table.h>
 #include <cstdio>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Names within scopes: an inner one hides the outer, and uncovers it when the scope ends. */
 #include <mova/hash/pointer_lookup.h>
 #include <stdio.h>

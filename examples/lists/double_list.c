@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Positions of grid lines: sorted, without those that nearly coincide, and the nearest to a point. */
 #include <mova/lists/double_list.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A polygon as a ring of its corners: rolled to begin at the lowest, then walked backwards. */
 #include <mova/lists/element_list.h>
 #include <stdio.h>

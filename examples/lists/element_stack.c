@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A calculator for sums that are written with the operator last. */
 #include <mova/lists/element_stack.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/cxx/pointer_list.h>
 #include <cstdio>
 

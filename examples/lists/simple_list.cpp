@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Jobs in their order, linked by what they begin with: the list allocates nothing for them. */
 #include <mova/lists/simple_list.h>
 #include <cstdio>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Words in order, some of them removed while they are walked. */
 #include <mova/tree/balanced_tree.h>
 #include <cstdio>

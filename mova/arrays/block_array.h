@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Block array: a growable array of fixed-size elements in a record that the caller declares, open or closed into a ring.
 
        GB_block                          data

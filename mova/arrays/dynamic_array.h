@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Dynamic array: a growable array of fixed-size elements that it knows only as bytes.
 
        DA_array                data

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Id/pointer lookup table: hands out small integer ids for pointers, and turns an id back into its pointer.
 
    The table is a dynamic array of words as wide as a pointer. Word 0 holds the table's flags; the word at index i > 0 is

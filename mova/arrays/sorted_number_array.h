@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Sorted number array: a set of 32-bit numbers in ascending order, in a dynamic array.
 
    The numbers usually are positions in a companion list that is kept elsewhere: which of its entries are selected, say.

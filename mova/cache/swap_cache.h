@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Swap cache: keeps the bodies of many items in a pool of memory blocks, and drops bodies when the pool runs short.
 
    The caller registers each item once, as an entry, with four callbacks. It asks for the entry's body with cc_get. A body

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/clut/colour_table.h>
 
 #include <algorithm>

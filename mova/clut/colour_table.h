@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Colour lookup table: the one table of the process that says, for every colour index, what colour it shows and whether
    it is taken.
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the two arrays of T share: they are contiguous ranges, whose iterators are pointers to elements.
 
    std::span takes an array as it is; so do std::views and the algorithms of std::ranges. Elements are copied byte by byte.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Balanced tree, typed: mova/tree/balanced_tree.h for items of type T, with the comparison compiled in.
 
        struct by_area {

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Block array, typed: mova/arrays/block_array.h, whose elements are T.
 
        mova::block_array<point> outline(100);        room for 100; grows by 10, or by set_increment

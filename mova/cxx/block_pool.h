@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A pool of movable blocks, owned: mova/host/memory_blocks.h. A program that has blocks of its own does without it.
 
        mova::block_pool pool(1 << 20);                   a budget in bytes

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The ranges that the nodes of a list are: open chains and rings.
 
    A position is an iterator, and as large as a pointer: the address of a node, and one bit.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Colour table, typed: mova/clut/colour_table.h, of which there is one for the process. Its two phases, its standard colours
    and its errors are told there.
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Double list, typed: an open element list of doubles that sorts, thins and searches them by distance, as
    mova/lists/double_list.h says. NaNs and the two zeroes are treated as there. A ring of doubles is element_ring<double>. */
 #ifndef MOVA_CXX_DOUBLE_LIST_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Dynamic array, typed: mova/arrays/dynamic_array.h, whose elements are T.
 
        mova::dynamic_array<point> points(64);        grows by 64, or a multiple

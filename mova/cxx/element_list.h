@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Element list, typed: mova/lists/element_list.h, whose elements are T. A list and a ring are two types:
 
        mova::element_list<point> line;                       open

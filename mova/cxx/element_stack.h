@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Element stack, typed: mova/lists/element_stack.h, whose elements are T.
 
        mova::element_stack<point> open_points;

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Hash table, typed: mova/hash/hash_table.h from word-sized keys to word-sized values.
 
        mova::hash_table<const country *, int> visits;

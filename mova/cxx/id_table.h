@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Id table, typed: mova/arrays/id_lookup_table.h for pointers to T, which stay the caller's.
 
        mova::id_table<country> countries;

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Intrusive list, typed: mova/lists/simple_list.h over records that carry the links in a member.
 
        struct job {

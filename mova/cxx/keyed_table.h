@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Keyed table: records of any type, found by a key inside them. Strings first of all.
 
        struct country {

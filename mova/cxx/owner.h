@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the typed classes share: owning a C head, and owning what a container points to.
 
    A class of this layer owns one head of the C layer and is as large as the pointer to it.

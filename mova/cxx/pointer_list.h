@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Pointer list, typed: mova/lists/generic_list.h for pointers to T.
 
        mova::pointer_list<country> seen;                                  the items are the caller's

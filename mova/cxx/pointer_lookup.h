@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Pointer lookup, typed: mova/hash/pointer_lookup.h, quickest for the key that was added last.
 
        mova::pointer_lookup<window *, state *> states;                                  the values are the caller's

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Sorted numbers, typed: a set of 32-bit numbers, in ascending order, that go on naming the same entries of a companion
    list while that is edited. mova/arrays/sorted_number_array.h says how, and what to expect after a roll.
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Swap cache, typed: mova/cache/swap_cache.h for items of type Item, whose bodies are arrays of Element.
 
        struct tile {

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The balanced tree's search, insertion and removal with the comparison compiled in.
 
    They do what GT_search_item, GT_find_item, GT_insert_item and GT_remove_item do: the same comparisons in the same order,

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What fits into a machine word, and how it is put there: pointers, integers, enumerations, bool. */
 #ifndef MOVA_CXX_WORD_H
 #define MOVA_CXX_WORD_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The host services: what the containers ask of the program that they are linked into.
 
    The containers allocate, print and report errors only through the functions declared here. They define none

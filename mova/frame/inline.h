@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Two kinds of function whose body stands in a header for the compiler to put into the caller's loop. */
 #ifndef MOVA_FRAME_INLINE_H
 #define MOVA_FRAME_INLINE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #define MOVA_OWN_HASH_TABLE
 #include <mova/hash/hash_table.h>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Hash table: an open-addressing table from machine words to machine words.
 
    A key is any word but 0, a pointer or an integer; keys are compared as words and nothing is called back. Keys and

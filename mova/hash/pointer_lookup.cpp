@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/hash/pointer_lookup.h>
 
 #include <mova/frame/internal/assert.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Pointer lookup: a map from pointers, or other non-zero words, to words, quickest for the key that was added last.
 
    The pair added last stands in the record itself, in front of a hash table. The next pair pushes it into the table.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What a program says of a raise beyond its module, line and code. It lies in a source of its own, so that a program with
    a raise of its own can use it and not bring in the default. docs/errors.md has the same rows and says what is left. */
 #include <mova/host/errors.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/host/errors.h>
 
 #include <atomic>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The default error service: how a raised error reaches the program.
 
    A raise names the module, the line that identifies the check, and a code. What becomes of it:

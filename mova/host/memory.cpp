@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The process's memory service: one heap over the system, and a cache for each thread. The caller gives the exact size on
    release, so no block carries a header.
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The default memory service, and what it tells about itself.
 
    The service is MM_alloc_item, MM_dealloc_item and MM_realloc_item (mova/frame/host.h). What it promises beyond them:

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/host/memory_blocks.h>
 
 #include <algorithm>

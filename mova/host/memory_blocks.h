@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The default memory-block service: pools of movable blocks.
 
    A pool is a piece of memory, its arena, of the size that the program gives. Blocks lie in it with gaps between them. A

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/host/messages.h>
 
 #include <atomic>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The default message service: where debug output and warnings go.
 
        service          by default                          a program may set

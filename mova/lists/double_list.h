@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Double list: a list of double-precision numbers.
 
    It is an element list (mova/lists/element_list.h) whose elements are doubles, handed over by value. Positions and

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #define MOVA_OWN_ELEMENT_LIST
 #include <mova/lists/element_list.h>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Element list: a doubly linked list of copies of fixed-size elements, open or closed into a ring.
 
    The list states the size of its elements once. Every insertion copies that many bytes into a new node, after the

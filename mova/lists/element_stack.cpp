@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/lists/element_stack.h>
 
 #include <mova/frame/internal/copy_element.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Element stack: last in, first out, of copies of fixed-size elements.
 
    A stack is an element list (mova/lists/element_list.h) that is always open. Its top is the list's `last` node:

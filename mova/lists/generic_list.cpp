@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #define MOVA_OWN_GENERIC_LIST
 #include <mova/lists/generic_list.h>
 

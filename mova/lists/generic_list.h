@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Generic pointer list: a doubly linked list of untyped pointers.
 
    The list never looks inside an item. It stores the pointer, compares it by identity, and hands it to the caller's

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The one rule by which the iterators of all lists step. */
 #ifndef MOVA_LISTS_ITERATOR_STEP_H
 #define MOVA_LISTS_ITERATOR_STEP_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #define MOVA_OWN_SIMPLE_LIST
 #include <mova/lists/simple_list.h>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Simple list: an intrusive doubly linked list. The caller's records are the nodes.
 
    Every item begins with two pointers, which the list owns while the item is linked; what follows them is the

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Creation and disposal, search and counting. The rest of the family:
 
        balanced_tree_insertion.cpp     GT_insert_item

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Balanced tree: a height-balanced binary search tree of the caller's items, whose iterators stay valid while it is
    edited.
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/tree/balanced_tree.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/arrays/dynamic_array.h>
 
 #include <tests/support/fault_sweep.h>

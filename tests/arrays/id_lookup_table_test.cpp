@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/arrays/id_lookup_table.h>
 
 #include <tests/support/recording_host_test_case.h>

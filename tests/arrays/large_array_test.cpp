@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Arrays of more than 4 GiB, on a host that maps them and a test that touches a few of their pages. */
 #include <mova/arrays/block_array.h>
 #include <mova/arrays/dynamic_array.h>

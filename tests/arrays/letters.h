@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Elements for the arrays' tests: 12 bytes, each named by a letter. */
 #ifndef MOVA_TESTS_ARRAYS_LETTERS_H
 #define MOVA_TESTS_ARRAYS_LETTERS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The sizes that the arrays ask the host for, where a host might not expect them. */
 #include <mova/arrays/block_array.h>
 #include <mova/arrays/dynamic_array.h>

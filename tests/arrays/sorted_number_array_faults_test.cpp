@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/arrays/sorted_number_array.h>
 
 #include <tests/support/fault_sweep.h>

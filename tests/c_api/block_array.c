@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/arrays/block_array.h>
 
 #include "c_api.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Checks for test programs in C. The first that does not hold ends the program, and says where. */
 #ifndef MOVA_TESTS_C_API_CHECK_H
 #define MOVA_TESTS_C_API_CHECK_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/lists/double_list.h>
 
 #include "c_api.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/lists/element_stack.h>
 
 #include "c_api.h"

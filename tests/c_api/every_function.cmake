@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where a header declares a function in C that none of the sources calls, or a variable that none of them uses.
 #
 # cmake -DHEADERS=... -DSOURCES=... -P <this file>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/hash/hash_table.h>
 
 #include <stddef.h>

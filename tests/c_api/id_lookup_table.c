@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/arrays/id_lookup_table.h>
 
 #include "c_api.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A caller's loops, which an optimising compiler is to put together without a call of the library. */
 #include <mova/hash/hash_table.h>
 #include <mova/lists/element_list.h>

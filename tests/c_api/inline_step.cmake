@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where the optimised object calls the library for a step, or the other one calls it for none.
 #
 # cmake -DNM=... -DOPTIMISED=... -DUNOPTIMISED=... -P <this file>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 include_guard()
 
 # mova_c_program(<name> SOURCES ... LINKS ...): a program in C11.

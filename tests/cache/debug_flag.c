@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A program that switches the traces, linked with the library. */
 #include <mova/cache/swap_cache.h>
 #include <mova/host/messages.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The flag cc_debug is one word, the program's and the library's: in programs that may be loaded anywhere and in those of
 # a fixed address, which own a copy of it; that name the library's flag and that define their own; that are linked with
 # the shared and the static library, or load the shared one as they run.

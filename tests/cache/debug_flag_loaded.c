@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A program that loads the library as it runs, and switches the traces. Where it has a flag of its own, that counts, with
    the value that it has before the library is there. */
 #include <dlfcn.h>

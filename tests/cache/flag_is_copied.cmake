@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where the program does not own a copy of cc_debug.
 #
 # cmake -DREADELF=... -DPROGRAM=... -P <this file>

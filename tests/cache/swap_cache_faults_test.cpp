@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/cache/swap_cache.h>
 
 #include <tests/support/fault_sweep.h>

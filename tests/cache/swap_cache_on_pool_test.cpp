@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The cache on the default host: bodies that really move, in a pool that really runs short. */
 #include <mova/cache/swap_cache.h>
 #include <mova/host/errors.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/cache/swap_cache.h>
 
 #include <tests/support/recording_host_test_case.h>

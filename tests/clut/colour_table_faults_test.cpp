@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/clut/colour_table.h>
 
 #include <tests/support/colour_table_start.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where a program that is linked at a fixed address does not have copies of the library's variables, or one that
 # is independent of its position has: the test of such a program would then test something else.
 #

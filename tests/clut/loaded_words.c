@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A program that is not linked with the library and loads it while it runs. Where the program has variables of its own
    under the library's names, those are the ones that the library reads and writes. */
 #define _GNU_SOURCE

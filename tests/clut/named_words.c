@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A program that names the colour table's variables. It sets the debug level before the library's own start, and again
    while it runs, and reads the index words before and after the library assigns them. */
 #include <string.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A program in C that uses an installed libmova_container and its default host. */
 #include <stdio.h>
 #include <string.h>

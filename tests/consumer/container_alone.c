@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A program that uses nothing but a container, and has types of its own by the short names. */
 #define MOVA_NO_SHORT_NAMES
 #include <mova/container.h>

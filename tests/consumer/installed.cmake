@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installs a build, moves what was installed, and builds and runs programs against it.
 #
 # cmake -DBUILD=... -DSOURCE=... -DDIRECTORY=... -DGENERATOR=... -DPKG_CONFIG=... -DC_COMPILER=...

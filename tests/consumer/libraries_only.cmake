@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # With tests, benchmarks and examples off, the libraries configure and build with a compiler for C++ and CMake
 # alone. REPEAT builds them twice, and compares; with PKG_CONFIG it looks at what absolute directories lead to.
 #

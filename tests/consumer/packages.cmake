@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installs the Debian packages into a root of their own, builds and runs programs against them, installs the next version over
 # them, and purges them, which leaves nothing.
 #

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Put before a project: refuses to look for any package but the threads, which come with the compiler.
 macro(find_package name)
     if(NOT "${name}" STREQUAL Threads)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # As a part of another project the library builds no tests, benchmarks or examples, installs nothing, and does not mind what
 # the project asks of its own sources. The project links it, shared and static, and has a compiler for C alone.
 #

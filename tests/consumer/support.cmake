@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the scripts here share.
 cmake_minimum_required(VERSION 3.21)
 

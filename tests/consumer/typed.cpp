@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // A program in C++20 that uses the typed layer of an installed libmova_container, with exceptions or without.
 #include <mova/cxx.h>
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What programs do with an installed library, below `prefix`: a program in C and one in C++ are built and run, each through the
 # CMake package and through pkg-config, with the shared and with the static libraries. Needs SOURCE, DIRECTORY, GENERATOR,
 # PKG_CONFIG, C_COMPILER, CXX_COMPILER, C_FLAGS, CXX_FLAGS and LIBDIR.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/cxx/block_array.h>
 #include <mova/cxx/dynamic_array.h>
 #include <mova/cxx/id_table.h>

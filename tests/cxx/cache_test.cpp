@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/cxx/colour_table.h>
 #include <mova/cxx/swap_cache.h>
 

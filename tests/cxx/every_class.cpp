@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // Every class of the typed layer whole, each of its functions that is not a template itself.
 #include <mova/cxx.h>
 

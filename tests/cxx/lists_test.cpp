@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/cxx/double_list.h>
 #include <mova/cxx/element_list.h>
 #include <mova/cxx/element_stack.h>

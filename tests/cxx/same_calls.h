@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Holds the typed layer to the calls that the C functions make. */
 #ifndef MOVA_TESTS_CXX_SAME_CALLS_H
 #define MOVA_TESTS_CXX_SAME_CALLS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/cxx/hash_table.h>
 #include <mova/cxx/keyed_table.h>
 #include <mova/cxx/pointer_lookup.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/cxx/balanced_tree.h>
 
 #include <tests/cxx/same_calls.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Puts the typed layer under the interpreters of the models: included ahead of one, it takes the place of the C functions
    that the layer has an operation for. What an interpreter then compares with its model, every record field, host call and
    callback, is what the layer leaves and does.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Ten typical mistakes, one a run: the program's argument is the number that docs/debugging.md gives it. */
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where a tool says of a mistake something else than the table of the page.
 #
 # cmake -DTOOL=valgrind|sanitizer "-DPROGRAM=..." -DPAGE=... -P <this file>

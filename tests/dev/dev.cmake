@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Calls the script with what it must refuse, and on machines that lack something, and compares what it says.
 #
 # cmake -DDEV=... -DDIRECTORY=... -P <this file>

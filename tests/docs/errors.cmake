@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where the table in docs/errors.md differs from the library's own, from the headers, or from what the sources raise.
 #
 # cmake -DROOT=... -P <this file>

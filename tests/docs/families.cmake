@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where what people read differs from the table of families: the umbrella header, the link maps, the tables of the
 # README and of docs/choosing.md.
 #

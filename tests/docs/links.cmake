@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where a document links to a file that is not there.
 #
 # cmake -DROOT=... -P <this file>

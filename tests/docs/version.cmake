@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where a file that bears the version itself differs from mova/version.h.
 #
 # cmake -DROOT=... -DVERSION=... -P <this file>

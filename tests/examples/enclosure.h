@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Whether a country covers a point, found without the shapes, the cuts and the scanlines of the fill: on the globe, by
    the sides that a meridian crosses between the point and a pole. In whole numbers, and slow. */
 #ifndef TESTS_EXAMPLES_ENCLOSURE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include "indices.h"
 
 #include <string>

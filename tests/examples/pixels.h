@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A whole map, or a piece of one, in memory. */
 #ifndef TESTS_EXAMPLES_PIXELS_H
 #define TESTS_EXAMPLES_PIXELS_H

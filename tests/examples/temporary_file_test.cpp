@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include "temporary_file.h"
 
 #include <csignal>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the tests of the map share: small worlds, the shipped ones, and places to write to. */
 #ifndef TESTS_EXAMPLES_WORLD_H
 #define TESTS_EXAMPLES_WORLD_H

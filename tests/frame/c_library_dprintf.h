@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #ifndef MOVA_TESTS_FRAME_C_LIBRARY_DPRINTF_H
 #define MOVA_TESTS_FRAME_C_LIBRARY_DPRINTF_H
 

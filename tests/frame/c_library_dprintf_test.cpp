@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // The debug output is called dprintf in the library's texts, as a function of the C library is. Neither takes the
 // other's place.
 #include <array>

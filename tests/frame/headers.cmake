@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiles every public header for itself, as C99 and C11, as C++11 for those who use the library, and as C++20; each before
 # and after the standard library's <stdio.h>, which declares names like the library's own. None of them makes a compiler warn
 # of what programs may ask it to warn of.

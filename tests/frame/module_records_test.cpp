@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/frame/internal/module_records.h>
 
 #include <algorithm>

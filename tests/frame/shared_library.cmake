@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where a shared library exports a name that its public headers do not declare, or lacks one that they do;
 # where its SONAME is another; or where it needs a library that is not in the list of those allowed.
 #

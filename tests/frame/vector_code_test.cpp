@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/frame/internal/vector_code.h>
 
 #include <tests/support/plain_code.h>

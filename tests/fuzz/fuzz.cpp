@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The fuzzer of the family that MOVA_FAMILY names. */
 #include <tests/model/model.h>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/hash/hash_table.h>
 
 #include <tests/support/fault_sweep.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/hash/hash_table.h>
 
 #include <tests/model/literal_hash_table.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/hash/pointer_lookup.h>
 
 #include <tests/support/fault_sweep.h>

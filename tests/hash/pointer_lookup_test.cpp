@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/hash/pointer_lookup.h>
 
 #include <tests/support/recording_host_test_case.h>

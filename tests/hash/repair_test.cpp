@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What a removal leaves in the slots, beside the literal table: many removals at the highest load, and long runs. */
 #include <mova/hash/hash_table.h>
 

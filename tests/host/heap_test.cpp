@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The parts of the memory service over a system that a test controls: it refuses what it is told to, and its time is the
    test's. */
 #include <mova/host/internal/heap.h>

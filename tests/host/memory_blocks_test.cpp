@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The pool of movable blocks. Its memory comes from a service of this program's own, which counts and can fail. */
 #include <mova/host/errors.h>
 #include <mova/host/internal/block_pool.h>

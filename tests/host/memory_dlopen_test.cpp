@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A program that is not linked with the library and loads it while it runs. There is little room for thread-local
    variables of libraries that come so late. */
 #include <cstddef>

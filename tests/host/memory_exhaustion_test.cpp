@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Memory that runs out. Every test of this program runs against a service of errors of its own, which throws or
    returns as the test wants it. */
 #include <mova/frame/host.h>

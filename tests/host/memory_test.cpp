@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/frame/host.h>
 #include <mova/host/memory.h>
 #include <tests/support/byte_source.h>

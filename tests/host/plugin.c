@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/frame/host.h>
 
 void use_memory(void)

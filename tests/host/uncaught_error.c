@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A program in C that raises an error and has no handler for it. */
 #include <sys/resource.h>
 

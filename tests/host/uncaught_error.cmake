@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails where the program does not end by SIGABRT with the error's text on stderr. The program
 # does not look to this itself, in a child process: not every emulator can end one by a signal.
 #

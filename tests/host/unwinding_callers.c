@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include "unwinding_callers.h"
 
 #include <setjmp.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Callers in C that stand between a C++ program and the library. */
 #ifndef MOVA_TESTS_HOST_UNWINDING_CALLERS_H
 #define MOVA_TESTS_HOST_UNWINDING_CALLERS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // Exceptions and longjmp leave the library through its own frames and through callers written in C. The memory
 // service is the program's own here: it hands out pieces of one array, so that what a cut-off call leaves behind is
 // no leak.

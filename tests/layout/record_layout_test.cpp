@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Every public record, field by field. On a 32-bit platform a word is four bytes and each record must have the layout that
    programs of the 32-bit system were compiled for, to the byte; on a 64-bit one the order of the fields is the same. */
 #include <mova/container.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/lists/element_list.h>
 #include <mova/lists/internal/invariants.h>
 #include <mova/lists/element_stack.h>

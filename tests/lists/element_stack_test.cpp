@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/lists/element_stack.h>
 #include <mova/lists/internal/invariants.h>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/frame/internal/assert.h>
 #include <mova/lists/internal/invariants.h>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/lists/internal/invariants.h>
 #include <mova/lists/simple_list.h>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/lists/simple_list.h>
 #include <mova/lists/internal/invariants.h>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A malloc over the memory service, for real programs to be run on it: LD_PRELOAD=libmova_malloc.so PROGRAM.
 
    Programs release blocks without saying their size, so each has a header before it:

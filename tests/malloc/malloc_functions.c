@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What programs expect of malloc and its kin, with the library preloaded. */
 #define _GNU_SOURCE
 #include <errno.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Real programs on the memory service.
 #
 #   programs.sh check LIBRARY               runs each plainly and on the library, and compares what they print

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on two balanced trees, one with duplicates and one without, and up to eight iterators of all nine
    kinds, beside their models (modelled_tree.h). After every operation results, shapes, balances, order, iterators,
    counters, raises, comparisons, conditions asked and host calls are compared. */

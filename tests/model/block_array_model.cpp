@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on three block arrays, open and closed, beside a model made of vectors. After every operation the
    result, every field, the whole storage, the invariants and the host calls are compared. */
 #include "model.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Calls on the colour table, good and bad ones, before and after it is made, with a host that throws or one that
    returns, beside a model made of a set and a map. After every call the result, what is raised, called and printed,
    every word of the table and its invariants are compared. Puts the process's colour table back to its start. */

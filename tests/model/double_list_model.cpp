@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on three double lists, open and closed, and four iterators, beside a model made of vectors. After every
    operation the result, the lists' contents to the bit and their invariants, every iterator's fields, the raises and the
    host calls are compared. */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on three dynamic arrays and four iterators, beside a model made of vectors. After every operation the
    result, every field, the whole storage, the invariants, every iterator's fields, the raises, the tests asked and the
    host calls are compared. */

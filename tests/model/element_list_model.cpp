@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on three element lists, open and closed, and four iterators, beside a model made of vectors. After
    every operation the result, the lists' contents and invariants, every iterator's fields, the raises, the tests asked
    and the host calls are compared. */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on an element stack, beside a vector. After every operation the result, the buffer, the elements from the
    bottom to the top, the invariants and the host calls are compared. */
 #include "expected_calls.h"

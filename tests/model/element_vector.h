@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the models of the arrays are made of: elements as vectors of bytes. */
 #ifndef MOVA_TESTS_MODEL_ELEMENT_VECTOR_H
 #define MOVA_TESTS_MODEL_ELEMENT_VECTOR_H

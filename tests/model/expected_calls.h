@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #ifndef MOVA_TESTS_MODEL_EXPECTED_CALLS_H
 #define MOVA_TESTS_MODEL_EXPECTED_CALLS_H
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on three pointer lists and four iterators, beside a model made of vectors. After every operation the
    result, the list's contents and invariants, every iterator's fields, the callbacks and the host calls are compared. */
 #include "list_interpreter.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #ifndef MOVA_TESTS_MODEL_HASH_KEYS_H
 #define MOVA_TESTS_MODEL_HASH_KEYS_H
 

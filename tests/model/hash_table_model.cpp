@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on a hash table and an iterator, beside the literal table and a standard map. After every operation
    the result, each field and slot of the table, its invariants, the iterator and the host calls are compared. */
 #include "model.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on a table, beside a vector of words. After every operation the result, the whole storage, the
    invariants, the raises and the host calls are compared. */
 #include "expected_calls.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the interpreters of the lists share: three lists and four iterators beside models made of vectors, the stepping rule,
    what edits leave of an iterator, and the comparison. */
 #ifndef MOVA_TESTS_MODEL_LIST_INTERPRETER_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The hash table as slow and as plain as it can be: one slot at a time, every step of the rules on its own. It says which
    words the slots of the library's table must hold, and what the host must be asked for. */
 #ifndef MOVA_TESTS_MODEL_LITERAL_HASH_TABLE_H

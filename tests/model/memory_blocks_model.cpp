@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on a pool of movable blocks, whose budget, and the handles that it begins with, they choose too. After
    every operation the pool's invariants and figures, every live block's bytes and the handles that are dead are
    compared with a model made of strings; what moved is checked to have had to. */

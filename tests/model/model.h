@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* An interpreter turns bytes into operations on one family, runs them beside a plain model, and compares the two after
    every operation. It runs on the recording host, and throws mismatch at the first difference. Each registers itself in
    one call; the model tests give it random bytes, a fuzzer gives it those that lead somewhere new. */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Every model on random bytes: a test of long runs and one of short runs for each family. */
 #include "model.h"
 

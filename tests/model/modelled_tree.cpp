@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include "modelled_tree.h"
 
 #include <mova/tree/internal/invariants.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on a pointer lookup, beside a pair in front of the literal table. After every operation the result,
    the record, each slot of the table, the invariants, the values handed over and the host calls are compared. */
 #include "model.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on three simple lists, open and closed, and four iterators, beside a model made of vectors. After
    every operation the result, the lists' contents and invariants, the links of items that are on no list, every
    iterator's fields, the raises, the callbacks and the host calls are compared. */

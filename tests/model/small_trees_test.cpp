@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Every tree of up to seven nodes, with an iterator in every position, under every single edit, beside the model. */
 #include "modelled_tree.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Edits of a companion list, some of whose entries are selected, with a sorted number array that follows them, and
    additions to and removals from another sorted number array beside a set. After every operation the numbers, their
    order, the storage's size and the host calls are compared. */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Operations on a swap cache whose pool has a budget that they choose, and moves every block at every allocation.
    Some write-backs make their own entry the first. After every operation the result, the order and the fields of the
    entries, every body's bytes, what was written back, and all callbacks, host calls and traces are compared with a

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The arrays' own checks, and what only the host knows: that a storage is a block of the right size. */
 #ifndef MOVA_TESTS_SUPPORT_ARRAY_STORAGE_H
 #define MOVA_TESTS_SUPPORT_ARRAY_STORAGE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What a model test runs on: bytes that become operations. Random bytes with a seed in the ordinary tests, a fuzzer's
    bytes elsewhere. */
 #ifndef MOVA_TESTS_SUPPORT_BYTE_SOURCE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The colour table is one for the process. These let a program run several scenarios on it, one after the other. */
 #ifndef MOVA_TESTS_SUPPORT_COLOUR_TABLE_START_H
 #define MOVA_TESTS_SUPPORT_COLOUR_TABLE_START_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Which call of a host service or of a callback fails, and how.
 
    Every service of the recording host asks the plan first, and so does every callback that a sweep hands to a container.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Runs calls with every service and callback that they use failing in turn, and checks what is left.
 
    A family describes, once, what its calls work on: a subject.

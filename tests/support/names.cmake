@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the scripts that compare lists of names share.
 
 # A declaration that is exported begins its line, and stands by itself on it as far as its name. Comments begin with

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #ifndef MOVA_TESTS_SUPPORT_PLAIN_CODE_H
 #define MOVA_TESTS_SUPPORT_PLAIN_CODE_H
 

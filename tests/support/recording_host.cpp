@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include "recording_host.h"
 #include "plain_code.h"
 

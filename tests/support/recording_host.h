@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A host for tests: supplies every service, writes down every call with its arguments, and checks what it is given.
 
    Blocks are numbered in the order of their allocation (#1, #2, …), so that a log reads alike in every run. A fresh

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The fixture of every test that runs on the recording host. */
 #ifndef MOVA_TESTS_SUPPORT_RECORDING_HOST_TEST_CASE_H
 #define MOVA_TESTS_SUPPORT_RECORDING_HOST_TEST_CASE_H

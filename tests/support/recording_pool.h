@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The memory blocks of the recording host. Every mb_alloc, whether it finds room or not, moves all other blocks, so that
    an address which is kept across one is found out.
 

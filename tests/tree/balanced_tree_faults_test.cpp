@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/frame/internal/module_records.h>
 #include <mova/tree/balanced_tree.h>
 #include <mova/tree/internal/invariants.h>

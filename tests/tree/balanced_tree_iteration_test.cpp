@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The tree's iterators, and what edits do to them. */
 #include "balanced_tree_test_case.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A tree of a million items, on the default host. */
 #include <mova/tree/balanced_tree.h>
 #include <mova/tree/internal/invariants.h>

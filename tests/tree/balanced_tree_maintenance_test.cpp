@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Sorting, checking, printing. */
 #include "balanced_tree_test_case.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The tree itself: creation, insertion, search, removal. */
 #include "balanced_tree_test_case.h"
 

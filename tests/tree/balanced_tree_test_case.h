@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the tests of the balanced tree share: records with a key, a comparison that writes down what it is asked, and
    trees as text. */
 #ifndef MOVA_TESTS_TREE_BALANCED_TREE_TEST_CASE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/arrays/internal/elements.h>
 
 #include <mova/arrays/internal/host_buffer.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the arrays share: copying, moving, reversing and rolling runs of elements of one size. Elements are bytes; runs of
    them move as whole blocks. Counts and indices are elements, not negative. */
 #ifndef MOVA_ARRAYS_INTERNAL_ELEMENTS_H

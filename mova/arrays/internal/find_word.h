@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Finding a pointer among pointers. */
 #ifndef MOVA_ARRAYS_INTERNAL_FIND_WORD_H
 #define MOVA_ARRAYS_INTERNAL_FIND_WORD_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #ifndef MOVA_ARRAYS_INTERNAL_HOST_BUFFER_H
 #define MOVA_ARRAYS_INTERNAL_HOST_BUFFER_H
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The numbered invariants of the arrays, as their headers give them. How large a block is, only the host knows: of a storage
    no more is checked than whether there is one. */
 #ifndef MOVA_ARRAYS_INTERNAL_INVARIANTS_H

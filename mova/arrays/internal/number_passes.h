@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Passes over an array of numbers, many at a time. */
 #ifndef MOVA_ARRAYS_INTERNAL_NUMBER_PASSES_H
 #define MOVA_ARRAYS_INTERNAL_NUMBER_PASSES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Reversing words, many at a time. */
 #ifndef MOVA_ARRAYS_INTERNAL_REVERSE_WORDS_H
 #define MOVA_ARRAYS_INTERNAL_REVERSE_WORDS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The numbered invariants of the swap cache, as its header gives them. */
 #ifndef MOVA_CACHE_INTERNAL_INVARIANTS_H
 #define MOVA_CACHE_INTERNAL_INVARIANTS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The numbered invariants of the colour table, as its header gives them. */
 #ifndef MOVA_CLUT_INTERNAL_INVARIANTS_H
 #define MOVA_CLUT_INTERNAL_INVARIANTS_H

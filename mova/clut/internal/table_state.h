@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the colour lookup table consists of, beside the words in its module record. */
 #ifndef MOVA_CLUT_INTERNAL_TABLE_STATE_H
 #define MOVA_CLUT_INTERNAL_TABLE_STATE_H

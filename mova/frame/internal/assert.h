@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* How the library checks itself: by `assert` alone. Where NDEBUG is defined, as in release builds, nothing of it is left.
 
        assert(before->next == after);              what the body goes on to rely on

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The module records: the name under which each module's errors are reported, and the module's own words. */
 #ifndef MOVA_FRAME_INTERNAL_MODULE_RECORDS_H
 #define MOVA_FRAME_INTERNAL_MODULE_RECORDS_H

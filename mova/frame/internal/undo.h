@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #ifndef MOVA_FRAME_INTERNAL_UNDO_H
 #define MOVA_FRAME_INTERNAL_UNDO_H
 

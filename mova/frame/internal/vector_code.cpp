@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/frame/internal/vector_code.h>
 
 #if defined(__x86_64__) || defined(__i386__)

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* How a body for the processor's vectors is chosen before the plain one.
 
    What gains by vectors has two bodies: one that is marked MOVA_AVX2, and a plain one, which every machine can run.

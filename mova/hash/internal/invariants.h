@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The numbered invariants of the hash table and of the pointer lookup, as their headers give them. */
 #ifndef MOVA_HASH_INTERNAL_INVARIANTS_H
 #define MOVA_HASH_INTERNAL_INVARIANTS_H

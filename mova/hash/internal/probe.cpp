@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include <mova/hash/internal/probe.h>
 
 #include <bit>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Searching the keys of a hash table. */
 #ifndef MOVA_HASH_INTERNAL_PROBE_H
 #define MOVA_HASH_INTERNAL_PROBE_H

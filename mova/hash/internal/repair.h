@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Closing the gap that a removal leaves in a hash table. */
 #ifndef MOVA_HASH_INTERNAL_REPAIR_H
 #define MOVA_HASH_INTERNAL_REPAIR_H

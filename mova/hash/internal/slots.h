@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Where a key belongs. */
 #ifndef MOVA_HASH_INTERNAL_SLOTS_H
 #define MOVA_HASH_INTERNAL_SLOTS_H

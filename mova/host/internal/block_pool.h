@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A pool of movable blocks: the arena, the table of handles, the gaps, and gathering.
 
    Every gap follows a block, or begins the arena: so it is a number in the record of the block before it, and what a

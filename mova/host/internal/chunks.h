@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Chunks: pieces of 2 MiB, at multiples of 2 MiB, from which pages and runs are cut.
 
        +---------+--------+------+--------+---------------+------+

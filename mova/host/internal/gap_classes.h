@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Classes of gaps by size, and which of them have any: how a gap that is large enough is found without a search. */
 #ifndef MOVA_HOST_INTERNAL_GAP_CLASSES_H
 #define MOVA_HOST_INTERNAL_GAP_CLASSES_H

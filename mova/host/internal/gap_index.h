@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The gaps of a pool by size: the smallest that is large enough is found in as many steps as a size has bits.
 
    Each class of sizes has a tree. A node's children split what the sizes of the class may still be: those whose next lower

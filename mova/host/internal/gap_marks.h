@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What valgrind and the address sanitizer are told of a pool's memory: in libmova_host_system that nobody may touch the gaps
    between blocks, else nothing. */
 #ifndef MOVA_HOST_INTERNAL_GAP_MARKS_H

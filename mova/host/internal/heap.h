@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The memory service without its threads: where blocks come from, by size class, and where they go back.
 
        small and page blocks    run blocks           large blocks

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The numbered invariants of a pool of movable blocks, as block_pool.h gives them. */
 #ifndef MOVA_HOST_INTERNAL_INVARIANTS_H
 #define MOVA_HOST_INTERNAL_INVARIANTS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Large blocks: a mapping each, so that one grows by moving pages. */
 #ifndef MOVA_HOST_INTERNAL_LARGE_BLOCKS_H
 #define MOVA_HOST_INTERNAL_LARGE_BLOCKS_H

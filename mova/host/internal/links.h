@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Links in a list that has a first node and knows no last. */
 #ifndef MOVA_HOST_INTERNAL_LINKS_H
 #define MOVA_HOST_INTERNAL_LINKS_H

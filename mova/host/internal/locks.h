@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Locks that cost nothing while the process has a single thread, and that clang sees to be held where they must be. */
 #ifndef MOVA_HOST_INTERNAL_LOCKS_H
 #define MOVA_HOST_INTERNAL_LOCKS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Address space from the system, and the count of it. */
 #ifndef MOVA_HOST_INTERNAL_MAPPINGS_H
 #define MOVA_HOST_INTERNAL_MAPPINGS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A page: 64 KiB of blocks of one size, with a bitmap of those that are free.
 
        +---+---+---+---+---+-----+

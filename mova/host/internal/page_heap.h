@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Blocks of up to 16 KiB: those of one size class lie in pages of 64 KiB. A page whose blocks are all free again serves
    other classes.
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Blocks of 16 to 256 KiB: a run of units each. */
 #ifndef MOVA_HOST_INTERNAL_RUN_BLOCKS_H
 #define MOVA_HOST_INTERNAL_RUN_BLOCKS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Size classes: what a block of a given size occupies.
 
    Classes 0 to 128 serve the sizes up to 0, 8, 16 ... 1024. Above, each doubling has four classes, of which large blocks

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Mappings of the classes' sizes that are not in use: those of late, kept for the next of their size; and those that the
    system does not take back.
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Blocks of the system's allocator, which valgrind and the sanitizers of a program watch. */
 #ifndef MOVA_HOST_INTERNAL_SYSTEM_BLOCKS_H
 #define MOVA_HOST_INTERNAL_SYSTEM_BLOCKS_H

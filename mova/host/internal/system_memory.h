@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the memory service asks of the system. The process has one system; a test makes one that refuses. */
 #ifndef MOVA_HOST_INTERNAL_SYSTEM_MEMORY_H
 #define MOVA_HOST_INTERNAL_SYSTEM_MEMORY_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Free blocks that a thread keeps ready for itself: a bin for each class that is not large.
 
        bin: top, end, begin                 slots of the bin, or elsewhere once they are many

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Which units of a chunk are free. */
 #ifndef MOVA_HOST_INTERNAL_UNIT_SET_H
 #define MOVA_HOST_INTERNAL_UNIT_SET_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The chain that the lists share: linking, unlinking and walking nodes.
 
    A node is any record with `prev` and `next`, a list any head with `first` and `last`; a head may keep them as void

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The numbered invariants of the lists, as their headers give them: the same four for all three. */
 #ifndef MOVA_LISTS_INTERNAL_INVARIANTS_H
 #define MOVA_LISTS_INTERNAL_INVARIANTS_H

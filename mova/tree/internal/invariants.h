@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The numbered invariants of a tree, as its header gives them. */
 #ifndef MOVA_TREE_INTERNAL_INVARIANTS_H
 #define MOVA_TREE_INTERNAL_INVARIANTS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the tree's edits do to its live iterators, line by line of the table in the header. Their steps, and their end, are
    in balanced_tree_iteration.cpp. */
 #ifndef MOVA_TREE_INTERNAL_ITERATORS_H

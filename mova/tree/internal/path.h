@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The way that an edit goes down a tree. It is kept, so that the edit can come back up and rebalance. */
 #ifndef MOVA_TREE_INTERNAL_PATH_H
 #define MOVA_TREE_INTERNAL_PATH_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Nodes lie anywhere in memory, and a large tree's are slow to come. */
 #ifndef MOVA_TREE_INTERNAL_PREFETCH_H
 #define MOVA_TREE_INTERNAL_PREFETCH_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Rotations, and the steps that keep a node's balance while the tree grows and shrinks.
 
    Left and right are one piece of code: each function names the side it works on, and is the mirror image of itself for

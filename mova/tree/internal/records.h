@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The tree's records: each kind is counted in the module's record while it lives. */
 #ifndef MOVA_TREE_INTERNAL_RECORDS_H
 #define MOVA_TREE_INTERNAL_RECORDS_H

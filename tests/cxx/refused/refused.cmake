@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiles a program that the typed layer refuses, and fails unless the compiler says the text of the program's first line.
 #
 # cmake -DCOMPILER=... -DFLAGS=... -DSOURCE=... -P <this file>

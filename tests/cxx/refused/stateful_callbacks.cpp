@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // mova::swap_cache: callbacks must have no state, for each entry keeps them as plain functions
 #include <mova/cxx/swap_cache.h>
 struct item {};

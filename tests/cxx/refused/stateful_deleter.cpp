@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // mova::pointer_list: a deleter must have no state: take a class whose operator()
 #include <mova/cxx/pointer_list.h>
 struct counted {

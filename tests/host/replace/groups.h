@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Each group of services has two files here: own_<group>.c defines the group's services, as a program does that
    replaces the default; default_<group>.c leaves them to the default host. Both define the same functions, declared
    below, so that a program is put together from one file per group. */

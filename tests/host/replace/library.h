@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Calls the services from within a library, as a container family does. */
 #ifndef MOVA_TESTS_HOST_REPLACE_LIBRARY_H
 #define MOVA_TESTS_HOST_REPLACE_LIBRARY_H
