@@ -7,6 +7,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <glib.h>
@@ -76,7 +77,7 @@ struct walked_mova_tree : mova_tree {
     walked_mova_tree()
     {
         for (int i = 0; i < Live; ++i)
-            GT_all_items(t);
+            std::ignore = GT_all_items(t);
     }
     ~walked_mova_tree()
     {

@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: MIT */
-/* Dynamic array: a growable array of fixed-size elements that it knows only as bytes.
+/* Dynamic array: a growable array of fixed-size elements that it knows only as bytes. It copies and moves bytes and calls no
+   constructor or destructor: an object of C++ that owns something, such as a std::string, may not lie in it.
 
        DA_array                data
        +--------------+        +-----+-----+-----+-----+-----+-----+
@@ -86,7 +87,7 @@ typedef struct DA_iterator {
 
 /* Returns a new empty array of elements of `element_size` bytes, without storage. Requires `increment` >= 1.
    Raises line 33, MOVA_ALLOCATION_FAILED, when there is no memory for the head; returns null where the host returns. */
-DA_array *DA_create(uint32_t element_size, int32_t increment);
+DA_array *DA_create(uint32_t element_size, int32_t increment) __attribute__((warn_unused_result));
 
 /* Frees the storage, if there is any, and the head. Does nothing for null. */
 void DA_release(DA_array *array);
@@ -98,7 +99,7 @@ void DA_clear(DA_array *array);
    Raises line 271, MOVA_ALLOCATION_FAILED, when there is no memory for the head; returns null where the host returns.
    When there is none for the storage, raises as DA_append; returns an array without elements where the host returns. A
    jump loses the new head. */
-DA_array *DA_copy(const DA_array *array);
+DA_array *DA_copy(const DA_array *array) __attribute__((warn_unused_result));
 
 /* Clears `destination`, then appends the elements of `source` to it. The destination keeps its increment. An array that
    is copied into itself is cleared, and so is one that there is no storage for. Linear.

@@ -53,7 +53,7 @@ typedef struct io_lut_iterator {
 /* Returns a new table without ids. Raises as DA_create and DA_append do; returns null where the host returns from the
    first. Where it returns from the second, the table has no word for its flags and may only be released. A jump
    loses the part of the table that was made. */
-DA_array *io_lut_create(void);
+DA_array *io_lut_create(void) __attribute__((warn_unused_result));
 
 /* Lets io_lut_set overwrite ids in use, from now on. */
 void io_lut_allow_reuse(DA_array *table);

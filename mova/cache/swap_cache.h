@@ -105,7 +105,7 @@ typedef struct cc_cache {
 extern int32_t cc_debug;
 
 /* Returns a new cache without entries, whose bodies will be blocks of `pool`. */
-cc_cache *cc_create(mb_pool *pool);
+cc_cache *cc_create(mb_pool *pool) __attribute__((warn_unused_result));
 
 /* Registers `item` and returns its entry, the first now. With a handle, the caller has put the body in that block, which
    is the only copy and belongs to the cache from now on: the entry is dirty. With 0 it is out. Prints under cc_debug.

@@ -49,7 +49,7 @@ enum {
    not for a size of 0 either: a dynamic array takes that for a failure and raises MOVA_ALLOCATION_FAILED, and every
    other container writes through the null pointer. A service that runs out of memory reports that itself. The block is
    the caller's until it gives it to MM_dealloc_item or MM_realloc_item. */
-void *MM_alloc_item(size_t size);
+void *MM_alloc_item(size_t size) __attribute__((malloc, warn_unused_result));
 
 /* Takes back a block. `size` is exactly the size that the block was allocated, or last reallocated, with. Does not fail: it
    neither throws nor jumps. */
@@ -60,7 +60,7 @@ void MM_dealloc_item(void *item, size_t size);
    afterwards. Only the two arrays call it. Where it returns null the old block stays as it is, with the service alone: a
    dynamic array forgets it, has no storage from then on, and raises MOVA_ALLOCATION_FAILED; a block array writes through
    the null pointer. */
-void *MM_realloc_item(void *item, size_t old_size, size_t new_size);
+void *MM_realloc_item(void *item, size_t old_size, size_t new_size) __attribute__((warn_unused_result));
 
 /* ---- memory blocks ---- */
 
@@ -77,13 +77,13 @@ void mb_free(mb_pool *pool, mb_handle *handle);
 
 /* Writes text to the debug output, in the manner of printf. It stands under this name because the C library owns
    the symbol `dprintf`, with another signature. */
-void mova_dprintf(const char *format, ...) __attribute__((format(printf, 1, 2)));
+void mova_dprintf(const char *format, ...) __attribute__((format(printf, 1, 2), nonnull(1)));
 
 /* A place where a debugger may stop. Returns at once when none is attached. */
 void debug_break(void);
 
 /* Shows a warning to the user. `text` is the caller's and is not kept. */
-void MSG_Message(const char *text);
+void MSG_Message(const char *text) __attribute__((nonnull));
 
 /* ---- errors ---- */
 

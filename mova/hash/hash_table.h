@@ -105,7 +105,7 @@ typedef struct HSH_iterator {
    below that. (To hold n keys without growing it takes more than n * 8 / 7 slots.) `maximum_shift` bounds the number of
    low key bits that are dropped, as said above.
    Requires an initial size of at most 2^30 and a maximum shift of 0 or more. Linear in the size. */
-HSH_table *HSH_create(uint32_t initial_size, int32_t maximum_shift);
+HSH_table *HSH_create(uint32_t initial_size, int32_t maximum_shift) __attribute__((warn_unused_result));
 
 /* Frees the table and sets `*table` to null. Requires a table there. */
 void HSH_release(HSH_table **table);

@@ -53,7 +53,7 @@ typedef struct mova_lookup {
 typedef void (*mova_lu_release_fn)(mova_word *value);
 
 /* Returns a new empty lookup. */
-mova_lookup *mova_lu_create(void);
+mova_lookup *mova_lu_create(void) __attribute__((warn_unused_result));
 
 /* Puts the pair in front. The pair that stood there moves into the table, in place of the value that the table had for
    its key. Returns the value of the pair that moved, or 0 where there was none. */

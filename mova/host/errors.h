@@ -40,7 +40,7 @@ mova_error_handler mova_set_error_handler(mova_error_handler handler);
 /* Returns what the library's raise with this module and line means: the function and what was wrong, as in
    "GT_remove_item: the comparisons do not lead to the node". The text is constant. Null for any other module or line.
    Linear in the number of raises. */
-const char *mova_error_description(const char *module, int32_t line);
+const char *mova_error_description(const char *module, int32_t line) __attribute__((nonnull));
 
 /* Writes the text of an error into `buffer`: the module, the line, what the code means, the code, and the description of
    the library's own raises. It is cut to `size` bytes with the closing zero. Returns the length of the whole text without that

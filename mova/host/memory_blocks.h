@@ -72,7 +72,7 @@ typedef struct mb_statistics {
 
 /* Returns a new pool with room for `budget` bytes of blocks. On most systems, memory of the arena that was never written
    to is only reserved. */
-mb_pool *mb_create_pool(size_t budget);
+mb_pool *mb_create_pool(size_t budget) __attribute__((warn_unused_result));
 
 /* Frees the pool with all its blocks, and sets `*pool` to null. A null pool is none to free. Constant. */
 void mb_release_pool(mb_pool **pool);

@@ -26,10 +26,10 @@ typedef EL_list DBLL_list;
 /* ---- creation, disposal, state ---- */
 
 /* Returns a new empty, open list. */
-DBLL_list *DBLL_create(void);
+DBLL_list *DBLL_create(void) __attribute__((warn_unused_result));
 
 /* Returns a new list of two values, in the order given. A jump loses the part that was made. */
-DBLL_list *DBLL_create_with_two(double first, double second);
+DBLL_list *DBLL_create_with_two(double first, double second) __attribute__((warn_unused_result));
 
 /* Frees all nodes and the head, and sets `*list` to null. Linear. */
 void DBLL_release(DBLL_list **list);
@@ -121,8 +121,8 @@ void DBLL_sort(DBLL_list *list);
 /* As EL_advance, EL_reverse, EL_total_copy, EL_total_copy_inbetween and EL_roll, which tell what a failure leaves. */
 EL_node *DBLL_advance(const DBLL_list *list, EL_node *position, int32_t steps);
 void DBLL_reverse(DBLL_list *list);
-DBLL_list *DBLL_copy(DBLL_list *list);
-DBLL_list *DBLL_copy_inbetween(DBLL_list *list, EL_node *from, EL_node *to);
+DBLL_list *DBLL_copy(DBLL_list *list) __attribute__((warn_unused_result));
+DBLL_list *DBLL_copy_inbetween(DBLL_list *list, EL_node *from, EL_node *to) __attribute__((warn_unused_result));
 void DBLL_roll(DBLL_list *list, EL_node *position);
 
 /* ---- iteration: none of these allocates ---- */

@@ -2,7 +2,8 @@
 /* Element list: a doubly linked list of copies of fixed-size elements, open or closed into a ring.
 
    The list states the size of its elements once. Every insertion copies that many bytes into a new node, after the
-   node's two links; reading copies them out again, or hands out a pointer into the node.
+   node's two links; reading copies them out again, or hands out a pointer into the node. No
+   constructor or destructor is called: an object of C++ that owns something, such as a std::string, may not be an element.
 
        empty              one, open           many, open                          many, ring
 
@@ -119,7 +120,7 @@ static inline void *EL_element(EL_node *position)
 
 /* Returns a new empty, open list of elements of `element_size` bytes. Only the low 16 bits count: elements have 0
    to 65535 bytes, and 65536 makes elements of 0, for which every pointer to an element or buffer may be null. */
-EL_list *EL_create(uint32_t element_size);
+EL_list *EL_create(uint32_t element_size) __attribute__((warn_unused_result));
 
 /* Frees every node from first to last and the head, and sets `*list` to null. Requires a list. Linear. */
 void EL_release(EL_list **list);
@@ -199,11 +200,11 @@ void EL_replace_items_inbetween(EL_list *list, EL_node *from, EL_node *to, EL_li
 
 /* Returns a new list of the same elements in the same order, closed if this one is. Linear. A jump loses the part that was
    made. */
-EL_list *EL_total_copy(EL_list *list);
+EL_list *EL_total_copy(EL_list *list) __attribute__((warn_unused_result));
 
 /* Returns a new open list of copies of the elements from `from` along `next` to `to`, both inclusive. Linear. A jump
    loses the part that was made. */
-EL_list *EL_total_copy_inbetween(EL_list *list, EL_node *from, EL_node *to);
+EL_list *EL_total_copy_inbetween(EL_list *list, EL_node *from, EL_node *to) __attribute__((warn_unused_result));
 
 /* Moves all nodes of `*source` to the back of `target`, frees the source's head and sets `*source` to null.
    Requires two different open lists of the same element size, which is not checked. */
@@ -227,7 +228,7 @@ EL_node *EL_make_open_at_position(EL_list *list, EL_node *position);
 /* Splits the list before `position`. The list keeps its first node up to a new last one, which gets a copy of the
    element at `position`; the returned list has the nodes from `position` to the old last. Both are open. Linear. A jump
    loses the new node's block. */
-EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position);
+EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position) __attribute__((warn_unused_result));
 
 /* ---- iteration: none of these allocates ---- */
 

@@ -27,7 +27,7 @@ extern "C" {
 typedef EL_list ES_stack;
 
 /* Returns a new empty stack of elements of `element_size` bytes, of which the low 16 bits count. */
-ES_stack *ES_create(uint32_t element_size);
+ES_stack *ES_create(uint32_t element_size) __attribute__((warn_unused_result));
 
 /* Frees all elements and the head, and sets `*stack` to null. Linear. */
 void ES_release(ES_stack **stack);

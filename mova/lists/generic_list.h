@@ -111,7 +111,7 @@ typedef struct GL_iterator {
 /* ---- creation and disposal ---- */
 
 /* Returns a new empty list. */
-GL_list *GL_create(void);
+GL_list *GL_create(void) __attribute__((warn_unused_result));
 
 /* Frees every node from first to last and the head, and sets `*list` to null. The items are left alone. Does nothing
    when `*list` is null. Linear. */
@@ -133,11 +133,11 @@ void GL_total_make_empty(GL_list *list, GL_free_fn free_item);
 /* ---- copying and measuring ---- */
 
 /* Returns a new list of the same item pointers in the same order. Linear. A jump loses the part that was made. */
-GL_list *GL_copy(const GL_list *list);
+GL_list *GL_copy(const GL_list *list) __attribute__((warn_unused_result));
 
 /* Returns a new list of what `copy_item` returns for each item, first to last. Linear. A jump loses the part that was
    made; what `copy_item` had returned by the time of an exception or a jump stays the caller's. */
-GL_list *GL_total_copy(const GL_list *list, GL_copy_fn copy_item);
+GL_list *GL_total_copy(const GL_list *list, GL_copy_fn copy_item) __attribute__((warn_unused_result));
 
 /* Returns the number of bytes that the list and its items occupy: 12 for the head, and for each node 12 plus what
    `item_size` returns for its item. Heads and nodes count with these sizes on every platform. Linear. */

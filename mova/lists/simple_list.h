@@ -99,7 +99,7 @@ typedef struct __attribute__((may_alias)) mova_sl_links {
 /* ---- creation and disposal ---- */
 
 /* Returns a new empty, open list. */
-SL_list *SL_create(void);
+SL_list *SL_create(void) __attribute__((warn_unused_result));
 
 /* Frees the head of an empty list and sets `*list` to null.
    Raises line 75, MOVA_PRECONDITION_BROKEN, when the list holds items. Where the raise returns, the head is freed
@@ -122,7 +122,7 @@ void SL_make_empty(SL_list *list, SL_free_fn free_item);
 /* Returns a new list of what `copy_item` returns for each item, first to last, closed if this one is. The copies
    are items of their own: their links are overwritten. Linear.
    A jump loses the new head. What `copy_item` had returned by the time of an exception or a jump stays the caller's. */
-SL_list *SL_total_copy(const SL_list *list, SL_copy_fn copy_item);
+SL_list *SL_total_copy(const SL_list *list, SL_copy_fn copy_item) __attribute__((warn_unused_result));
 
 /* Returns the number of bytes that the list and its items occupy: 16 for the head, on every platform, and what
    `item_size` returns for each item. Linear. */

@@ -88,7 +88,8 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 /* Returns a negative number where `a` goes before `b`, zero where they are equal, a positive one otherwise. The item
-   that is being placed or looked for comes first. */
+   that is being placed or looked for comes first. A comparison that answers with a truth, `a < b` as 1 or 0, never says
+   that `a` goes before `b`: the items then stand in no order, and none is found. */
 typedef int32_t (*GT_compare)(void *a, void *b);
 
 /* Accepts an item by returning non-zero. */
@@ -129,10 +130,10 @@ typedef GT_tree_iter tree_iter;
 /* ---- creation and disposal ---- */
 
 /* Returns a new empty tree that admits items that compare equal. */
-GT_tree *GT_create_with_dupl_allowed(GT_compare compare);
+GT_tree *GT_create_with_dupl_allowed(GT_compare compare) __attribute__((warn_unused_result));
 
 /* Returns a new empty tree that refuses an item that compares equal to one it holds. */
-GT_tree *GT_create_with_dupl_not_allowed(GT_compare compare);
+GT_tree *GT_create_with_dupl_not_allowed(GT_compare compare) __attribute__((warn_unused_result));
 
 /* Clears every live iterator's pointers, releases the list of iterators, frees every node, each after both its
    subtrees, and the head, and sets `*t` to null. The items are left alone, and so are the iterators' records. Does
@@ -196,24 +197,31 @@ void GT_find_and_remove_item(GT_tree *t, void *item);
    releasable. */
 void GT_remove_first_item(GT_tree *t);
 
-/* ---- iteration: each constructor allocates an iterator and puts it at the end of the tree's list ---- */
+/* ---- iteration: each constructor allocates an iterator and puts it at the end of the tree's list ----
+
+   An iterator frees itself when a step returns 0, and only then: who leaves the loop before, by a break or a return, ends it
+   with GT_end_iterator. Else it stays in the tree's list, and every later edit looks at it. */
 
 /* Start at the first item: deliver every item, those that `condition` accepts, or all up to the first that it
    rejects. GT_all_items leaves the iterator's `condition` unset. */
-GT_tree_iter *GT_all_items(GT_tree *t);
-GT_tree_iter *GT_all_items_conditional(GT_tree *t, GT_condition condition);
-GT_tree_iter *GT_all_items_while_conditioned(GT_tree *t, GT_condition condition);
+GT_tree_iter *GT_all_items(GT_tree *t) __attribute__((warn_unused_result));
+GT_tree_iter *GT_all_items_conditional(GT_tree *t, GT_condition condition) __attribute__((warn_unused_result));
+GT_tree_iter *GT_all_items_while_conditioned(GT_tree *t, GT_condition condition) __attribute__((warn_unused_result));
 
 /* The same three, from the item that `iterator` has delivered last. `iterator` is not changed. If its current item is
    none, or was removed, the new one is exhausted. GT_from_current copies the `condition`, and does not ask it. */
-GT_tree_iter *GT_from_current(GT_tree_iter *iterator);
-GT_tree_iter *GT_from_current_conditional(GT_tree_iter *iterator, GT_condition condition);
-GT_tree_iter *GT_from_current_while_conditioned(GT_tree_iter *iterator, GT_condition condition);
+GT_tree_iter *GT_from_current(GT_tree_iter *iterator) __attribute__((warn_unused_result));
+GT_tree_iter *GT_from_current_conditional(GT_tree_iter *iterator, GT_condition condition)
+    __attribute__((warn_unused_result));
+GT_tree_iter *GT_from_current_while_conditioned(GT_tree_iter *iterator, GT_condition condition)
+    __attribute__((warn_unused_result));
 
 /* The same three, from the item at which `iterator` would look next. */
-GT_tree_iter *GT_from_next(GT_tree_iter *iterator);
-GT_tree_iter *GT_from_next_conditional(GT_tree_iter *iterator, GT_condition condition);
-GT_tree_iter *GT_from_next_while_conditioned(GT_tree_iter *iterator, GT_condition condition);
+GT_tree_iter *GT_from_next(GT_tree_iter *iterator) __attribute__((warn_unused_result));
+GT_tree_iter *GT_from_next_conditional(GT_tree_iter *iterator, GT_condition condition)
+    __attribute__((warn_unused_result));
+GT_tree_iter *GT_from_next_while_conditioned(GT_tree_iter *iterator, GT_condition condition)
+    __attribute__((warn_unused_result));
 
 /* Returns 1 and stores the next accepted item in `*item`. Or the iteration is over: takes the iterator out of the
    tree's list, frees it, and returns 0 with `*item` untouched. The item just delivered may be removed. Linear in the
@@ -221,10 +229,10 @@ GT_tree_iter *GT_from_next_while_conditioned(GT_tree_iter *iterator, GT_conditio
    for has been passed, with those rejected before it: the next step goes on after it.
    Raises line 896 when the iterator that ends is not in its tree's list. Where the host returns, it is freed all the
    same; else it stays, with what it has not looked at still ahead of it. */
-int GT_next_item(GT_tree_iter *iterator, void **item);
+int GT_next_item(GT_tree_iter *iterator, void **item) __attribute__((nonnull(1)));
 
 /* As GT_next_item, but stores the node. Raises line 937 instead of 896. */
-int GT_next_position(GT_tree_iter *iterator, GT_tree_item **position);
+int GT_next_position(GT_tree_iter *iterator, GT_tree_item **position) __attribute__((nonnull(1)));
 
 /* Stores the item that was delivered last, and returns 1 when it is not null, else 0. Requires that one was delivered
    and has not been removed. */
@@ -232,7 +240,7 @@ int GT_current_item(GT_tree_iter *iterator, void **item);
 
 /* Takes the iterator out of the tree's list and frees it. Linear in the number of live iterators.
    Raises line 962 when it is not in its tree's list. Where the host returns, it is freed all the same. */
-void GT_end_iterator(GT_tree_iter *iterator);
+void GT_end_iterator(GT_tree_iter *iterator) __attribute__((nonnull(1)));
 
 /* ---- maintenance ---- */
 

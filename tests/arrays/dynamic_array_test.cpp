@@ -959,7 +959,7 @@ TEST_F(DynamicArray, RollsByTheLargestAmounts)
 
 TEST_F(DynamicArray, CreatingWithoutMemoryRaisesLine33)
 {
-    fail_and_throw(33, [] { DA_create(4, 4); });
+    fail_and_throw(33, [] { return DA_create(4, 4); });
     fail_and_return([] { EXPECT_EQ(DA_create(4, 4), nullptr); });
     EXPECT_EQ(host.take_log(), (log{"alloc " + std::to_string(sizeof(DA_array)) + " = null", "raise darray 33 4197"}));
 }
@@ -967,7 +967,7 @@ TEST_F(DynamicArray, CreatingWithoutMemoryRaisesLine33)
 TEST_F(DynamicArray, CopyingWithoutMemoryForTheHeadRaisesLine271)
 {
     append("AB");
-    fail_and_throw(271, [&] { DA_copy(array); });
+    fail_and_throw(271, [&] { return DA_copy(array); });
     fail_and_return([&] { EXPECT_EQ(DA_copy(array), nullptr); });
     EXPECT_EQ(host.take_log(), (log{"alloc " + std::to_string(sizeof(DA_array)) + " = null", "raise darray 271 4197"}));
 }

@@ -8,6 +8,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -160,7 +161,7 @@ log transcript(unsigned seed, int keys)
                 case 12: key % 3 ? (at ? calls.remove_first() : void()) : calls.remove_item(entries.back()); break;
                 case 13:
                     if (calls.get()->iterators->count < 3) {
-                        GT_all_items(calls.get());
+                        std::ignore = GT_all_items(calls.get());
                     } else if (GT_tree_iter *const oldest =
                                    static_cast<GT_tree_iter *>(calls.get()->iterators->first->item);
                                key % 2) {

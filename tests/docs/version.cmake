@@ -12,7 +12,7 @@ function(expect_first file expression)
     endif()
 endfunction()
 
-expect_first(CHANGELOG.md "^# Changes\n\n## ([0-9.]+)")
+expect_first(CHANGELOG.md "# Changes\n\n## ([0-9.]+)")
 expect_first(debian/changelog "^mova \\(([0-9.]+)\\)")
 expect_first(packaging/mova.wrap "directory = mova-([0-9.]+)\n")
 expect_first(packaging/mova.wrap "source_filename = mova-([0-9.]+)\\.tar")

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <setjmp.h>
@@ -90,10 +91,10 @@ TEST_F(MemoryExhaustion, ALargeBlockWithoutAMappingIsReported)
 TEST_F(MemoryExhaustion, AnErrorMayBeThrownOutOfTheService)
 {
     throws = true;
-    EXPECT_THROW(MM_alloc_item(PTRDIFF_MAX), report);
-    EXPECT_THROW(MM_alloc_item(SIZE_MAX), report);
+    EXPECT_THROW(std::ignore = MM_alloc_item(PTRDIFF_MAX), report);
+    EXPECT_THROW(std::ignore = MM_alloc_item(SIZE_MAX), report);
     void *block = MM_alloc_item(mib);
-    EXPECT_THROW(MM_realloc_item(block, mib, PTRDIFF_MAX), report);
+    EXPECT_THROW(std::ignore = MM_realloc_item(block, mib, PTRDIFF_MAX), report);
     MM_dealloc_item(block, mib);
 }
 
@@ -104,7 +105,7 @@ TEST_F(MemoryExhaustion, AnErrorMayBeJumpedOutOfTheService)
     const mova_memory_totals before = mova_memory_statistics();
     jumps_to = &here;
     if (setjmp(here) == 0)
-        MM_alloc_item(SIZE_MAX);
+        std::ignore = MM_alloc_item(SIZE_MAX);
     if (setjmp(here) == 0)
         mova_memory_zeroed(SIZE_MAX);
     if (setjmp(here) == 0)
@@ -133,8 +134,8 @@ TEST_F(MemoryExhaustion, ABlockThatCannotGrowIsAsItWas)
 TEST_F(MemoryExhaustion, AFailureLeavesTheFiguresAlone)
 {
     mova_memory_totals before = mova_memory_statistics();
-    MM_alloc_item(PTRDIFF_MAX);
-    MM_alloc_item(SIZE_MAX);
+    std::ignore = MM_alloc_item(PTRDIFF_MAX);
+    std::ignore = MM_alloc_item(SIZE_MAX);
     mova_memory_totals after = mova_memory_statistics();
     EXPECT_EQ(after.live_blocks, before.live_blocks);
     EXPECT_EQ(after.live_bytes, before.live_bytes);

@@ -5,6 +5,7 @@
 #include <tests/support/fault_sweep.h>
 
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -161,7 +162,7 @@ TEST(SimpleListFaults, CopiesThatWereMadeBeforeAnExceptionStayTheCallers)
 {
     lists l;
     fault_plan::get().arm(fault_source::callback, fault_way::throws, 3);
-    EXPECT_THROW(SL_total_copy(l.open, copy_of), fault);
+    EXPECT_THROW(std::ignore = SL_total_copy(l.open, copy_of), fault);
     EXPECT_EQ(copies[0].next, &copies[1]);
     EXPECT_EQ(copies[1].prev, &copies[0]);
     l.release();
