@@ -2,7 +2,6 @@
 #include "draw.h"
 
 #include <algorithm>
-#include <ctime>
 #include <random>
 #include <string>
 
@@ -207,46 +206,6 @@ TEST(Map, IsHalfAsHighAsItIsWide)
     const Pixels map = map_of("[[10,10],[20,10]]", 17);
     EXPECT_EQ(17, map.width());
     EXPECT_EQ(8, map.height());
-}
-
-/* How long countries of these outlines take, each with a name of its own. */
-static double seconds_to_draw(const std::string &arcs, int countries, int width)
-{
-    std::string geometries;
-    for (int i = 0; i < countries; ++i) {
-        const std::string number = std::to_string(i);
-        geometries += (i ? "," : "") + (R"({"type":"Polygon","properties":{"name":"N)" + number + R"("},"arcs":[[)") +
-                      number + "]]}";
-    }
-    const Topology topology =
-        decode(world(R"("countries":{"type":"GeometryCollection","geometries":[)" + geometries + "]}", arcs));
-    const std::clock_t start = std::clock();
-    Drawing drawing(topology, width, no_progress);
-    for (int top = 0; top < width / 2; top += 32) {
-        Pixels band(Rectangle{0, top, width, std::min(top + 32, width / 2)});
-        drawing.draw(band.tile());
-    }
-    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
-
-static std::string square(double west, double south, double width, double height)
-{
-    const auto corner = [](double x, double y) { return "[" + std::to_string(x) + "," + std::to_string(y) + "]"; };
-    const double east = west + width, north = south + height;
-    return "[" + corner(west, south) + "," + corner(east, south) + "," + corner(east, north) + "," +
-           corner(west, north) + "," + corner(west, south) + "]";
-}
-
-TEST(Drawing, OfStackedCountriesTakesLittleLongerThanOfThoseApart)
-{
-    const int countries = 1000, width = 4096;
-    std::string apart, stacked;
-    for (int i = 0; i < countries; ++i) {
-        apart += (i ? "," : "") + square(-179 + 8 * (i % 40), -85 + 6.5 * (i / 40), 7, 6);
-        stacked += (i ? "," : "") + square(-170 + 0.15 * i, -85 + 0.08 * i, 340 - 0.3 * i, 170 - 0.16 * i);
-    }
-    const double harmless = seconds_to_draw(apart, countries, width);
-    EXPECT_GT(5 * harmless + 2, seconds_to_draw(stacked, countries, width));
 }
 
 /* So many random lines that most of what they enclose is hidden: low tiles pass over that, the whole map does not. */
