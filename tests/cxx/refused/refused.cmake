@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-# Compiles a program that the typed layer refuses, and fails unless the compiler says the text of the program's first line.
+# Compiles a program that the typed layer refuses, and fails unless the compiler says what the program's first line comment says.
 #
 # cmake -DCOMPILER=... -DFLAGS=... -DSOURCE=... -P <this file>
-file(STRINGS ${SOURCE} text LIMIT_COUNT 1)
+file(STRINGS ${SOURCE} text REGEX "^// " LIMIT_COUNT 1)
 string(REGEX REPLACE "^// " "" text "${text}")
 separate_arguments(flags UNIX_COMMAND "${FLAGS}")
 execute_process(COMMAND ${COMPILER} ${flags} -fsyntax-only ${SOURCE} RESULT_VARIABLE result ERROR_VARIABLE said)
