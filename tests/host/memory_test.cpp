@@ -100,6 +100,8 @@ TEST(Memory, BlocksOfSizeZeroAreBlocksOfTheirOwn)
 TEST(Memory, ANullThatIsReleasedIsNeverHandedOut)
 {
     for (size_t size : {size_t{0}, size_t{1}, size_t{48}, kib, 5 * kib, 100 * kib, mib, 100 * mib}) {
+        /* As many live blocks as there are releases, so that each release would be seen to count. */
+        const std::vector<void *> held = allocate(size <= 5 * kib ? 100 : 1, size);
         const size_t live = mova_memory_statistics_of_size(size).live_blocks;
         for (int i = 0; i < 100; ++i)
             MM_dealloc_item(nullptr, size);
@@ -107,6 +109,7 @@ TEST(Memory, ANullThatIsReleasedIsNeverHandedOut)
         std::vector<void *> blocks = allocate(10, size);
         EXPECT_EQ(std::ranges::count(blocks, nullptr), 0) << size;
         release(blocks, size);
+        release(held, size);
     }
 }
 
