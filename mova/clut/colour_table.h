@@ -43,8 +43,8 @@
    function.
 
    Failures: an exception or a jump, out of the callback, a raise, the debug output, the warning or debug_break, passes
-   through. After an exception the table is unchanged, where a function does not say otherwise. After a jump too, but
-   what the function had changed before it called what jumped is not undone.
+   through. After an exception the table is unchanged, where a function does not say otherwise. After a jump it is
+   usable: what the function had changed before it called what jumped stays.
 
    There are no locks: all calls come from one thread. The callback may read and set colours, and it must not initialise
    the table again.
