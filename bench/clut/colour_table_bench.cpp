@@ -12,11 +12,6 @@
 #include <bench/scoreboard.h>
 #include <mova/clut/colour_table.h>
 
-/* The default one asks the system for a debugger, which takes far longer than the table's own work. */
-void debug_break()
-{
-}
-
 namespace {
 
 using benchmark::DoNotOptimize;

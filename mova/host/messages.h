@@ -4,14 +4,15 @@
        service          by default                          a program may set
        mova_dprintf     formatted to stderr, as printf      mova_set_debug_print: gets the formatted text
        MSG_Message      the text and a newline to stderr    mova_set_message: gets the text
-       debug_break      stops in an attached debugger, and returns at once where there is none
+       debug_break      stops in an attached debugger, and returns where there is none
 
    The functions that receive texts are the whole program's. They may be set at any time and from any thread; a text
    that another thread has begun may still go to the function before it. They may throw; a longjmp out of the one for
    the debug output loses the memory of a text longer than 511 characters.
 
-   debug_break asks Linux on each call whether the calling thread is traced, and takes any tracer for a debugger. On
-   other systems it returns at once.
+   debug_break asks Linux whether the calling thread is traced, and takes any tracer for a debugger. That takes a file
+   to be read. So each thread asks eight times a second at most, and a debugger is noticed an eighth of a second after it
+   was attached at the latest; the calls between cost a look at the clock. On other systems it returns.
 
    A program that defines mova_dprintf, debug_break and MSG_Message itself replaces this group. It then uses nothing
    that is declared here: in a static link that would bring in the defaults a second time. */
