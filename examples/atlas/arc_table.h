@@ -16,7 +16,7 @@ class ArcTable {
 public:
     /* With room for every arc: a table grows beyond seven eighths. */
     explicit ArcTable(const Topology &topology)
-        : table_(HSH_create(static_cast<std::uint32_t>(GL_count_items(topology.arcs.get())) / 7 * 8 + 8, shift))
+        : table_(HSH_create(static_cast<std::uint32_t>(topology.arcs.size()) / 7 * 8 + 8, shift))
     {
     }
     ~ArcTable() { HSH_release(&table_); }

@@ -34,8 +34,8 @@ constexpr std::int64_t whole_globe = std::int64_t{2} * 360 << area_bits;
 static std::int64_t signed_area(const Points &points)
 {
     std::int64_t sum = 0;
-    for (std::int32_t i = 0; i < points.count(); ++i) {
-        const Point from = points[i], to = points[GB_advance(points.get(), i, 1)];
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const Point from = points[i], to = points[i + 1 < points.size() ? i + 1 : 0];
         const std::int64_t across = std::int64_t{from.longitude} - to.longitude;
         const std::int64_t below = across * (sine(from.latitude) + sine(to.latitude));
         sum += (below + (std::int64_t{1} << (dropped_bits - 1))) >> dropped_bits;
@@ -44,7 +44,7 @@ static std::int64_t signed_area(const Points &points)
 }
 
 /* A ring that goes round many times covers no more than the globe. */
-static std::int64_t area(const Path &ring)
+static std::int64_t area(const Ring &ring)
 {
     std::int64_t sum = 0;
     const Shapes shapes(ring);
@@ -57,11 +57,11 @@ static std::int64_t area(const Path &ring)
 std::int64_t area(const Polygon &polygon)
 {
     std::int64_t shore = 0, holes = 0;
-    for_each_ring(polygon, [&](const Path &ring) {
-        const auto [smaller, larger] = std::minmax({shore, area(ring)});
+    for (const Ring *ring : polygon) {
+        const auto [smaller, larger] = std::minmax({shore, area(*ring)});
         shore = larger;
         holes = std::min(holes + smaller, whole_globe);
-    });
+    }
     return std::max<std::int64_t>(shore - holes, 0) * square_kilometres >> area_bits;
 }
 

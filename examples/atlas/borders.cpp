@@ -10,14 +10,12 @@ static mova_word word(const Country *country)
     return reinterpret_cast<mova_word>(country);
 }
 
-void find_borders(const Topology &topology)
+void find_borders(Topology &topology)
 {
     ArcTable seen(topology); /* the first country along each arc */
-    GL_iterator arcs = GL_all_items(topology.arcs.get());
-    while (Arc *arc = next_record<Arc>(arcs))
+    for (Arc *arc : topology.arcs)
         arc->use = ArcUse::none;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries)) {
+    for (const Country *country : topology.countries) {
         for_each_stretch(*country, [&](const Stretch &stretch) {
             const mova_word first = seen.get(stretch.arc);
             if (!first) {

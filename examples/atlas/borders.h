@@ -8,7 +8,7 @@
 namespace atlas {
 
 /* Sets the use of every arc: a border where several countries run along it, a coast where just one does. */
-void find_borders(const Topology &topology);
+void find_borders(Topology &topology);
 
 } // namespace atlas
 

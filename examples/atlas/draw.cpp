@@ -44,10 +44,9 @@ Drawing::Drawing(const Topology &topology, int width, const Progress &progress)
       labels_(topology, size_.width, size_.height, progress)
 {
     const Tints tints(topology);
-    const std::size_t all = static_cast<std::size_t>(GL_count_items(topology.countries.get()));
+    const std::size_t all = topology.countries.size();
     std::size_t done = 0;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries)) {
+    for (const Country *country : topology.countries) {
         progress("preparing", done++, all);
         fill_.add(*country, inks().land[static_cast<std::size_t>(tints.of(*country))]);
     }

@@ -44,8 +44,8 @@ void Fill::add(const Country &country, std::uint8_t ink)
     SL_iterator each = SL_all_items(shapes.get());
     for (void *item; SL_next_item(&each, &item);) {
         const Points &points = static_cast<const Shape *>(item)->points;
-        for (std::int32_t i = 0; i < points.count(); ++i)
-            add_edge(points[i], points[GB_advance(points.get(), i, 1)]);
+        for (std::size_t i = 0; i < points.size(); ++i)
+            add_edge(points[i], points[i + 1 < points.size() ? i + 1 : 0]);
     }
     inks_.push_back(ink);
 }

@@ -43,8 +43,8 @@ static void for_each_side(const Shapes &shapes, Visit visit)
     SL_iterator each = SL_all_items(shapes.get());
     for (void *item; SL_next_item(&each, &item);) {
         const Points &points = static_cast<const Shape *>(item)->points;
-        for (std::int32_t i = 0; i < points.count(); ++i)
-            visit(points[i], points[GB_advance(points.get(), i, 1)]);
+        for (std::size_t i = 0; i < points.size(); ++i)
+            visit(points[i], points[i + 1 < points.size() ? i + 1 : 0]);
     }
 }
 

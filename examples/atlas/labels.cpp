@@ -90,7 +90,7 @@ static std::optional<Box> place(const Interior &interior, const std::string &tex
 
 static std::optional<Label> candidate(const Summary &summary, Grid grid, std::int64_t &crossings_left)
 {
-    const std::string name = as_glyphs(summary.country->name.view().substr(0, 4 * longest_label + 4));
+    const std::string name = as_glyphs(std::string_view(summary.country->name).substr(0, 4 * longest_label + 4));
     if (!summary.largest || name.empty() || name.size() > longest_label)
         return std::nullopt;
     const Interior interior(*summary.largest, grid, crossings_left);
@@ -109,7 +109,8 @@ static std::optional<Label> candidate(const Summary &summary, Grid grid, std::in
 
 static std::int32_t compare_labels(void *a, void *b)
 {
-    return compare_areas(static_cast<const Label *>(a)->summary, static_cast<const Label *>(b)->summary);
+    const auto order = by_area()(static_cast<const Label *>(a)->summary, static_cast<const Label *>(b)->summary);
+    return order < 0 ? -1 : order > 0;
 }
 
 /* ---- collisions ---- */
@@ -180,13 +181,12 @@ Labels::Labels(const Topology &topology, int width, int height, const Progress &
     : grid_{width, height, std::max(1, (width + width_per_cell_pixel / 2) / width_per_cell_pixel)},
       tree_(GT_create_with_dupl_not_allowed(compare_labels))
 {
-    const AreaIndex countries(topology);
-    const std::size_t all = static_cast<std::size_t>(GL_count_items(topology.countries.get()));
+    const AreaIndex countries = index_by_area(topology);
+    const std::size_t all = topology.countries.size();
     std::size_t done = 0;
     std::int64_t crossings_left = all_crossings;
-    tree_iter *summaries = GT_all_items(countries.get());
-    for (void *summary; GT_next_item(summaries, &summary);) {
-        if (const std::optional<Label> label = candidate(*static_cast<const Summary *>(summary), grid_, crossings_left))
+    for (const Summary &summary : countries) {
+        if (const std::optional<Label> label = candidate(summary, grid_, crossings_left))
             GT_insert_item(tree_, new (MM_alloc_item(sizeof(Label))) Label(*label));
         progress("labelling", ++done, all);
     }

@@ -6,7 +6,7 @@
 #include <mova/tree/balanced_tree.h>
 
 #include "canvas.h"
-#include "indices.h"
+#include "countries.h"
 #include "interior.h"
 #include "topology.h"
 

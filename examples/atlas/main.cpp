@@ -15,14 +15,14 @@
 #include <mova/host/messages.h>
 
 #include "colours.h"
+#include "countries.h"
 #include "draw.h"
 #include "error.h"
 #include "file.h"
-#include "indices.h"
 #include "options.h"
 #include "picture.h"
 #include "png_file.h"
-#include "select.h"
+#include "text.h"
 #include "topology.h"
 
 namespace atlas {
@@ -62,7 +62,7 @@ static void check_not_same(const std::string &file, const std::string &out)
 static void print_tree(const Topology &topology)
 {
     const mova_text_fn before = mova_set_debug_print([](const char *text) { std::fputs(text, stdout); });
-    AreaIndex(topology).print();
+    print(index_by_area(topology));
     mova_set_debug_print(before);
 }
 

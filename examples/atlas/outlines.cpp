@@ -36,9 +36,8 @@ void Outlines::add_segment(Point from, Point to, Size map, bool is_border)
 
 Outlines::Outlines(const Topology &topology, Size map)
 {
-    GL_iterator arcs = GL_all_items(topology.arcs.get());
-    while (const Arc *arc = next_record<Arc>(arcs)) {
-        for (std::int32_t i = 1; arc->use != ArcUse::none && i < arc->points.count(); ++i)
+    for (const Arc *arc : topology.arcs) {
+        for (std::size_t i = 1; arc->use != ArcUse::none && i < arc->points.size(); ++i)
             add_segment(arc->points[i - 1], arc->points[i], map, arc->use == ArcUse::border);
     }
     lines_.sort();

@@ -15,33 +15,22 @@ namespace atlas {
 
 /* ---- joining ---- */
 
-static Points points_along(const Stretch &stretch)
-{
-    Points points;
-    GB_copy(points.get(), stretch.arc->points.get());
-    if (stretch.reversed)
-        GB_reverse(points.get());
-    return points;
-}
-
-static std::int32_t count_points(const Path &path)
-{
-    std::int32_t points = 0;
-    for_each_stretch(path, [&](const Stretch &stretch) { points += stretch.arc->points.count(); });
-    return points;
-}
-
 /* Each stretch ends where the next one, or the first, starts: that point is kept once. */
-static Points joined(const Path &path)
+static Points joined(const Ring &ring)
 {
-    Points ring(count_points(path));
-    for_each_stretch(path, [&](const Stretch &stretch) {
-        Points points = points_along(stretch);
-        GB_remove_last_item(points.get());
-        GB_append_block(ring.get(), points.get());
-    });
-    GB_set_closed(ring.get());
-    return ring;
+    std::size_t count = 0;
+    for (const Stretch &stretch : ring)
+        count += stretch.arc->points.size();
+    Points all(count);
+    for (const Stretch &stretch : ring) {
+        Points points = stretch.arc->points.copy();
+        if (stretch.reversed)
+            points.reverse();
+        points.remove_last();
+        all.append(std::move(points));
+    }
+    all.close();
+    return all;
 }
 
 /* ---- cutting ---- */
@@ -65,25 +54,25 @@ static Point crossing(Point from, Point to)
 }
 
 /* Returns the ring with a point added wherever it crosses the edge. The positions of those are stored in `seams`. */
-static Points with_seams(const Points &ring, std::vector<std::int32_t> &seams)
+static Points with_seams(const Points &ring, std::vector<std::size_t> &seams)
 {
-    Points all(2 * ring.count());
-    for (std::int32_t i = 0; i < ring.count(); ++i) {
-        const Point from = ring[i], to = ring[GB_advance(ring.get(), i, 1)];
-        GB_append_after_last(all.get(), &from);
+    Points all(2 * ring.size());
+    for (std::size_t i = 0; i < ring.size(); ++i) {
+        const Point from = ring[i], to = ring[i + 1 < ring.size() ? i + 1 : 0];
+        all.append(from);
         if (crosses_edge(from, to)) {
-            const Point seam = crossing(from, to);
-            seams.push_back(GB_append_after_last(all.get(), &seam));
+            seams.push_back(all.size());
+            all.append(crossing(from, to));
         }
     }
-    GB_set_closed(all.get());
+    all.close();
     return all;
 }
 
 /* A cut leaves the seam at both of its sides: at the end of a piece, the seam lies on the other side of the map. */
 static void end_at_other_side(Points &piece)
 {
-    piece[piece.count() - 1].longitude *= -1;
+    piece.back().longitude *= -1;
 }
 
 static Angle nearer_pole(const Points &ring)
@@ -104,39 +93,38 @@ static void append_shape(SL_list *shapes, Points points)
 /* What goes from side to side is closed by way of the pole. The room that a cut has left is given up. */
 static void close_piece(SL_list *shapes, Points piece, Angle pole)
 {
-    const Point start = piece.first(), end = piece.last();
-    GB_set_number_of_elements(piece.get(), piece.count() + 2);
+    const Point start = piece.front(), end = piece.back();
+    piece.set_capacity(piece.size() + 2);
     if (start.longitude != end.longitude) {
         for (const Point corner : {Point{end.longitude, pole}, Point{start.longitude, pole}})
-            GB_append_after_last(piece.get(), &corner);
+            piece.append(corner);
     }
-    GB_set_closed(piece.get());
+    piece.close();
     append_shape(shapes, std::move(piece));
 }
 
 /* Cuts the piece at the seams, which lie at those positions less `start`. A split is linear in what it takes off, so
    the piece is halved, not peeled. */
-static void cut_at(SL_list *shapes, Points piece, std::span<const std::int32_t> seams, std::int32_t start, Angle pole)
+static void cut_at(SL_list *shapes, Points piece, std::span<const std::size_t> seams, std::size_t start, Angle pole)
 {
     if (seams.empty())
         return close_piece(shapes, std::move(piece), pole);
     const std::size_t middle = seams.size() / 2;
-    Points rest;
-    GB_remove_and_get_end_part(rest.get(), piece.get(), seams[middle] - start);
+    Points rest = piece.split(seams[middle] - start);
     end_at_other_side(piece);
     cut_at(shapes, std::move(piece), seams.first(middle), start, pole);
     cut_at(shapes, std::move(rest), seams.subspan(middle + 1), seams[middle], pole);
 }
 
-static void append_ring(SL_list *shapes, const Path &path)
+static void append_ring(SL_list *shapes, const Ring &path)
 {
     Points whole = joined(path);
-    std::vector<std::int32_t> seams;
+    std::vector<std::size_t> seams;
     Points ring = with_seams(whole, seams);
     if (seams.empty())
         return append_shape(shapes, std::move(whole));
     const Angle pole = nearer_pole(whole);
-    GB_make_open_at_position(ring.get(), seams.front());
+    ring.open_at(seams.front());
     end_at_other_side(ring);
     cut_at(shapes, std::move(ring), std::span(seams).subspan(1), seams.front(), pole);
 }
@@ -150,15 +138,16 @@ static void free_shape(void **item)
 
 Shapes::Shapes(const Country &country)
 {
-    for_each_ring(country, [&](const Path &ring) { append_ring(list_, ring); });
+    for_each_ring(country, [&](const Ring &ring) { append_ring(list_, ring); });
 }
 
 Shapes::Shapes(const Polygon &polygon)
 {
-    for_each_ring(polygon, [&](const Path &ring) { append_ring(list_, ring); });
+    for (const Ring *ring : polygon)
+        append_ring(list_, *ring);
 }
 
-Shapes::Shapes(const Path &ring)
+Shapes::Shapes(const Ring &ring)
 {
     append_ring(list_, ring);
 }

@@ -38,7 +38,7 @@ class Shapes {
 public:
     explicit Shapes(const Country &country);
     explicit Shapes(const Polygon &polygon);
-    explicit Shapes(const Path &ring);
+    explicit Shapes(const Ring &ring);
     ~Shapes();
     Shapes(const Shapes &) = delete;
     Shapes &operator=(const Shapes &) = delete;

@@ -2,6 +2,7 @@
 #include "text.h"
 
 #include <bit>
+#include <cstdint>
 
 namespace atlas {
 

@@ -22,8 +22,7 @@ Tints::Tints(const Topology &topology)
 {
     ArcTable taken(topology); /* bit n of an arc's word: a country of tint n runs along it */
     int turn = 0;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries)) {
+    for (const Country *country : topology.countries) {
         mova_word around = 0;
         for_each_stretch(*country, [&](const Stretch &stretch) { around |= taken.get(stretch.arc); });
         const int tint = choose_tint(around, turn);

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include <mova/arrays/id_lookup_table.h>
+#include <mova/cxx/id_table.h>
 #include <nlohmann/json.hpp>
 
 #include "borders.h"
@@ -279,18 +279,12 @@ static const json &coordinate(const json &position, std::size_t dimension)
     return position[dimension];
 }
 
-static Points room_for(const json &positions)
-{
-    return Points(static_cast<std::int32_t>(positions.size()));
-}
-
 static Points plain_points(const json &positions)
 {
-    Points points = room_for(positions);
+    Points points(positions.size());
     for (const json &position : positions) {
-        const Point point =
-            point_at(fine(coordinate(position, 0), "a position"), fine(coordinate(position, 1), "a position"));
-        GB_append_after_last(points.get(), &point);
+        points.append(
+            point_at(fine(coordinate(position, 0), "a position"), fine(coordinate(position, 1), "a position")));
     }
     return points;
 }
@@ -298,128 +292,54 @@ static Points plain_points(const json &positions)
 /* Each quantised position is a step from the one before it. */
 static Points delta_decoded_points(const json &positions, const Transform &transform)
 {
-    Points points = room_for(positions);
+    Points points(positions.size());
     std::int64_t x = 0, y = 0;
     for (const json &step : positions) {
         if (__builtin_add_overflow(x, whole(coordinate(step, 0), "a position"), &x) ||
             __builtin_add_overflow(y, whole(coordinate(step, 1), "a position"), &y))
             throw Error("a position lies outside the globe");
-        const Point point = point_at(dequantised(x, transform.longitude), dequantised(y, transform.latitude));
-        GB_append_after_last(points.get(), &point);
+        points.append(point_at(dequantised(x, transform.longitude), dequantised(y, transform.latitude)));
     }
     return points;
 }
 
-/* Outlines name arcs by number, from 0 on, so the arcs also have ids while outlines are read, from 1 on. */
-class ArcIds {
-public:
-    ArcIds() = default;
-    ~ArcIds() { io_lut_release(&table_); }
-    ArcIds(const ArcIds &) = delete;
-    ArcIds &operator=(const ArcIds &) = delete;
+/* Outlines name arcs by number, from 0 on; their ids count from 1 on. */
+using ArcIds = mova::id_table<Arc>;
 
-    std::int32_t count() const { return count_; }
-    void add(Arc *arc) { count_ = io_lut_add(table_, arc); }
-    /* Returns null where there is no such arc. */
-    Arc *look(std::int64_t number) const
-    {
-        return static_cast<Arc *>(number < count_ ? io_lut_get_ptr(table_, static_cast<std::int32_t>(number) + 1)
-                                                  : nullptr);
-    }
-    io_lut_iterator all() const { return io_lut_all_items(table_); }
-
-private:
-    DA_array *table_ = io_lut_create();
-    std::int32_t count_ = 0;
-};
-
-static void read_arcs(const json &root, OwningList<Arc> &arcs, ArcIds &ids, const Progress &progress)
+static void read_arcs(const json &root, Owned<Arc> &arcs, ArcIds &ids, const Progress &progress)
 {
     const std::optional<Transform> transform = read_transform(root);
     const json &all = array(member(root, "arcs", "the topology"), "the topology's \"arcs\"");
     for (const json &positions : all) {
         if (array(positions, "an arc").size() < 2)
-            throw Error("arc " + std::to_string(ids.count()) + " has fewer than two positions");
+            throw Error("arc " + std::to_string(arcs.size()) + " has fewer than two positions");
         auto arc = std::make_unique<Arc>();
         arc->points = transform ? delta_decoded_points(positions, *transform) : plain_points(positions);
-        ids.add(arcs.append(std::move(arc)));
-        progress("decoding", static_cast<std::size_t>(ids.count()), all.size());
+        ids.add(*arcs.append(std::move(arc)));
+        progress("decoding", arcs.size(), all.size());
     }
 }
 
 /* ---- outlines ---- */
 
-/* Number n means arc n, and ~n means arc n backwards. */
-static Stretch read_stretch(const json &value, const ArcIds &arcs)
-{
-    const std::int64_t number = whole(value, "an outline");
-    const std::int64_t index = number < 0 ? ~number : number;
-    Arc *arc = arcs.look(index);
-    if (!arc)
-        throw Error("an outline refers to arc " + std::to_string(index) + " of " + std::to_string(arcs.count()));
-    return {arc, number < 0};
-}
-
-static std::unique_ptr<Path> read_path(const json &numbers, const ArcIds &arcs)
-{
-    if (array(numbers, "an outline").empty())
-        throw Error("an outline has no arcs");
-    auto path = std::make_unique<Path>();
-    for (const json &number : numbers) {
-        const Stretch stretch = read_stretch(number, arcs);
-        EL_append_after_last(path->stretches(), &stretch);
-    }
-    return path;
-}
-
-static bool joins(EL_node *position, EL_node *next)
-{
-    return static_cast<const Stretch *>(EL_element(position))->end() ==
-           static_cast<const Stretch *>(EL_element(next))->start();
-}
-
-/* Requires a stretch at least. A position is a node of the list, and its links may be read. */
-static void check_joints(const Path &path)
-{
-    EL_iterator positions = EL_all_items(path.stretches());
-    for (EL_node *position; EL_next_position(&positions, &position);) {
-        if (position->next && !joins(position, position->next))
-            throw Error("an outline's arcs do not join");
-    }
-}
-
-static void close_ring(const Path &path)
-{
-    EL_list *stretches = path.stretches();
-    if (!joins(stretches->last, stretches->first))
-        throw Error("a ring is not closed");
-    EL_set_closed(stretches);
-}
-
-static Text read_name(const json &geometry)
+static std::string_view read_name(const json &geometry)
 {
     const json *properties = find(geometry, "properties");
     const json *name = properties ? find(*properties, "name") : nullptr;
-    return name && name->is_string() ? Text(name->get_ref<const std::string &>()) : Text();
-}
-
-/* A short file can name a long arc without end. Maps run along an arc once or twice, nested ones a few times more. */
-static std::size_t most_points(const ArcIds &arcs)
-{
-    std::size_t points = 0;
-    io_lut_iterator all = arcs.all();
-    while (const void *arc = io_lut_next_item(&all))
-        points += static_cast<std::size_t>(static_cast<const Arc *>(arc)->points.count());
-    return std::min(points * most_runs, most_outline_points);
+    return name && name->is_string() ? std::string_view(name->get_ref<const std::string &>()) : std::string_view();
 }
 
 /* Reads the geometries of an object, as deep as they are nested, into countries. */
 class OutlineReader {
 public:
-    OutlineReader(const ArcIds &arcs, OwningList<Country> &countries)
-        : arcs_(arcs), countries_(countries), ring_points_left_(most_points(arcs)),
-          line_points_left_(std::max(ring_points_left_, room_for_lines))
+    OutlineReader(Topology &topology, ArcIds &arcs) : topology_(topology), arcs_(arcs)
     {
+        /* A short file can name a long arc without end. Maps run along an arc once or twice, nested ones a few times more. */
+        std::size_t points = 0;
+        for (const Arc *arc : topology.arcs)
+            points += arc->points.size();
+        ring_points_left_ = std::min(points * most_runs, most_outline_points);
+        line_points_left_ = std::max(ring_points_left_, room_for_lines);
     }
 
     void read(const json &geometry, int depth = 0)
@@ -458,44 +378,68 @@ private:
                 read_line(each, country);
         else
             throw Error("a geometry is of an unknown type");
-        if (GL_count_items(country.polygons.get()) + GL_count_items(country.lines.get()) == 0)
+        if (country.polygons.empty() && country.lines.empty())
             return;
         country.name = read_name(geometry);
-        countries_.append(std::make_unique<Country>(std::move(country)));
-    }
-
-    static void count_points(const Path &path, std::size_t &left)
-    {
-        for_each_stretch(path, [&](const Stretch &stretch) {
-            const std::size_t points = static_cast<std::size_t>(stretch.arc->points.count());
-            if (points > left)
-                throw Error("the outlines have too many points: they run along the same arcs again and again");
-            left -= points;
-        });
+        topology_.countries.append(std::make_unique<Country>(std::move(country)));
     }
 
     void read_polygon(const json &rings, Country &country)
     {
         auto polygon = std::make_unique<Polygon>();
         for (const json &numbers : array(rings, "a polygon")) {
-            const Path *ring = polygon->rings.append(read_path(numbers, arcs_));
-            check_joints(*ring);
-            close_ring(*ring);
-            count_points(*ring, ring_points_left_);
+            Line line = read_line(numbers);
+            if (line.back().end() != line.front().start())
+                throw Error("a ring is not closed");
+            count_points(line, ring_points_left_);
+            polygon->append(std::make_unique<Ring>(std::move(line).close()));
         }
-        if (GL_count_items(polygon->rings.get()) > 0)
+        if (!polygon->empty())
             country.polygons.append(std::move(polygon));
     }
 
     void read_line(const json &numbers, Country &country)
     {
-        const Path *line = country.lines.append(read_path(numbers, arcs_));
-        check_joints(*line);
+        auto line = std::make_unique<Line>(read_line(numbers));
         count_points(*line, line_points_left_);
+        country.lines.append(std::move(line));
     }
 
-    const ArcIds &arcs_;
-    OwningList<Country> &countries_;
+    Line read_line(const json &numbers)
+    {
+        if (array(numbers, "an outline").empty())
+            throw Error("an outline has no arcs");
+        Line line;
+        for (const json &number : numbers)
+            line.append(read_stretch(number));
+        const auto apart = [](const Stretch &before, const Stretch &after) { return before.end() != after.start(); };
+        if (std::ranges::adjacent_find(line, apart) != line.end())
+            throw Error("an outline's arcs do not join");
+        return line;
+    }
+
+    static void count_points(const Line &line, std::size_t &left)
+    {
+        for (const Stretch &stretch : line) {
+            if (stretch.arc->points.size() > left)
+                throw Error("the outlines have too many points: they run along the same arcs again and again");
+            left -= stretch.arc->points.size();
+        }
+    }
+
+    /* Number n means arc n, and ~n means arc n backwards. */
+    Stretch read_stretch(const json &value)
+    {
+        const std::int64_t number = whole(value, "an outline");
+        const std::int64_t index = number < 0 ? ~number : number;
+        const std::size_t count = topology_.arcs.size();
+        if (static_cast<std::uint64_t>(index) >= count)
+            throw Error("an outline refers to arc " + std::to_string(index) + " of " + std::to_string(count));
+        return {&arcs_[static_cast<std::int32_t>(index) + 1], number < 0};
+    }
+
+    Topology &topology_;
+    ArcIds &arcs_;
     std::size_t ring_points_left_, line_points_left_;
 };
 
@@ -512,16 +456,10 @@ static void read_objects(const json &objects, OutlineReader &reader)
 /* As a transform makes of any file that scales by nothing. */
 static bool is_one_point(const Topology &topology)
 {
-    std::optional<Point> only;
-    GL_iterator arcs = GL_all_items(topology.arcs.get());
-    while (const Arc *arc = next_record<Arc>(arcs)) {
-        for (const Point &point : arc->points) {
-            if (point != only.value_or(point))
-                return false;
-            only = point;
-        }
-    }
-    return true;
+    const Point first = topology.arcs.front()->points.front();
+    return std::ranges::all_of(topology.arcs, [=](const Arc *arc) {
+        return std::ranges::all_of(arc->points, [=](const Point &point) { return point == first; });
+    });
 }
 
 Topology decode_topology(std::string_view text, const Progress &progress)
@@ -533,9 +471,9 @@ Topology decode_topology(std::string_view text, const Progress &progress)
         throw Error("not a TopoJSON topology");
     ArcIds arcs;
     read_arcs(root, topology.arcs, arcs, progress);
-    OutlineReader reader(arcs, topology.countries);
+    OutlineReader reader(topology, arcs);
     read_objects(member(root, "objects", "the topology"), reader);
-    if (GL_count_items(topology.countries.get()) == 0)
+    if (topology.countries.empty())
         throw Error("nothing to draw: no geometry has outlines");
     if (is_one_point(topology))
         topology.warnings.emplace_back("all of its points are one point: there is little to see");
@@ -543,35 +481,16 @@ Topology decode_topology(std::string_view text, const Progress &progress)
     return topology;
 }
 
-/* ---- questions ---- */
-
-int is_border(void *arc)
-{
-    return static_cast<const Arc *>(arc)->use == ArcUse::border;
-}
-
-int is_coast(void *arc)
-{
-    return static_cast<const Arc *>(arc)->use == ArcUse::coast;
-}
-
-static int is_used(void *arc)
-{
-    return static_cast<const Arc *>(arc)->use != ArcUse::none;
-}
-
 Totals totals(const Topology &topology)
 {
     Totals sum = {};
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries)) {
+    for (const Country *country : topology.countries) {
         ++sum.countries;
-        sum.lines += GL_count_items(country->lines.get());
-        for_each_ring(*country, [&](const Path &) { ++sum.rings; });
+        sum.lines += static_cast<std::int64_t>(country->lines.size());
+        for_each_ring(*country, [&](const Ring &) { ++sum.rings; });
     }
-    GL_iterator arcs = GL_tested_items(topology.arcs.get(), is_used);
-    while (const Arc *arc = next_record<Arc>(arcs))
-        sum.points += arc->points.count();
+    for (const Arc *arc : topology.arcs)
+        sum.points += arc->use == ArcUse::none ? 0 : static_cast<std::int64_t>(arc->points.size());
     return sum;
 }
 

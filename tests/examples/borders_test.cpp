@@ -19,8 +19,7 @@ const std::string four_squares = square + "," + square + "," + square + "," + sq
 std::vector<ArcUse> uses(const Topology &topology)
 {
     std::vector<ArcUse> all;
-    GL_iterator arcs = GL_all_items(topology.arcs.get());
-    while (const Arc *arc = next_record<Arc>(arcs))
+    for (const Arc *arc : topology.arcs)
         all.push_back(arc->use);
     return all;
 }
@@ -44,10 +43,8 @@ TEST(Borders, LieNotBetweenTwoRingsOfOneCountry)
 TEST(Borders, AreFoundAnewWhenACountryIsGone)
 {
     const std::string objects = R"("a":{"type":"Polygon","arcs":[[0],[1]]},"b":{"type":"Polygon","arcs":[[1],[2]]})";
-    const Topology topology = decode(world(objects, four_squares));
-    GL_list *countries = topology.countries.get();
-    delete static_cast<Country *>(countries->first->item);
-    GL_remove_item(countries, countries->first);
+    Topology topology = decode(world(objects, four_squares));
+    topology.countries.remove(topology.countries.begin());
     find_borders(topology);
     EXPECT_EQ((std::vector{ArcUse::none, ArcUse::coast, ArcUse::coast, ArcUse::none}), uses(topology));
 }
@@ -57,14 +54,12 @@ TEST(ArcTable, KeepsAWordForEveryArcOfAWorld)
     const Topology topology = decode(shipped_world("110m"));
     ArcTable table(topology);
     mova_word number = 0;
-    GL_iterator arcs = GL_all_items(topology.arcs.get());
-    while (const Arc *arc = next_record<Arc>(arcs)) {
+    for (const Arc *arc : topology.arcs) {
         EXPECT_EQ(0, table.get(arc));
         table.set(arc, ++number);
     }
     EXPECT_EQ(595, number);
     number = 0;
-    arcs = GL_all_items(topology.arcs.get());
-    while (const Arc *arc = next_record<Arc>(arcs))
+    for (const Arc *arc : topology.arcs)
         EXPECT_EQ(++number, table.get(arc));
 }

@@ -56,12 +56,7 @@ class Area {
 public:
     explicit Area(const atlas::Country &country)
     {
-        GL_iterator polygons = GL_all_items(country.polygons.get());
-        while (const atlas::Polygon *polygon = atlas::next_record<atlas::Polygon>(polygons)) {
-            GL_iterator rings = GL_all_items(polygon->rings.get());
-            while (const atlas::Path *ring = atlas::next_record<atlas::Path>(rings))
-                add(points_of(*ring));
-        }
+        atlas::for_each_ring(country, [this](const atlas::Ring &ring) { add(points_of(ring)); });
     }
 
     /* What lies within `slack` of a side is doubtful; nothing is, where that is negative. */
@@ -83,15 +78,15 @@ public:
 
 private:
     /* Each stretch's last point is the next one's first. */
-    static std::vector<atlas::Point> points_of(const atlas::Path &ring)
+    static std::vector<atlas::Point> points_of(const atlas::Ring &ring)
     {
         std::vector<atlas::Point> points;
-        atlas::for_each_stretch(ring, [&](const atlas::Stretch &stretch) {
+        for (const atlas::Stretch &stretch : ring) {
             std::vector<atlas::Point> along(stretch.arc->points.begin(), stretch.arc->points.end());
             if (stretch.reversed)
                 std::reverse(along.begin(), along.end());
             points.insert(points.end(), along.begin(), along.end() - 1);
-        });
+        }
         return points;
     }
 

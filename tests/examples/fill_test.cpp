@@ -23,8 +23,7 @@ constexpr std::uint8_t ink = 1;
 std::vector<const Country *> countries_of(const Topology &topology)
 {
     std::vector<const Country *> all;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries))
+    for (const Country *country : topology.countries)
         all.push_back(country);
     return all;
 }

@@ -9,7 +9,6 @@
 
 #include "fill.h"
 #include "font.h"
-#include "indices.h"
 #include "pixels.h"
 #include "world.h"
 
@@ -71,8 +70,7 @@ Pixels filled_countries(const Topology &topology, Size map)
     Canvas canvas(pixels.tile(), map);
     Fill fill(map);
     std::uint8_t ink = 0;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *each = next_record<Country>(countries))
+    for (const Country *each : topology.countries)
         fill.add(*each, ++ink);
     fill.sort();
     fill.draw(canvas);

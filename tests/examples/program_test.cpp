@@ -12,8 +12,8 @@
 #include <unistd.h>
 
 #include "colours.h"
+#include "countries.h"
 #include "pixels.h"
-#include "select.h"
 #include "world.h"
 
 using namespace atlas;

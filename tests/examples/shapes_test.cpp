@@ -21,8 +21,7 @@ Point at(int longitude, int latitude)
 /* The shapes of the topology's first country. */
 std::vector<Outline> shapes_of(const Topology &topology)
 {
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    const Shapes shapes(*next_record<Country>(countries));
+    const Shapes shapes(*topology.countries.front());
     std::vector<Outline> outlines;
     SL_iterator each = SL_all_items(shapes.get());
     for (void *item; SL_next_item(&each, &item);) {

@@ -19,8 +19,7 @@ std::vector<int> tints_of(const Topology &topology)
 {
     const Tints tints(topology);
     std::vector<int> all;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries))
+    for (const Country *country : topology.countries)
         all.push_back(tints.of(*country));
     return all;
 }
@@ -29,8 +28,7 @@ std::vector<int> tints_of(const Topology &topology)
 std::map<const Arc *, std::set<const Country *>> countries_along_arcs(const Topology &topology)
 {
     std::map<const Arc *, std::set<const Country *>> along;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries))
+    for (const Country *country : topology.countries)
         for_each_stretch(*country, [&](const Stretch &stretch) { along[stretch.arc].insert(country); });
     return along;
 }

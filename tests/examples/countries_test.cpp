@@ -1,11 +1,13 @@
 /* SPDX-License-Identifier: MIT */
-#include "select.h"
+#include "countries.h"
 
+#include <ranges>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <mova/host/messages.h>
 
 #include "error.h"
 #include "world.h"
@@ -14,14 +16,37 @@ using namespace atlas;
 
 namespace {
 
+std::string printed;
+
+/* A topology of a country for each pair of a name and a number of square degrees. The name '-' stands for none. */
+Topology world_of_sizes(const std::vector<std::pair<std::string, int>> &countries)
+{
+    std::string geometries, arcs;
+    int number = 0;
+    for (const auto &[name, size] : countries) {
+        const std::string separator = number ? "," : "", right = std::to_string(size);
+        geometries += separator + R"({"type":"Polygon","arcs":[[)" + std::to_string(number++) + "]]" +
+                      (name == "-" ? "" : R"(,"properties":{"name":")" + name + "\"}") + "}";
+        arcs += separator + "[[0,0],[" + right + ",0],[" + right + ",1],[0,1],[0,0]]";
+    }
+    return decode(world(R"("countries":{"type":"GeometryCollection","geometries":[)" + geometries + "]}", arcs));
+}
+
+std::vector<std::int32_t> numbers(const AreaIndex &index)
+{
+    std::vector<std::int32_t> all;
+    for (const Summary &summary : index)
+        all.push_back(summary.number);
+    return all;
+}
+
 using Names = std::vector<std::string>;
 
 Names names_of(const Topology &topology)
 {
     Names names;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries))
-        names.emplace_back(country->name.view());
+    for (const Country *country : topology.countries)
+        names.push_back(country->name);
     return names;
 }
 
@@ -46,6 +71,73 @@ Names selected(const std::string &letters, const Names &names)
 }
 
 } // namespace
+
+TEST(NameIndex, FindsTheCountriesOfANameInTheirOrder)
+{
+    const Topology topology =
+        world_of_sizes({{"b", 1}, {"a", 1}, {"b", 2}, {"-", 1}, {"c", 1}, {"b", 3}, {"b", 1}, {"aa", 1}, {"b", 1}});
+    const std::vector<const Country *> all(topology.countries.begin(), topology.countries.end());
+    const NameIndex index = index_by_name(topology);
+    const auto found = [&](std::string_view name) {
+        std::vector<const Country *> named;
+        for (const Country &each : index.equal_range(name))
+            named.push_back(&each);
+        return named;
+    };
+    EXPECT_EQ((std::vector{all[0], all[2], all[5], all[6], all[8]}), found("b"));
+    EXPECT_EQ(std::vector{all[1]}, found("a"));
+    EXPECT_EQ(std::vector{all[7]}, found("aa"));
+    EXPECT_EQ(std::vector{all[4]}, found("c"));
+    for (const char *name : {"", "aaa", "ab", "d", "A"})
+        EXPECT_TRUE(found(name).empty()) << name;
+}
+
+TEST(AreaIndex, HasTheLargestFirstAndEqualOnesInTheirOrder)
+{
+    EXPECT_EQ((std::vector<std::int32_t>{2, 0, 4, 5, 1, 3}),
+              numbers(index_by_area(world_of_sizes({{"a", 5}, {"b", 1}, {"c", 9}, {"d", 1}, {"-", 5}, {"a", 5}}))));
+}
+
+TEST(AreaIndex, AddsUpACountryAndKnowsItsLargestPolygon)
+{
+    const Topology topology = decode(world_of("MultiPolygon", "[[[0]],[[1]],[[2]]]",
+                                              "[[0,0],[1,0],[1,1],[0,0]],[[5,0],[9,0],[9,4],[5,0]],"
+                                              "[[20,0],[22,0],[22,2],[20,0]]"));
+    const AreaIndex index = index_by_area(topology);
+    const Summary &summary = index.front();
+    EXPECT_EQ(*++summary.country->polygons.begin(), summary.largest);
+    EXPECT_NEAR(6182 * 21.0, static_cast<double>(summary.area), 1000);
+}
+
+TEST(AreaIndex, OfALineHasNoArea)
+{
+    const Topology topology = decode(world_of("LineString", "[0]", "[[0,0],[9,9]]"));
+    const AreaIndex index = index_by_area(topology);
+    const Summary &summary = index.front();
+    EXPECT_EQ(0, summary.area);
+    EXPECT_EQ(nullptr, summary.largest);
+}
+
+TEST(AreaIndex, IsPrintedOnALineForEachCountry)
+{
+    const Topology topology = world_of_sizes({{"a\\nb", 2}, {"-", 1}, {"Big", 3}});
+    const mova_text_fn before = mova_set_debug_print([](const char *text) { printed += text; });
+    print(index_by_area(topology));
+    mova_set_debug_print(before);
+    EXPECT_EQ("   Big, 37091 km2\na?b, 24727 km2\n   (no name), 12363 km2\n", printed);
+}
+
+TEST(AreaIndex, KnowsTheShippedWorld)
+{
+    const Topology topology = decode(shipped_world("50m"));
+    const AreaIndex index = index_by_area(topology);
+    std::vector<std::string> largest;
+    for (const Summary &summary : index | std::views::take(5))
+        largest.push_back(summary.country->name);
+    EXPECT_EQ((std::vector<std::string>{"Russia", "Antarctica", "Canada", "United States of America", "China"}),
+              largest);
+    EXPECT_EQ(241u, index.count_items());
+}
 
 TEST(Selection, KeepsTheNamedCountriesInTheirOrder)
 {
@@ -106,7 +198,7 @@ TEST(Selection, ANameThatIsNearlyRightIsAnsweredWithTheRightOne)
 TEST(Selection, LeavesCoastsWhereTheNeighbourIsGone)
 {
     Topology topology = world_of_letters("ab");
-    const Arc *arc = static_cast<const Arc *>(topology.arcs.get()->first->item);
+    const Arc *arc = topology.arcs.front();
     EXPECT_EQ(ArcUse::border, arc->use);
     select_countries(topology, {"a"});
     EXPECT_EQ(ArcUse::coast, arc->use);

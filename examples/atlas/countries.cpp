@@ -1,19 +1,31 @@
 /* SPDX-License-Identifier: MIT */
-#include "select.h"
+#include "countries.h"
 
 #include <algorithm>
+#include <cinttypes>
 #include <numeric>
-#include <set>
-#include <string_view>
 
 #include <mova/cxx/hash_table.h>
-#include <mova/cxx/sorted_numbers.h>
+#include <mova/frame/host.h>
 
+#include "area.h"
 #include "borders.h"
 #include "error.h"
-#include "indices.h"
+#include "text.h"
 
 namespace atlas {
+
+/* ---- by name ---- */
+
+NameIndex index_by_name(const Topology &topology)
+{
+    NameIndex index;
+    for (const Country *country : topology.countries) {
+        if (!country->name.empty())
+            index.insert(*country);
+    }
+    return index;
+}
 
 static char lower(char letter)
 {
@@ -53,12 +65,11 @@ static std::string_view near_miss(const Topology &topology, std::string_view nam
     if (name.size() < 3 || name.size() > 64)
         return nearest;
     std::size_t least = name.size() / 3 + 1;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    while (const Country *country = next_record<Country>(countries)) {
-        const std::size_t away = distance_below(least, name, country->name.view());
+    for (const Country *country : topology.countries) {
+        const std::size_t away = distance_below(least, name, country->name);
         if (away < least) {
             least = away;
-            nearest = country->name.view();
+            nearest = country->name;
         }
     }
     return nearest;
@@ -70,61 +81,55 @@ static std::string_view near_miss(const Topology &topology, std::string_view nam
     throw Error("no country is named " + name + (meant.empty() ? "" : ": did you mean " + std::string(meant) + "?"));
 }
 
-/* Requires names that differ, so that no country is found twice. */
-static std::vector<const Country *> named(const Topology &topology, const std::vector<std::string> &names)
-{
-    const NameIndex index(topology);
-    std::vector<const Country *> all;
-    for (const std::string &name : names) {
-        const std::vector<const Country *> found = index.find(name);
-        if (found.empty())
-            refuse(topology, name);
-        all.insert(all.end(), found.begin(), found.end());
-    }
-    return all;
-}
-
-/* The numbers of the countries to keep: their places in the list, from 0 on. */
-static mova::sorted_numbers numbers_of(const Topology &topology, const std::vector<const Country *> &kept)
-{
-    mova::hash_table<const Country *, bool> is_kept;
-    for (const Country *country : kept)
-        is_kept.set(country, true);
-    mova::sorted_numbers numbers(static_cast<std::int32_t>(kept.size()));
-    std::int32_t number = 0;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    for (; const Country *country = next_record<Country>(countries); ++number) {
-        if (is_kept.find(country))
-            numbers.add(number);
-    }
-    return numbers;
-}
-
-static void remove_others(Topology &topology, const mova::sorted_numbers &kept)
-{
-    std::int32_t number = 0;
-    GL_iterator countries = GL_all_items(topology.countries.get());
-    for (GL_node *position; GL_next_position(&countries, &position);) {
-        if (!kept.contains(number++))
-            topology.countries.remove(position);
-    }
-}
-
-/* Each name once, in the order that they were given in. */
-static std::vector<std::string> without_repeats(const std::vector<std::string> &names)
-{
-    std::set<std::string_view> seen;
-    std::vector<std::string> once;
-    for (const std::string &name : names) {
-        if (seen.insert(name).second)
-            once.push_back(name);
-    }
-    return once;
-}
 void select_countries(Topology &topology, const std::vector<std::string> &names)
 {
-    remove_others(topology, numbers_of(topology, named(topology, without_repeats(names))));
+    const NameIndex index = index_by_name(topology);
+    mova::hash_table<const Country *, bool> kept;
+    for (const std::string &name : names) {
+        const auto named = index.equal_range(name);
+        if (named.empty())
+            refuse(topology, name);
+        if (kept.contains(&*named.begin()))
+            continue; /* a name that was given before */
+        for (const Country &country : named)
+            kept.set(&country, true);
+    }
+    topology.countries.remove_if([&](const Country *country) { return !kept.contains(country); });
     find_borders(topology);
+}
+
+/* ---- by area ---- */
+
+static Summary summarise(const Country &country, std::int32_t number)
+{
+    Summary summary = {&country, number, 0, nullptr};
+    std::int64_t largest = -1;
+    for (const Polygon *polygon : country.polygons) {
+        const std::int64_t covered = area(*polygon);
+        summary.area += covered;
+        if (covered > largest) {
+            largest = covered;
+            summary.largest = polygon;
+        }
+    }
+    return summary;
+}
+
+AreaIndex index_by_area(const Topology &topology)
+{
+    AreaIndex index;
+    std::int32_t number = 0;
+    for (const Country *country : topology.countries)
+        index.insert(mova::make_item<Summary>(summarise(*country, number++)));
+    return index;
+}
+
+void print(const AreaIndex &index)
+{
+    index.print([](const Summary &summary) {
+        const std::string name = printable(summary.country->name);
+        mova_dprintf("%s, %" PRId64 " km2", name.empty() ? "(no name)" : name.c_str(), summary.area);
+    });
 }
 
 } // namespace atlas
