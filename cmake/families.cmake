@@ -17,7 +17,7 @@ set(family_table
     "sorted_number_array  arrays  SA_                         model c"
     "swap_cache           cache   cc_                         model c bench"
     "colour_table         clut    CLUT_,RGBLUT_,clut_,GE_     model c bench"
-    "hash_table           hash    HSH_                        model c bench"
+    "hash_table           hash    HSH_,mova_hash_             model c bench"
     "pointer_lookup       hash    mova_lu_                    model c"
     "double_list          lists   DBLL_                       model c"
     "element_list         lists   EL_                         model c bench"

@@ -131,6 +131,9 @@ public:
     /* Returns whether the key was there. Unchanged after an exception. */
     bool remove(Key key) { return HSH_remove_entry(get(), to_word(key)) >= 0; }
 
+    /* How far searches walk, and which shift suits the keys best. Linear in the number of slots, up to 30 times. */
+    mova_hash_statistics statistics() const { return mova_hash_table_statistics(get()); }
+
     /* Whether both have the same keys with the same values. */
     friend bool operator==(const hash_table &a, const hash_table &b) noexcept
     {

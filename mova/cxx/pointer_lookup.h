@@ -55,6 +55,9 @@ public:
 
     /* Removes the pair in front, or else the one in the table. */
     void remove(Key key) { mova_lu_remove(get(), to_word(key)); }
+
+    /* How far searches behind the front walk. Linear in the number of slots, up to 30 times. */
+    mova_hash_statistics statistics() const { return mova_lu_statistics(get()); }
 };
 
 } // namespace mova

@@ -54,7 +54,8 @@
    all the same. A search for an absent key that falls into a long run walks to the run's end: dense keys are one run,
    so mix them with other keys only where misses are rare. Addresses that are thinly spread over several times the
    table's width, with the shift that fits them, lap over each other and may crowd one part of it: searches for absent
-   keys then walk thousands of slots where a smaller shift, with more laps, walks dozens. Measure both.
+   keys then walk thousands of slots where a smaller shift, with more laps, walks dozens. mova_hash_table_statistics tells
+   how long the ways are, and which shift makes them shortest.
 
    Ownership: the table owns its record and its two arrays, and never looks at what keys and values point to. Errors:
    nothing is checked and nothing is raised. A null table is undefined. One thread at a time.
@@ -101,6 +102,18 @@ typedef struct HSH_iterator {
     int32_t index; /* the next slot to look at */
 } HSH_iterator;
 
+/* How far searches walk. A way is the number of slots that a search looks at, the last one included. Misses are taken to
+   begin at each slot equally often. */
+typedef struct mova_hash_statistics {
+    double load;         /* the part of the slots that is occupied: 0 to 7/8 */
+    double mean_hit;     /* way to a key that is stored: 1 is best; 0 where there is no key */
+    double mean_miss;    /* way to find that a key is absent */
+    int32_t longest_hit; /* 0 where there is no key */
+    int32_t longest_miss;
+    int32_t best_shift; /* the maximum shift with which these keys, at this capacity, had the shortest ways: the least
+                             sum of both means, and of equal ones the smallest shift */
+} mova_hash_statistics;
+
 /* Returns a new empty table with `initial_size` slots, rounded up to a power of two and to at least 8. It never shrinks
    below that. (To hold n keys without growing it takes more than n * 8 / 7 slots.) `maximum_shift` bounds the number of
    low key bits that are dropped, as said above.
@@ -146,6 +159,12 @@ HSH_INLINE int HSH_next(HSH_iterator *iterator, mova_word *key, mova_word *value
     }
     return 0;
 }
+
+/* Returns how well the keys are spread, to find out why a table is slow: where `mean_hit` is above 3 or `longest_miss` in
+   the thousands, make the table with `best_shift`, or mix the keys before they are stored. Changes nothing. Allocates 4
+   bytes a slot for as long as it runs. Linear, once for each shift that the table could have: like filling up to 30
+   tables of this size. */
+mova_hash_statistics mova_hash_table_statistics(const HSH_table *table);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -22,7 +22,8 @@
        are.
 
    The table takes the home of a key from its low bits. Pointers have the same low bits, so searches pass many keys
-   where there are many pointers: mova/hash/hash_table.h says more. Where that matters, use a hash table with a shift.
+   where there are many pointers: mova/hash/hash_table.h says more, and mova_lu_statistics how many. Where that matters,
+   use a hash table with a shift.
 
    Ownership: the lookup owns its record and its table; the values are the caller's, who may free them in the callback
    of mova_lu_release. Errors: nothing is checked and nothing is raised. A null lookup is undefined, except on release.
@@ -72,6 +73,10 @@ void mova_lu_remove(mova_lookup *lookup, mova_word key);
    front is empty, and such values in the table are 0, which a further release hands over as any other. After a jump
    nothing is missing: what had been handed over is there too. */
 void mova_lu_release(mova_lookup **lookup, mova_lu_release_fn release_value);
+
+/* Returns the statistics of the lookup's table, as mova_hash_table_statistics does. The pair in front is not in it. The
+   shift of a lookup is always 0: `best_shift` is what a hash table would take for these keys. */
+mova_hash_statistics mova_lu_statistics(const mova_lookup *lookup);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -21,6 +21,7 @@ static void add_get_and_remove(void)
     CHECK(mova_lu_add(lookup, 2, 20) == 10);
     CHECK(mova_lu_add(lookup, 1, 30) == 20);
     CHECK(mova_lu_get(lookup, 1) == 30 && mova_lu_get(lookup, 2) == 20);
+    CHECK(mova_lu_statistics(lookup).longest_hit == 1);
     mova_lu_remove(lookup, 1);
     CHECK(mova_lu_get(lookup, 1) == 10);
     mova_lu_remove(lookup, 2);

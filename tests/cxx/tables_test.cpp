@@ -128,6 +128,19 @@ TEST_F(TypedTables, TheKeyThatWasAddedLastStandsInFront)
     EXPECT_EQ(owning.find(1)->name, "a");
 }
 
+TEST_F(TypedTables, StatisticsAreThoseOfTheTables)
+{
+    mova::hash_table<int, int> pages(0, 0);
+    mova::pointer_lookup<int, int> behind_the_front;
+    for (int page = 4096; page <= 4 * 4096; page += 4096) {
+        pages.set(page, 1);
+        behind_the_front.add(page, 1);
+    }
+    EXPECT_EQ(pages.statistics().longest_hit, 4);
+    EXPECT_EQ(pages.statistics().best_shift, 11);
+    EXPECT_EQ(behind_the_front.statistics().longest_hit, 3);
+}
+
 /* ---- keyed tables ---- */
 
 TEST_F(TypedTables, RecordsAreFoundByTheirNames)

@@ -69,6 +69,7 @@ const fault_row<tables> rows[] = {
     {"HSH_create", [](tables &t) { t.made = HSH_create(20, 0); }, unchanged, loses_what_was_made},
     {"HSH_set_value", [](tables &t) { t.stored = HSH_set_value(t.full, 8, 80); }, unchanged, loses_what_was_made},
     {"HSH_remove_entry", [](tables &t) { t.removed = HSH_remove_entry(t.thin, 6); }, unchanged, loses_what_was_made},
+    {"mova_hash_table_statistics", [](tables &t) { mova_hash_table_statistics(t.full); }, unchanged, unchanged},
 };
 
 TEST(HashTableFaults, WhateverFailsTheTablesAreLeftAsTheHeaderSays)
