@@ -18,18 +18,25 @@ namespace scoreboard {
 namespace {
 
 using row = std::variant<timed_row, measured_row>;
-using figures = std::vector<double>; /* ours, then the peers'; not a number where a peer is not to be had */
+
+/* The median of some samples, and half the distance between their quartiles as a part of it. */
+struct figure {
+    double median = std::nan(""), spread = 0;
+};
+using figures = std::vector<figure>; /* ours, then the peers'; not a number where a peer is not to be had */
 
 /* How much time a row is given, and which rows are left out as too long. After `once` the figures mean nothing: it shows
    that the rows run. */
 struct effort {
-    const char *repetitions, *seconds;
+    int repetitions;
+    const char *seconds;
+    int measured_repetitions; /* of rows that measure themselves */
     double most_operations;
 };
-constexpr effort full = {"11", "0.1", HUGE_VAL}, quick = {"3", "0.01", HUGE_VAL}, once = {"1", "0", 3e5};
+constexpr effort full = {11, "0.1", 5, HUGE_VAL}, quick = {3, "0.01", 3, HUGE_VAL}, once = {1, "0", 1, 3e5};
 
 struct settings {
-    bool list = false;
+    bool list = false, ours_alone = false;
     effort spent = full;
     std::vector<std::string> ids;
 };
@@ -52,6 +59,17 @@ const std::string &workload_of(const row &of)
 
 /* ---- measuring ---- */
 
+figure figure_of(std::vector<double> samples)
+{
+    if (samples.empty())
+        return {};
+    std::ranges::sort(samples);
+    const size_t quarter = samples.size() / 4;
+    const double median = samples[samples.size() / 2];
+    const double between = samples[samples.size() - 1 - quarter] - samples[quarter];
+    return {median, between == 0 ? 0 : between / 2 / median};
+}
+
 /* Collects each contender's times for one turn of its loop. A contender's name is its place in the row. */
 class collector : public benchmark::BenchmarkReporter {
 public:
@@ -68,15 +86,7 @@ public:
         }
     }
 
-    double median(const std::string &contender)
-    {
-        std::vector<double> &times = times_[contender];
-        if (times.empty())
-            return std::nan("");
-        auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-        std::nth_element(times.begin(), middle, times.end());
-        return *middle;
-    }
+    const std::vector<double> &times_of(const std::string &contender) { return times_[contender]; }
 
 private:
     std::map<std::string, std::vector<double>> times_;
@@ -93,7 +103,7 @@ void stay_on_this_processor()
 void initialise_benchmark(const effort &spent)
 {
     std::vector<std::string> words = {"mova_bench", "--benchmark_enable_random_interleaving=true",
-                                      std::string("--benchmark_repetitions=") + spent.repetitions,
+                                      "--benchmark_repetitions=" + std::to_string(spent.repetitions),
                                       std::string("--benchmark_min_time=") + spent.seconds};
     std::vector<char *> arguments;
     for (std::string &word : words)
@@ -117,13 +127,16 @@ figures measure(const timed_row &timed, const effort &spent)
     collector times;
     benchmark::RunSpecifiedBenchmarks(&times);
     figures result;
-    for (size_t i = 0; i < contenders.size(); ++i)
-        result.push_back(times.median(std::to_string(i)) * 1e9 / timed.operations);
+    for (size_t i = 0; i < contenders.size(); ++i) {
+        const figure of_a_turn = figure_of(times.times_of(std::to_string(i)));
+        result.push_back({of_a_turn.median * 1e9 / timed.operations, of_a_turn.spread});
+    }
     return result;
 }
 
 /* Does `work` in a child process and returns what it returned there, or nothing if the child failed. */
-std::optional<figures> in_a_child(const std::function<figures()> &work)
+template <class Result>
+std::optional<std::vector<Result>> in_a_child(const std::function<std::vector<Result>()> &work)
 {
     int ends[2];
     if (pipe(ends) != 0)
@@ -131,65 +144,98 @@ std::optional<figures> in_a_child(const std::function<figures()> &work)
     std::fflush(nullptr);
     pid_t child = fork();
     if (child == 0) {
-        figures result = work();
-        size_t size = result.size() * sizeof(double);
+        const std::vector<Result> result = work();
+        const size_t size = result.size() * sizeof(Result);
         _exit(write(ends[1], result.data(), size) == static_cast<ssize_t>(size) ? 0 : 1);
     }
     close(ends[1]);
-    figures result(64);
-    ssize_t size = read(ends[0], result.data(), result.size() * sizeof(double));
+    std::vector<Result> result(64);
+    const ssize_t size = read(ends[0], result.data(), result.size() * sizeof(Result));
     close(ends[0]);
     int status = 1;
     if (child < 0 || waitpid(child, &status, 0) != child || status != 0 || size <= 0)
         return std::nullopt;
-    result.resize(static_cast<size_t>(size) / sizeof(double));
+    result.resize(static_cast<size_t>(size) / sizeof(Result));
     return result;
 }
 
 std::optional<figures> figures_of(const timed_row &timed, const effort &spent)
 {
-    return in_a_child([&] { return measure(timed, spent); });
+    return in_a_child<figure>([&] { return measure(timed, spent); });
 }
 
-std::optional<figures> figures_of(const measured_row &measured, const effort &)
+/* They take turns. */
+std::optional<figures> figures_of(const measured_row &measured, const effort &spent)
 {
     std::vector<measured_work> contenders = {measured.ours};
     for (const measured_peer &peer : measured.peers)
         contenders.push_back(peer.work);
-    figures result;
-    for (const measured_work &work : contenders) {
-        auto figure = work ? in_a_child([&] { return figures{work()}; }) : figures{std::nan("")};
-        if (!figure)
-            return std::nullopt;
-        result.push_back(figure->front());
+    std::vector<std::vector<double>> samples(contenders.size());
+    for (int turn = 0; turn < spent.measured_repetitions; ++turn) {
+        for (size_t i = 0; i < contenders.size(); ++i) {
+            if (!contenders[i])
+                continue;
+            const auto sample = in_a_child<double>([&] { return std::vector{contenders[i]()}; });
+            if (!sample)
+                return std::nullopt;
+            samples[i].push_back(sample->front());
+        }
     }
+    figures result;
+    for (const std::vector<double> &each : samples)
+        result.push_back(figure_of(each));
     return result;
 }
 
 /* ---- the table ---- */
 
 struct tally {
-    int met = 0, missed = 0, failed = 0;
+    int met = 0, missed = 0, too_noisy = 0, failed = 0;
 };
 
 void print_head()
 {
-    std::printf("%-4s %-48s %16s   %-14s %9s %9s\n", "row", "workload", "ours", "peer", "ratio", "target");
+    std::printf("%-4s %-48s %16s        %-14s %14s %9s\n", "row", "workload", "ours", "peer", "ratio", "target");
 }
 
-void print_ours(const row &of, double figure, const std::string &unit)
+std::string spread_of(const figure &of)
 {
-    std::printf("%-4s %-48s %10.2f %-5s   ", id_of(of).c_str(), workload_of(of).c_str(), figure, unit.c_str());
+    char text[16];
+    std::snprintf(text, sizeof text, "±%.0f %%", of.spread * 100);
+    return text;
+}
+
+/* The sign ± takes two bytes and one column. */
+void print_figure(const figure &of, const char *unit)
+{
+    std::printf("%10.2f %-6s %-5s", of.median, spread_of(of).c_str(), unit);
+}
+
+void print_ours(const row &of, const figure &ours, const std::string &unit)
+{
+    std::printf("%-4s %-48s ", id_of(of).c_str(), workload_of(of).c_str());
+    print_figure(ours, unit.c_str());
+    std::printf("   ");
 }
 
 void print_indent(bool first)
 {
     if (!first)
-        std::printf("%*s", 73, "");
+        std::printf("%*s", 79, "");
 }
 
-const char *judged(bool met, tally &counts)
+figure ratio_of(const figure &above, const figure &below)
 {
+    return {above.median / below.median, above.spread + below.spread};
+}
+
+/* Where the figure may as well lie on the other side of its target, it says nothing. */
+const char *judged(const figure &reached, double target, bool met, tally &counts)
+{
+    if (std::abs(reached.median - target) < reached.spread * reached.median) {
+        ++counts.too_noisy;
+        return "too noisy";
+    }
     ++(met ? counts.met : counts.missed);
     return met ? "met" : "MISSED";
 }
@@ -200,49 +246,59 @@ void print(const timed_row &timed, const figures &result, tally &counts)
     print_ours(timed, result[0], "ns");
     for (size_t i = 0; i < timed.peers.size(); ++i) {
         const timed_peer &peer = timed.peers[i];
-        double ratio = result[i + 1] / result[0];
+        const figure ratio = ratio_of(result[i + 1], result[0]);
         print_indent(i == 0);
-        if (std::isnan(ratio))
-            std::printf("%-14s not on this machine\n", peer.name.c_str());
-        else if (peer.at_least == 0)
-            std::printf("%-14s %9.2f\n", peer.name.c_str(), ratio);
-        else
-            std::printf("%-14s %9.2f   >= %4.2f  %s\n", peer.name.c_str(), ratio, peer.at_least,
-                        judged(ratio >= peer.at_least, counts));
+        std::printf("%-14s ", peer.name.c_str());
+        if (std::isnan(ratio.median)) {
+            std::printf("not on this machine\n");
+            continue;
+        }
+        print_figure(ratio, "");
+        if (peer.at_least != 0)
+            std::printf(">= %4.2f  %s", peer.at_least,
+                        judged(ratio, peer.at_least, ratio.median >= peer.at_least, counts));
+        std::printf("\n");
     }
+    if (timed.peers.empty())
+        std::printf("\n");
 }
 
-double smallest_of_peers(const figures &result)
+figure smallest_of_peers(const figures &result)
 {
-    double smallest = HUGE_VAL;
-    for (size_t i = 1; i < result.size(); ++i)
-        smallest = std::fmin(smallest, result[i]);
+    figure smallest = {HUGE_VAL, 0};
+    for (size_t i = 1; i < result.size(); ++i) {
+        if (result[i].median < smallest.median)
+            smallest = result[i];
+    }
     return smallest;
 }
 
-void print_target(const char *against, double figure, double at_most, tally &counts)
+void print_target(const char *against, const figure &reached, double at_most, tally &counts)
 {
-    std::printf("%-14s %9.2f   <= %4.2f  %s\n", against, figure, at_most, judged(figure <= at_most, counts));
+    std::printf("%-14s ", against);
+    print_figure(reached, "");
+    std::printf("<= %4.2f  %s\n", at_most, judged(reached, at_most, reached.median <= at_most, counts));
 }
 
 /* Our figure against its target, then the peers' figures. */
 void print(const measured_row &measured, const figures &result, tally &counts)
 {
     print_ours(measured, result[0], measured.unit);
-    const double smallest = smallest_of_peers(result);
+    const figure smallest = smallest_of_peers(result);
     if (measured.wanted.at_most != 0)
         print_target("", result[0], measured.wanted.at_most, counts);
-    else if (measured.wanted.of_peers != 0 && smallest < HUGE_VAL)
-        print_target("of the peers'", result[0] / smallest, measured.wanted.of_peers, counts);
+    else if (measured.wanted.of_peers != 0 && smallest.median < HUGE_VAL)
+        print_target("of the peers'", ratio_of(result[0], smallest), measured.wanted.of_peers, counts);
     else
         std::printf("\n");
     for (size_t i = 0; i < measured.peers.size(); ++i) {
-        const char *name = measured.peers[i].name.c_str();
         print_indent(false);
-        if (std::isnan(result[i + 1]))
-            std::printf("%-14s not on this machine\n", name);
+        std::printf("%-14s ", measured.peers[i].name.c_str());
+        if (std::isnan(result[i + 1].median))
+            std::printf("not on this machine");
         else
-            std::printf("%-14s %9.2f %s\n", name, result[i + 1], measured.unit.c_str());
+            print_figure(result[i + 1], measured.unit.c_str());
+        std::printf("\n");
     }
 }
 
@@ -265,15 +321,22 @@ bool is_wanted(const row &candidate, const settings &wanted)
     return wanted.ids.empty() || std::ranges::count(wanted.ids, id_of(candidate));
 }
 
+row without_peers(row of)
+{
+    std::visit([](auto &each) { each.peers.clear(); }, of);
+    return of;
+}
+
 int run_rows(const settings &wanted)
 {
     tally counts;
     print_head();
     for (const row &each : rows()) {
         if (is_wanted(each, wanted))
-            run_row(each, wanted.spent, counts);
+            run_row(wanted.ours_alone ? without_peers(each) : each, wanted.spent, counts);
     }
-    std::printf("%d of %d targets met\n", counts.met, counts.met + counts.missed);
+    std::printf("%d of %d targets met", counts.met, counts.met + counts.missed + counts.too_noisy);
+    std::printf(counts.too_noisy ? ", %d too noisy to say\n" : "\n", counts.too_noisy);
     return counts.failed ? 1 : 0;
 }
 
@@ -299,6 +362,8 @@ std::optional<settings> read_command_line(int argc, char **argv)
         std::string word = argv[i];
         if (word == "--list")
             wanted.list = true;
+        else if (word == "--ours")
+            wanted.ours_alone = true;
         else if (word == "--quick")
             wanted.spent = quick;
         else if (word == "--once")
@@ -307,7 +372,8 @@ std::optional<settings> read_command_line(int argc, char **argv)
             wanted.ids.push_back(word);
         else {
             std::fprintf(stderr,
-                         "mova_bench: no row \"%s\"; --list shows the rows, --quick and --once run them roughly\n",
+                         "mova_bench: no row \"%s\"; --list shows the rows, --quick and --once run them roughly, "
+                         "--ours without the peers\n",
                          argv[i]);
             return std::nullopt;
         }

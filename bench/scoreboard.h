@@ -15,7 +15,9 @@
 
    Several rows may have one id: they are selected together. Every row runs in a process of its own, so that none meets
    the heap that another has left; there, ours and the peers take turns in random order, and the medians count. Times
-   are processor time, so a busy machine disturbs them little. */
+   are processor time, so a busy machine disturbs them little. Each figure is shown with its spread, half the distance
+   between the quartiles; that of a ratio is the sum of both. A target that lies within the spread is neither met nor
+   missed: the row says "too noisy". */
 #ifndef MOVA_BENCH_SCOREBOARD_H
 #define MOVA_BENCH_SCOREBOARD_H
 

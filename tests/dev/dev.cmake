@@ -32,6 +32,9 @@ expect(1 "dev: --width takes a whole number from 16 to 32768, not 15\n" ARGUMENT
 expect(1 "dev: --width takes a whole number from 16 to 32768, not \n" ARGUMENTS demo --width=)
 expect(1 "dev: --cache-budget takes a whole number from 32768 to 536870912, not 1M\n" ARGUMENTS demo --cache-budget=1M)
 
+expect(1 "dev: bench --against needs a commit\n" ARGUMENTS bench --against)
+expect(1 "dev: bench --against: there is no commit yesterday\n" ARGUMENTS bench --against yesterday)
+
 # A place that nobody can write to.
 expect(1 "dev: /proc/nowhere cannot be written to: set MOVA_BUILD_DIR to a directory of your own\n"
        MOVA_BUILD_DIR=/proc/nowhere ARGUMENTS demo)
