@@ -10,8 +10,7 @@
 
 #include "area.h"
 #include "borders.h"
-#include "error.h"
-#include "text.h"
+#include "messages.h"
 
 namespace atlas {
 

@@ -9,8 +9,8 @@
 
 #include "fill.h"
 #include "labels.h"
+#include "messages.h"
 #include "outlines.h"
-#include "progress.h"
 
 namespace atlas {
 

@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "error.h"
+#include "messages.h"
 
 namespace atlas {
 

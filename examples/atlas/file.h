@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "progress.h"
+#include "messages.h"
 
 namespace atlas {
 

@@ -17,12 +17,11 @@
 #include "colours.h"
 #include "countries.h"
 #include "draw.h"
-#include "error.h"
 #include "file.h"
+#include "messages.h"
 #include "options.h"
 #include "picture.h"
 #include "png_file.h"
-#include "text.h"
 #include "topology.h"
 
 namespace atlas {

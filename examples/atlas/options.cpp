@@ -7,7 +7,7 @@
 #include <getopt.h>
 
 #include "draw.h"
-#include "error.h"
+#include "messages.h"
 #include "picture.h"
 
 namespace atlas {

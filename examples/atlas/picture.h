@@ -21,7 +21,7 @@
 
 #include <mova/cache/swap_cache.h>
 
-#include "progress.h"
+#include "messages.h"
 #include "temporary_file.h"
 #include "tile.h"
 

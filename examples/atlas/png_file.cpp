@@ -6,8 +6,8 @@
 
 #include <png.h>
 
-#include "error.h"
 #include "file.h"
+#include "messages.h"
 
 namespace atlas {
 

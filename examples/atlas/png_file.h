@@ -7,8 +7,8 @@
 #include <string>
 
 #include "colours.h"
+#include "messages.h"
 #include "picture.h"
-#include "progress.h"
 
 namespace atlas {
 

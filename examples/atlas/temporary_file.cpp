@@ -8,7 +8,7 @@
 
 #include <unistd.h>
 
-#include "error.h"
+#include "messages.h"
 
 namespace atlas {
 

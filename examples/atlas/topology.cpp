@@ -12,7 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include "borders.h"
-#include "error.h"
+#include "messages.h"
 
 namespace atlas {
 

@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <mova/host/messages.h>
 
-#include "error.h"
+#include "messages.h"
 #include "world.h"
 
 using namespace atlas;

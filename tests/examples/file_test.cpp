@@ -9,7 +9,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include "error.h"
+#include "messages.h"
 #include "world.h"
 
 using namespace atlas;

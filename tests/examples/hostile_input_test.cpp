@@ -6,9 +6,8 @@
 
 #include <tests/support/byte_source.h>
 
-#include "error.h"
+#include "messages.h"
 #include "pixels.h"
-#include "text.h"
 #include "world.h"
 
 using namespace atlas;
@@ -182,29 +181,6 @@ TEST(Decoding, TakesTheLastOfSeveralMembersOfAKey)
     const Topology topology = decode(
         world(R"("a":{"type":"LineString","arcs":[0],"properties":{"name":{"x":[1]},"name":"y","name":"z"}})", line));
     EXPECT_EQ("z", topology.countries.front()->name);
-}
-
-/* What a terminal would act upon: controls of 7 and 8 bits, line breaks, directions, what is no UTF-8. */
-TEST(Printable, IsOnePlainLine)
-{
-    const std::pair<std::string_view, std::string_view> cases[] = {
-        {"Côte d’Ivoire 中 \U0001F30D", "Côte d’Ivoire 中 \U0001F30D"},
-        {std::string_view("a\0b\n\x1b[2J\x7f", 9), "a?b??[2J?"},
-        {"\xc2\x9b"
-         "2J\xc2\x80\xc2\x9f\xc2\xa0",
-         "?2J??\xc2\xa0"},
-        {"\x9b"
-         "2J",
-         "?2J"},
-        {"\u061c\u200e\u200f\u202a\u202b\u202c\u202d\u202e\u2066\u2067\u2068\u2069", "????????????"},
-        {"\u200d\u2010\u2027\u2028\u2029\u2030\u206a", "\u200d\u2010\u2027??\u2030\u206a"},
-        {"\xc3", "?"},
-        {"\xe2\x80", "??"},
-        {"\xc0\x9b", "??"},
-        {"\xe0\x82\x9b", "???"},
-        {"\xff", "?"}};
-    for (const auto &[text, plain] : cases)
-        EXPECT_EQ(plain, printable(text));
 }
 
 TEST(DamagedWorld, ThatIsCutShortIsRefusedWhereverTheCutIs)

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "error.h"
+#include "messages.h"
 #include "pixels.h"
 #include "world.h"
 

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include "error.h"
+#include "messages.h"
 #include "world.h"
 
 using namespace atlas;

@@ -16,8 +16,7 @@
 #include <tests/model/model.h>
 
 #include "countries.h"
-#include "error.h"
-#include "text.h"
+#include "messages.h"
 
 namespace {
 

@@ -1,8 +1,10 @@
 /* SPDX-License-Identifier: MIT */
-#include "progress.h"
+#include "messages.h"
 
 #include <cstdlib>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -94,4 +96,27 @@ TEST_F(Progress, CountsGigabytes)
     now_ += 1s;
     line.update("a", 1500000000, 3000000000);
     EXPECT_EQ("atlas: a 50 %", text());
+}
+
+/* What a terminal would act upon: controls of 7 and 8 bits, line breaks, directions, what is no UTF-8. */
+TEST(Printable, IsOnePlainLine)
+{
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        {"Côte d’Ivoire 中 \U0001F30D", "Côte d’Ivoire 中 \U0001F30D"},
+        {std::string_view("a\0b\n\x1b[2J\x7f", 9), "a?b??[2J?"},
+        {"\xc2\x9b"
+         "2J\xc2\x80\xc2\x9f\xc2\xa0",
+         "?2J??\xc2\xa0"},
+        {"\x9b"
+         "2J",
+         "?2J"},
+        {"\u061c\u200e\u200f\u202a\u202b\u202c\u202d\u202e\u2066\u2067\u2068\u2069", "????????????"},
+        {"\u200d\u2010\u2027\u2028\u2029\u2030\u206a", "\u200d\u2010\u2027??\u2030\u206a"},
+        {"\xc3", "?"},
+        {"\xe2\x80", "??"},
+        {"\xc0\x9b", "??"},
+        {"\xe0\x82\x9b", "???"},
+        {"\xff", "?"}};
+    for (const auto &[text, plain] : cases)
+        EXPECT_EQ(plain, atlas::printable(text));
 }

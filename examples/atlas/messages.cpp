@@ -1,0 +1,93 @@
+/* SPDX-License-Identifier: MIT */
+#include "messages.h"
+
+#include <bit>
+#include <cstdint>
+#include <utility>
+
+namespace atlas {
+
+/* ---- plain text ---- */
+
+struct Character {
+    std::size_t bytes;
+    std::uint32_t code_point;
+};
+
+/* Returns the character that the text begins with, of no bytes where it begins with none. */
+static Character first_character(std::string_view text)
+{
+    const auto byte = [&](std::size_t i) { return i < text.size() ? static_cast<std::uint8_t>(text[i]) : 0u; };
+    const auto bytes = static_cast<std::size_t>(std::countl_one(static_cast<std::uint8_t>(byte(0))));
+    if (bytes == 0)
+        return {1, byte(0)};
+    if (bytes == 1 || bytes > 4)
+        return {0, 0};
+    std::uint32_t code_point = byte(0) & (0x7fu >> bytes);
+    for (std::size_t i = 1; i < bytes; ++i) {
+        if (byte(i) >> 6 != 2)
+            return {0, 0};
+        code_point = code_point << 6 | (byte(i) & 63);
+    }
+    constexpr std::uint32_t least[] = {0x80, 0x800, 0x10000};
+    return {code_point < least[bytes - 2] ? 0 : bytes, code_point};
+}
+
+/* Not a control, a line break or a direction. */
+static bool is_plain(std::uint32_t code_point)
+{
+    constexpr std::pair<std::uint32_t, std::uint32_t> others[] = {{0, 0x1f},        {0x7f, 0x9f},     {0x61c, 0x61c},
+                                                                  {0x200e, 0x200f}, {0x2028, 0x202e}, {0x2066, 0x2069}};
+    for (const auto &[first, last] : others) {
+        if (code_point >= first && code_point <= last)
+            return false;
+    }
+    return true;
+}
+
+std::string printable(std::string_view text)
+{
+    std::string plain;
+    while (!text.empty()) {
+        const auto [bytes, code_point] = first_character(text);
+        if (bytes > 0 && is_plain(code_point))
+            plain += text.substr(0, bytes);
+        else
+            plain += '?';
+        text.remove_prefix(bytes > 0 ? bytes : 1);
+    }
+    return plain;
+}
+
+/* ---- progress ---- */
+
+constexpr std::chrono::milliseconds patience{500};
+constexpr std::chrono::milliseconds interval{100};
+
+ProgressLine::ProgressLine(std::FILE *out, bool shown, Clock now)
+    : out_(out), shown_(shown), now_(std::move(now)), due_(now_() + patience)
+{
+}
+
+void ProgressLine::update(const char *step, std::size_t done, std::size_t all)
+{
+    if (!shown_ || now_() < due_)
+        return;
+    due_ = now_() + interval;
+    clear();
+    const std::uint64_t percent = all ? std::uint64_t{100} * done / all : 100;
+    line_ = "atlas: " + std::string(step) + " " + std::to_string(percent) + " %";
+    std::fputs(line_.c_str(), out_);
+    std::fflush(out_);
+}
+
+void ProgressLine::clear()
+{
+    if (line_.empty())
+        return;
+    std::fprintf(out_, "\r%*s\r", static_cast<int>(line_.size()), "");
+    std::fflush(out_);
+    line_.clear();
+}
+
+} // namespace atlas
