@@ -6,9 +6,10 @@
 #   room      mova/<room>/<name>.h and .cpp; tests/<room>/<name>_test.cpp
 #   prefixes  of the public names; the documents give the first
 #   has       what it has besides:
-#               model  tests/model/<name>_model.cpp, which the model tests and a fuzzer run
-#               c      tests/c_api/<name>.c, which defines drive_<name>
-#               bench  bench/<room>/<name>_bench.cpp
+#               model    tests/model/<name>_model.cpp, which the model tests and a fuzzer run
+#               c        tests/c_api/<name>.c, which defines drive_<name>
+#               checked  mova/checked/<name>.h, by whose rows the checked library checks it
+#               bench    bench/<room>/<name>_bench.cpp
 set(family_table
     # name                room    prefixes                    has
     "block_array          arrays  GB_                         model c"
@@ -19,10 +20,10 @@ set(family_table
     "colour_table         clut    CLUT_,RGBLUT_,clut_,GE_     model c bench"
     "hash_table           hash    HSH_,mova_hash_             model c bench"
     "pointer_lookup       hash    mova_lu_                    model c"
-    "double_list          lists   DBLL_                       model c"
-    "element_list         lists   EL_                         model c bench"
-    "element_stack        lists   ES_                         model c"
-    "generic_list         lists   GL_                         model c bench"
+    "double_list          lists   DBLL_                       model c checked"
+    "element_list         lists   EL_                         model c bench checked"
+    "element_stack        lists   ES_                         model c checked"
+    "generic_list         lists   GL_                         model c bench checked"
     "simple_list          lists   SL_                         model c bench"
     "balanced_tree        tree    GT_                         model c bench"
     "errors               host    EX_,mova_error_,mova_set_   c"
@@ -30,7 +31,7 @@ set(family_table
     "memory_blocks        host    mb_                         model c bench"
     "messages             host    MSG_,debug_,mova_dprintf    c")
 
-# families(<result> [ROOM <room>] [WITH model|c|bench]): the names of those families, in the table's order. For each
+# families(<result> [ROOM <room>] [WITH model|c|bench|checked]): the names of those families, in the table's order. For each
 # name it sets <name>_room and <name>_prefixes too.
 function(families result)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "ROOM;WITH" "")

@@ -3,7 +3,7 @@
 #
 # cmake -DHEADERS=... -DSOURCES=... -P <this file>
 cmake_minimum_required(VERSION 3.21)
-include(${CMAKE_CURRENT_LIST_DIR}/../support/names.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/../../cmake/names.cmake)
 
 set(text)
 foreach(source IN LISTS SOURCES)

@@ -3,7 +3,7 @@
 #
 # cmake -DROOT=... -P <this file>
 cmake_minimum_required(VERSION 3.21)
-include(${CMAKE_CURRENT_LIST_DIR}/../support/names.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/../../cmake/names.cmake)
 
 # A semicolon would part a list.
 function(read_text result)

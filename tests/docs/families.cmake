@@ -5,7 +5,7 @@
 # cmake -DROOT=... -P <this file>
 cmake_minimum_required(VERSION 3.21)
 include(${ROOT}/cmake/families.cmake)
-include(${CMAKE_CURRENT_LIST_DIR}/../support/names.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/../../cmake/names.cmake)
 
 # names_in(<result> <file> <regular expression> <replacement>): for each line that the expression matches.
 function(names_in result file expression replacement)

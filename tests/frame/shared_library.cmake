@@ -11,7 +11,7 @@
 #   NEEDED       regular expressions; each library needed must match one
 cmake_minimum_required(VERSION 3.21)
 
-include(${CMAKE_CURRENT_LIST_DIR}/../support/names.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/../../cmake/names.cmake)
 
 function(output_of result)
     execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)

@@ -1,0 +1,274 @@
+/* SPDX-License-Identifier: MIT */
+#include "call.h"
+
+#include "chains.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <unwind.h>
+
+namespace mova::checked {
+
+namespace {
+
+/* The calls of a thread that are running, the innermost last. */
+struct running_calls {
+    static constexpr unsigned most = 32;
+
+    running_call calls[most];
+    unsigned count;
+};
+
+/* Present in every thread from the start: the library is loaded with the program. */
+__attribute__((tls_model("initial-exec"))) thread_local running_calls running;
+
+/* Further apart than this, two calls of a thread stand on different stacks, and nothing is known of their order. */
+constexpr uintptr_t one_stack = uintptr_t{1} << 28;
+
+/* Whether a call lies deeper on the stack than one that was made after it: it was left by a jump. */
+bool was_left(const running_call &outer, const void *depth)
+{
+    const auto inner = reinterpret_cast<uintptr_t>(depth), before = reinterpret_cast<uintptr_t>(outer.depth);
+    return before <= inner && inner - before < one_stack;
+}
+
+/* Whether the stack still leads back to where a call was made from. It may look as if it did not end, while a jump has left it
+   and its part of the stack is others' now. */
+bool is_on_the_stack(const running_call &outer)
+{
+    struct search {
+        uintptr_t returns_to, depth;
+        bool found;
+    };
+    constexpr uintptr_t longest_frame = 8192;
+    search sought = {reinterpret_cast<uintptr_t>(outer.where), reinterpret_cast<uintptr_t>(outer.depth), false};
+    _Unwind_Backtrace(
+        [](_Unwind_Context *frame, void *argument) {
+            auto *const in = static_cast<search *>(argument);
+            const uintptr_t depth = _Unwind_GetCFA(frame);
+            in->found |=
+                _Unwind_GetIP(frame) == in->returns_to && depth > in->depth && depth - in->depth < longest_frame;
+            return in->found ? _URC_END_OF_STACK : _URC_NO_REASON;
+        },
+        &sought);
+    return sought.found;
+}
+
+/* An exception or a jump, or a raise, ended the call: its containers may be what the header says is left then. */
+void leave(running_call &left)
+{
+    for (owner_number &number : left.used) {
+        if (number != 0)
+            owner_at(number).excused = true;
+        number = 0;
+    }
+    if (left.expected != 0)
+        drop_if_unused(std::exchange(left.expected, 0));
+}
+
+/* A container's invariants are asked where all of it is gone through anyway, at its release above all, and after so many calls that it costs them next to nothing. */
+bool is_time_for_invariants(const owner &of, use how, int64_t size)
+{
+    return asked_for().full || how >= use::empty || of.calls > std::max<int64_t>(256, 16 * size);
+}
+
+} // namespace
+
+running_call *innermost_call()
+{
+    return running.count != 0 ? &running.calls[running.count - 1] : nullptr;
+}
+
+call::call(const char *function, place where) : finding_(function, where)
+{
+    while (running.count != 0 && was_left(*innermost_call(), this)) {
+        const registry_lock lock;
+        leave(running.calls[--running.count]);
+    }
+    if (running.count == running_calls::most)
+        outermost_ = running.calls[--running.count];
+    else
+        outermost_.depth = nullptr;
+    own_ = &running.calls[running.count++];
+    *own_ = {this, function, where, {}, 0, 0, false};
+}
+
+/* A call on another stack may have taken this one for left. */
+call::~call()
+{
+    if (own_->depth != this)
+        return;
+    if (!completed_ || own_->has_raised) {
+        const registry_lock lock;
+        leave(*own_);
+    }
+    running.count = static_cast<unsigned>(own_ - running.calls);
+    if (outermost_.depth)
+        running.calls[running.count++] = outermost_;
+}
+
+const running_call *call::outer_call_using(owner_number number) const
+{
+    for (running_call *outer = own_; outer != running.calls;) {
+        --outer;
+        if (std::find(outer->used, outer->used + running_call::most_used, number) ==
+            outer->used + running_call::most_used)
+            continue;
+        if (is_on_the_stack(*outer))
+            return outer;
+        leave(*outer);
+    }
+    return nullptr;
+}
+
+owner_number call::expect_container(const family &of)
+{
+    own_->expected = own_->blocks_of = new_owner(of, where());
+    return own_->expected;
+}
+
+/* The head is a block that the call allocated. A null one was not made. */
+void call::container_is(const family &of, const void *made)
+{
+    owner_number number = std::exchange(own_->expected, 0);
+    if (!made) {
+        if (number != 0)
+            drop_if_unused(number);
+        return;
+    }
+    if (number == 0)
+        number = new_owner(of, where());
+    owner_at(number).container = made;
+    entry *const head = find(made);
+    if (head && head->live && head->owner == number)
+        head->what = kind::head;
+    else
+        book(made, kind::head, number, where());
+}
+
+void call::judge_invariants(owner &of, owner_number number, use how)
+{
+    ++of.calls;
+    if (of.excused || !of.of->broken_invariant || !is_time_for_invariants(of, how, of.of->size(of.container)))
+        return;
+    of.calls = 0;
+    if (const int broken = of.of->broken_invariant(of.container)) {
+        finding_.say("the %s breaks its invariant %d", of.of->noun, broken);
+        finding_.show_container(number);
+    }
+}
+
+owner_number call::judge_container(const family &of, const void *container, use how, int nth, bool may_be_hand_made)
+{
+    if (!container) {
+        finding_.say("the %s is null", of.noun);
+        return 0;
+    }
+    const entry *const known = find(container);
+    if (!known) {
+        if (may_be_hand_made)
+            return 0;
+        finding_.say("the %s was never created", of.noun);
+        finding_.add(nullptr, "%-10s %p", of.noun, container);
+        return 0;
+    }
+    if (known->what != kind::head) {
+        if (may_be_hand_made || known->what == kind::item || known->owner == 0)
+            return 0;
+        finding_.say("the %s was never created", of.noun);
+        if (known->owner != 0)
+            finding_.show_member(of.noun, container, *known);
+        return 0;
+    }
+    const owner_number number = known->owner;
+    owner &judged = owner_at(number);
+    if (!known->live) {
+        finding_.say("the %s was released", of.noun);
+        finding_.show_container(number);
+        return 0;
+    }
+    if (!same_records(*judged.of, of)) {
+        finding_.say("the %s is of another family", of.noun);
+        finding_.add(judged.made, "%s %p   made in      ", judged.of->full_noun, container);
+        return 0;
+    }
+    if (const running_call *const outer = how != use::read ? outer_call_using(number) : nullptr) {
+        finding_.say("the %s is calling back in %s", of.noun, outer->function);
+        finding_.show_container(number);
+        return 0;
+    }
+    uses(number, nth);
+    if (how != use::read || asked_for().full)
+        judge_invariants(judged, number, how);
+    return is_wrong() ? 0 : number;
+}
+
+void call::judge_position(const family &of, owner_number in, const void *position, const char *role)
+{
+    if (!position) {
+        finding_.say("the %s is null", role);
+        return;
+    }
+    const auto is_right = [&](const entry *known) {
+        if (!known || known->owner == 0)
+            return true;
+        const owner_number number = resolved(known->owner);
+        return known->live && known->what != kind::head && same_records(*owner_at(number).of, of) &&
+               (in == 0 || number == in);
+    };
+    if (is_right(find(position)))
+        return;
+    if (in != 0 && of.is_chain)
+        claim_members(in);
+    const entry *const known = find(position);
+    if (is_right(known))
+        return;
+    const owner_number number = resolved(known->owner);
+    const owner &its = owner_at(number);
+    if (in == 0 && !sees_every_block())
+        return;
+    if (known->what == kind::head)
+        finding_.say("the %s is a %s", role, its.of->noun);
+    else if (!known->live)
+        finding_.say("the %s was removed", role);
+    else if (!same_records(*its.of, of))
+        finding_.say("the %s is of another family", role);
+    else
+        finding_.say("the %s is of another %s", role, of.noun);
+    finding_.show_member(role, position, *known);
+    if (known->live && number != in && in != 0)
+        finding_.show_container(in);
+}
+
+void call::judge_iterator(const family &of, const void *next, const void *end,
+                          bool (*stops_anyway)(const void *container))
+{
+    const entry *const rests_on = next ? find(next) : nullptr;
+    if (!rests_on || rests_on->owner == 0)
+        return;
+    const owner_number number = resolved(rests_on->owner);
+    if (!rests_on->live || !same_records(*owner_at(number).of, of)) {
+        if (!sees_every_block())
+            return;
+        finding_.say(rests_on->live ? "the iterator is of another family" : "the iterator rests on a removed position");
+        finding_.show_member("position", next, *rests_on);
+        return;
+    }
+    uses(number, 0);
+    const auto is_right = [number](const entry *known) {
+        return !known || known->owner == 0 || (known->live && resolved(known->owner) == number);
+    };
+    if (!end || end == next || is_right(find(end)) || (stops_anyway && stops_anyway(owner_at(number).container)))
+        return;
+    claim_members(number);
+    if (const entry *const ends_at = find(end); !is_right(ends_at)) {
+        if (ends_at->live)
+            finding_.say("the iterator's end is of another %s", of.noun);
+        else
+            finding_.say("the iterator's end was removed");
+        finding_.show_member("end", end, *ends_at);
+    }
+}
+
+} // namespace mova::checked

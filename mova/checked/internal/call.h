@@ -1,0 +1,179 @@
+/* SPDX-License-Identifier: MIT */
+/* The checked functions: how a call of the program is checked, made and noted.
+
+   The ordinary library's objects are linked into the checked library as they are, but for the names of their public
+   functions: GL_remove_item is called mova_plain_GL_remove_item there, in its callers too. Under the public names stand
+   functions that a script writes (cmake/checked_functions.cmake), all alike:
+
+       void GL_remove_item(GL_list *list, GL_node *position)
+       {
+           call made("GL_remove_item", return address);
+           make(made, rows::GL_remove_item, mova_plain_GL_remove_item, list, position);
+       }
+
+   So what the program calls is checked, and what the containers call of each other is not. What they ask of their host goes
+   through host_services.cpp, which passes it on unchanged and notes which blocks came and went.
+
+   A row says what the function's arguments are, by roles, in the order in which they are judged:
+
+       constexpr row GL_remove_item{container<0, generic_list>{use::edit}, position<1, 0>{}};
+
+   A role has up to two functions. before(call, arguments) judges, under the registry's lock, and says what is wrong
+   by call.wrong(…); once something is wrong the later ones are not asked. after(call, arguments, result) notes what the
+   call has changed.
+
+   To check a family:
+     1. Give its row in cmake/families.cmake the word "checked".
+     2. Write mova/checked/<name>.h: the family's traits, and in namespace mova::checked::rows a row for each function
+        that its header declares. The compiler names those that lack one.
+     3. Take roles of roles.h; one that only this family needs stands in its own file.
+     4. Add a line of misuse cells to tests/checked (its own first comment says how), and tick them in docs/checked.md.
+
+   What is judged must be certain. Records are plain, and a program may have made one by hand, moved it, or linked
+   nodes of its own: an address that the registry does not know is not spoken of, but where the header lets nobody but the
+   library make it. */
+#ifndef MOVA_CHECKED_INTERNAL_CALL_H
+#define MOVA_CHECKED_INTERNAL_CALL_H
+
+#include "report.h"
+
+#include <tuple>
+#include <type_traits>
+
+namespace mova::checked {
+
+/* What a function does with a container that it is given. */
+enum class use {
+    read,
+    edit,
+    empty,   /* an edit that goes through all of it */
+    release, /* the container is gone afterwards */
+};
+
+/* What is noted of a call as long as it runs. */
+struct running_call {
+    static constexpr int most_used = 3;
+
+    const void *depth; /* on the stack */
+    const char *function;
+    place where;
+    owner_number used[most_used]; /* containers */
+    owner_number blocks_of;       /* the container that the blocks are of that it allocates */
+    owner_number expected;        /* the container that it makes */
+    bool has_raised;
+};
+
+/* The innermost call of this thread, or null. */
+running_call *innermost_call();
+
+/* Whether every block that is allocated and freed goes past the checks, the program's own calls included: with the checked
+   host. With another, a block may have come and gone without them, and where there is no container to be asked about a
+   position nothing is said. */
+bool sees_every_block();
+
+/* A call that the program makes, as long as it runs. Callbacks may make others meanwhile: a thread's calls are in an array,
+   not on its stack, where those that a jump has left could not be read any more. */
+class call {
+public:
+    call(const char *function, place where);
+    ~call();
+    call(const call &) = delete;
+    call &operator=(const call &) = delete;
+
+    /* ---- what roles ask before the call; all of it under the lock ---- */
+
+    /* Whether something is wrong already. */
+    bool is_wrong() const { return finding_.is_misuse(); }
+
+    /* The finding, to be told what is wrong. */
+    finding &wrong() { return finding_; }
+
+    /* Judges a container: null, never made, released, of another family, edited while it is calling back. Notes it as the
+       nth that this call uses. Returns its number, or 0 where it is wrong or unknown. A container that may be made by hand
+       may be unknown. */
+    owner_number judge_container(const family &of, const void *container, use how, int nth = 0,
+                                 bool may_be_hand_made = false);
+
+    /* The nth container that the call uses, or 0. */
+    owner_number used(int nth) const { return own_->used[nth]; }
+    void uses(owner_number number, int nth) { own_->used[nth] = number; }
+
+    /* Judges a position of the container `in`, or of any of that family where it is 0. A null one is wrong. */
+    void judge_position(const family &of, owner_number in, const void *position, const char *role = "position");
+
+    /* Judges an iterator that will deliver `next`, up to and including `end`. Its container is the first that the call uses:
+       its test must not edit it. Where it stops anyway its end may be elsewhere. */
+    void judge_iterator(const family &of, const void *next, const void *end,
+                        bool (*stops_anyway)(const void *container) = nullptr);
+
+    /* ---- what the call makes ---- */
+
+    /* Blocks that are allocated from now on until the call ends are of this container. */
+    void blocks_are_of(owner_number number) { own_->blocks_of = number; }
+
+    /* As above, of a new container, which its role will name after the call. */
+    owner_number expect_container(const family &of);
+    void container_is(const family &of, const void *made);
+
+    const char *function() const { return finding_.function(); }
+    place where() const { return finding_.where(); }
+
+    /* ---- make() ---- */
+
+    void completed() { completed_ = true; }
+
+    /* Reports what is wrong. Without the lock. */
+    void report_misuse()
+    {
+        if (is_wrong())
+            report(finding_);
+    }
+
+private:
+    void judge_invariants(owner &of, owner_number number, use how);
+    const running_call *outer_call_using(owner_number number) const;
+
+    finding finding_;
+    running_call *own_;
+    running_call outermost_; /* what this one's record holds otherwise, where there are more than fit */
+    bool completed_ = false;
+};
+
+/* A row: the roles, in the order in which they are asked. */
+template <class... Roles>
+struct row {
+    constexpr explicit row(Roles... roles) : all(roles...) {}
+
+    std::tuple<Roles...> all;
+};
+
+/* Makes a call as its row says. */
+template <class Row, class Result, class... Declared, class... Arguments>
+__attribute__((always_inline)) inline Result make(call &made, const Row &checked, Result (*plain)(Declared...),
+                                                  Arguments &...given)
+{
+    const std::tuple<Arguments &...> arguments(given...);
+    {
+        const registry_lock lock;
+        count_call();
+        std::apply([&](const auto &...role) { ((made.is_wrong() || (role.before(made, arguments), true)) && ...); },
+                   checked.all);
+    }
+    made.report_misuse();
+    if constexpr (std::is_void_v<Result>) {
+        plain(given...);
+        made.completed();
+        const registry_lock lock;
+        std::apply([&](const auto &...role) { (role.after(made, arguments), ...); }, checked.all);
+    } else {
+        Result result = plain(given...);
+        made.completed();
+        const registry_lock lock;
+        std::apply([&](const auto &...role) { (role.after(made, arguments, result), ...); }, checked.all);
+        return result;
+    }
+}
+
+} // namespace mova::checked
+
+#endif

@@ -1,0 +1,24 @@
+/* SPDX-License-Identifier: MIT */
+/* What the records themselves say, where the registry suspects a position.
+
+   Programs may insert and remove nodes without the library: with bodies that stand in headers, as the typed layer's, and with
+   a host of their own, so that a block comes and goes and nobody is told. The registry is a memory then that may be out of
+   date. So before a position is said to be removed or another list's, the list is asked: whatever it holds is its own.
+   That takes time in proportion to the list, once for each edit of that kind that is used, and nothing where there are none. */
+#ifndef MOVA_CHECKED_INTERNAL_CHAINS_H
+#define MOVA_CHECKED_INTERNAL_CHAINS_H
+
+#include "registry.h"
+
+namespace mova::checked {
+
+/* Copies bytes that may not be there. Returns whether they were. */
+bool read_safely(const void *from, void *to, size_t bytes);
+
+/* Notes the nodes that the registry has otherwise as the container's: those along `next` from its first, no more than it
+   counts. */
+void claim_members(owner_number container);
+
+} // namespace mova::checked
+
+#endif

@@ -1,0 +1,84 @@
+/* SPDX-License-Identifier: MIT */
+/* What the containers ask of their host, on its way there. Their objects are linked with these names in place of the
+   services': each passes the call on as it is, and notes what it means. The service may be the default host's, checked or not,
+   or the program's own. */
+#include "call.h"
+
+#include <mova/frame/host.h>
+
+#include <cstring>
+
+#include <dlfcn.h>
+
+namespace mova::checked {
+
+namespace {
+
+void note_allocation(const void *block)
+{
+    const running_call *const caller = innermost_call();
+    if (!block)
+        return;
+    const registry_lock lock;
+    book(block, kind::block, caller ? caller->blocks_of : 0, caller ? caller->where : nullptr);
+}
+
+/* Before the service has it: other threads may be given it at once. */
+void note_release(const void *block)
+{
+    const running_call *const caller = innermost_call();
+    const registry_lock lock;
+    mark_released(block, caller ? caller->where : nullptr);
+}
+
+} // namespace
+
+bool sees_every_block()
+{
+    static const bool sees = [] {
+        Dl_info service;
+        return dladdr(reinterpret_cast<void *>(&MM_alloc_item), &service) != 0 && service.dli_fname &&
+               std::strstr(service.dli_fname, "/libmova_host.so");
+    }();
+    return sees;
+}
+
+} // namespace mova::checked
+
+extern "C" {
+
+void *mova_checked_MM_alloc_item(size_t size);
+void mova_checked_MM_dealloc_item(void *item, size_t size);
+void *mova_checked_MM_realloc_item(void *item, size_t old_size, size_t new_size);
+void mova_checked_EX_raise_exception_line(const char *module, int32_t line, int32_t code);
+
+void *mova_checked_MM_alloc_item(size_t size)
+{
+    void *const block = MM_alloc_item(size);
+    mova::checked::note_allocation(block);
+    return block;
+}
+
+void mova_checked_MM_dealloc_item(void *item, size_t size)
+{
+    mova::checked::note_release(item);
+    MM_dealloc_item(item, size);
+}
+
+/* Where it fails, the old block is as it was. */
+void *mova_checked_MM_realloc_item(void *item, size_t old_size, size_t new_size)
+{
+    void *const block = MM_realloc_item(item, old_size, new_size);
+    if (block && block != item)
+        mova::checked::note_release(item);
+    mova::checked::note_allocation(block);
+    return block;
+}
+
+void mova_checked_EX_raise_exception_line(const char *module, int32_t line, int32_t code)
+{
+    if (mova::checked::running_call *const caller = mova::checked::innermost_call())
+        caller->has_raised = true;
+    EX_raise_exception_line(module, line, code);
+}
+}

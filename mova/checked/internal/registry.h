@@ -1,0 +1,124 @@
+/* SPDX-License-Identifier: MIT */
+/* What the checks know: of each address that a container made, whose it is, and of each container, where it was made.
+
+       node, block        entry                            owner
+       0x55d0c8   ---->   | address place owner state | -> | container  made  released  …  |
+                                                                      |
+                                              joined_to, where its nodes moved to another container
+
+   Entries lie in one table by address; owners in another by number, where 0 is nobody. Whoever was seen released stays known
+   until its address is used again or room is needed, so that a late use of it can be told from a stranger's. What was never
+   seen is unknown, and nothing is said against it.
+
+   The memory of both comes from the system alone. One lock guards all of it; it is taken only where there are threads. */
+#ifndef MOVA_CHECKED_INTERNAL_REGISTRY_H
+#define MOVA_CHECKED_INTERNAL_REGISTRY_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace mova::checked {
+
+/* A place in the program: the address that a call returns to. */
+using place = const void *;
+
+/* A family of containers, as reports name it. */
+struct family {
+    const char *noun;      /* "list" */
+    const char *full_noun; /* "generic list" */
+    const char *member;    /* what a position of it is: "node" */
+    bool is_chain;         /* nodes begin with their links, heads with the first and the last: chains.h */
+    const family *records; /* the family whose records it has and whose functions take them; null for its own */
+    /* Returns the number of the invariant that the container breaks, or 0; null where there are none to ask. */
+    int (*broken_invariant)(const void *container);
+    /* Returns how much work that is. */
+    int64_t (*size)(const void *container);
+};
+
+/* Whether a container of one may be given to the functions of the other. */
+inline bool same_records(const family &a, const family &b)
+{
+    return (a.records ? a.records : &a) == (b.records ? b.records : &b);
+}
+
+/* What lies at an address: a container's head; a block that a container allocated, which is a node of it or its storage;
+   or a record of the program's that is linked into a container. */
+enum class kind : uint8_t { head, block, item };
+
+using owner_number = uint32_t;
+
+struct entry {
+    uintptr_t address;
+    place last_place; /* where it was made, or where it was released */
+    owner_number owner;
+    kind what;
+    bool live;
+};
+
+struct owner {
+    const void *container;
+    const family *of;
+    place made, released;
+    owner_number joined_to; /* the next free one, where it is free */
+    uint32_t entries;       /* that name it, and owners that are joined to it */
+    uint32_t calls;         /* since its invariants were asked */
+    bool live;
+    bool excused; /* its invariants are not asked: it was left by an exception, a jump or a raise */
+    bool foreign; /* the program made its record by hand */
+};
+
+/* Holds the lock while it lives. What is declared below asks for it. */
+class registry_lock {
+public:
+    registry_lock();
+    ~registry_lock();
+    registry_lock(const registry_lock &) = delete;
+    registry_lock &operator=(const registry_lock &) = delete;
+
+private:
+    bool locked_;
+};
+
+/* The entry of an address, or null. It may move with the next insertion. */
+entry *find(const void *address);
+
+/* Notes what lies at the address from now on, whatever lay there before. */
+entry *book(const void *address, kind what, owner_number of, place where);
+
+/* Notes that it lies there no longer. Knows nothing of it where nobody had booked it. */
+void mark_released(const void *address, place where);
+
+/* The address is of another owner from now on. */
+void hand_over(const void *address, owner_number to);
+
+/* Forgets the address. */
+void forget(const void *address);
+
+owner &owner_at(owner_number number);
+
+/* The number of a new owner without a container yet. */
+owner_number new_owner(const family &of, place made);
+
+/* Gives it back where nothing names it and its container is gone. */
+void drop_if_unused(owner_number number);
+
+/* The owner that the nodes of `number` are in now. */
+owner_number resolved(owner_number number);
+
+/* All nodes of `from` are of `to` from now on: in constant time, by naming `to` in the owner that they name. The container
+   of `from` gets another owner, whose number is returned; 0 where it is gone. */
+owner_number join(owner_number from, owner_number to);
+
+struct tally {
+    size_t containers, blocks;
+};
+
+/* How many containers and blocks live. */
+tally count_live();
+
+/* Calls `visit(entry, context)` for every live entry. */
+void for_each_live(void (*visit)(const entry &, void *context), void *context);
+
+} // namespace mova::checked
+
+#endif

@@ -1,0 +1,212 @@
+/* SPDX-License-Identifier: MIT */
+#include "symbols.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <type_traits>
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#if __has_include(<elfutils/libdwfl.h>)
+#include <elfutils/libdwfl.h>
+#define CAN_READ_DEBUG_INFORMATION
+#endif
+
+namespace mova::checked {
+
+namespace {
+
+const char *last_part(const char *path)
+{
+    const char *slash = std::strrchr(path, '/');
+    return slash ? slash + 1 : path;
+}
+
+/* What the dynamic linker knows. */
+source_place module_place(uintptr_t address)
+{
+    source_place found = {"?", "?"};
+    Dl_info module;
+    if (!dladdr(reinterpret_cast<void *>(address), &module) || !module.dli_fname) {
+        std::snprintf(found.line, sizeof found.line, "%#lx", static_cast<unsigned long>(address));
+        return found;
+    }
+    std::snprintf(found.function, sizeof found.function, "%s", last_part(module.dli_fname));
+    std::snprintf(found.line, sizeof found.line, "+%#lx",
+                  static_cast<unsigned long>(address - reinterpret_cast<uintptr_t>(module.dli_fbase)));
+    return found;
+}
+
+#ifdef CAN_READ_DEBUG_INFORMATION
+
+/* The library's functions, from where it is loaded: a program that makes no mistake never loads it. */
+class debug_reader {
+public:
+    static debug_reader &get()
+    {
+        static debug_reader reader;
+        return reader;
+    }
+
+    /* Returns false where there is no debug information for the address. */
+    bool find(uintptr_t address, source_place &found)
+    {
+        Dwfl_Module *const module = module_of(address);
+        if (!module)
+            return false;
+        Dwarf_Addr bias = 0;
+        Dwarf_Die *const unit = unit_of(module, address, bias);
+        Dwarf_Line *const at = unit ? getsrc_(unit, address - bias) : nullptr;
+        int line = 0;
+        const char *file = at ? linesrc_(at, nullptr, nullptr) : nullptr;
+        if (!file || lineno_(at, &line) != 0)
+            return false;
+        const char *name = addrname_(module, address);
+        look_at_scopes(unit, address - bias, name, file, line);
+        std::snprintf(found.function, sizeof found.function, "%s", name ? name : "?");
+        std::snprintf(found.line, sizeof found.line, "%s:%d", last_part(file), line);
+        return true;
+    }
+
+private:
+    debug_reader()
+    {
+        void *const library = dlopen("libdw.so.1", RTLD_LAZY | RTLD_LOCAL);
+        if (!library)
+            return;
+        bool all = true;
+        const auto take = [&](auto &function, const char *name) {
+            function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
+            all &= function != nullptr;
+        };
+        take(begin_, "dwfl_begin");
+        take(report_, "dwfl_linux_proc_report");
+        take(report_begin_, "dwfl_report_begin");
+        take(report_end_, "dwfl_report_end");
+        take(addrmodule_, "dwfl_addrmodule");
+        take(addrdie_, "dwfl_module_addrdie");
+        take(addrname_, "dwfl_module_addrname");
+        take(nextcu_, "dwfl_module_nextcu");
+        take(haspc_, "dwarf_haspc");
+        take(getsrc_, "dwarf_getsrc_die");
+        take(linesrc_, "dwarf_linesrc");
+        take(lineno_, "dwarf_lineno");
+        take(find_elf_, "dwfl_linux_proc_find_elf");
+        take(find_debuginfo_, "dwfl_standard_find_debuginfo");
+        take(getscopes_, "dwarf_getscopes");
+        take(tag_, "dwarf_tag");
+        take(attribute_, "dwarf_attr_integrate");
+        take(diename_, "dwarf_diename");
+        take(number_, "dwarf_formudata");
+        take(files_, "dwarf_getsrcfiles");
+        take(filesrc_, "dwarf_filesrc");
+        if (!all)
+            return;
+        callbacks_.find_elf = find_elf_;
+        callbacks_.find_debuginfo = find_debuginfo_;
+        callbacks_.debuginfo_path = &search_path_;
+        session_ = begin_(&callbacks_);
+    }
+
+    /* Modules may have been loaded since the last time: asked once more where none is found. */
+    Dwfl_Module *module_of(uintptr_t address)
+    {
+        if (!session_)
+            return nullptr;
+        if (Dwfl_Module *const known = addrmodule_(session_, address))
+            return known;
+        report_begin_(session_);
+        report_(session_, getpid());
+        report_end_(session_, nullptr, nullptr);
+        return addrmodule_(session_, address);
+    }
+
+    /* Not every compiler writes the index that the first way goes by. */
+    Dwarf_Die *unit_of(Dwfl_Module *module, uintptr_t address, Dwarf_Addr &bias)
+    {
+        if (Dwarf_Die *const unit = addrdie_(module, address, &bias))
+            return unit;
+        for (Dwarf_Die *unit = nullptr; (unit = nextcu_(module, unit, &bias));) {
+            if (haspc_(unit, address - bias) > 0)
+                return unit;
+        }
+        return nullptr;
+    }
+
+    bool number_of(Dwarf_Die *die, unsigned attribute, Dwarf_Word &number)
+    {
+        Dwarf_Attribute found;
+        return attribute_(die, attribute, &found) && number_(&found, &number) == 0;
+    }
+
+    /* From the innermost scope outwards: the function that the line is in, and while that is the typed layer's, the one that
+       it was put into. */
+    void look_at_scopes(Dwarf_Die *unit, Dwarf_Addr address, const char *&name, const char *&file, int &line)
+    {
+        constexpr int inlined_subroutine = 0x1d, subprogram = 0x2e;
+        constexpr unsigned call_file = 0x58, call_line = 0x59;
+        Dwarf_Die *scopes = nullptr;
+        const int count = getscopes_(unit, address, &scopes);
+        for (int i = 0; i < count; ++i) {
+            const int tag = tag_(&scopes[i]);
+            if (tag != inlined_subroutine && tag != subprogram)
+                continue;
+            if (const char *const own = diename_(&scopes[i]))
+                name = own;
+            Dwarf_Word number = 0;
+            if (tag == subprogram || !std::strstr(file, "mova/cxx/") || !number_of(&scopes[i], call_line, number))
+                break;
+            line = static_cast<int>(number);
+            Dwarf_Files *files = nullptr;
+            if (number_of(&scopes[i], call_file, number) && files_(unit, &files, nullptr) == 0) {
+                if (const char *const caller = filesrc_(files, number, nullptr, nullptr))
+                    file = caller;
+            }
+        }
+        std::free(scopes);
+    }
+
+    Dwfl_Callbacks callbacks_ = {};
+    char *search_path_ = nullptr;
+    Dwfl *session_ = nullptr;
+    decltype(&dwfl_begin) begin_ = nullptr;
+    decltype(&dwfl_linux_proc_report) report_ = nullptr;
+    decltype(&dwfl_report_begin) report_begin_ = nullptr;
+    decltype(&dwfl_report_end) report_end_ = nullptr;
+    decltype(&dwfl_addrmodule) addrmodule_ = nullptr;
+    decltype(&dwfl_module_addrdie) addrdie_ = nullptr;
+    decltype(&dwfl_module_addrname) addrname_ = nullptr;
+    decltype(&dwfl_module_nextcu) nextcu_ = nullptr;
+    decltype(&dwarf_haspc) haspc_ = nullptr;
+    decltype(&dwarf_getsrc_die) getsrc_ = nullptr;
+    decltype(&dwarf_linesrc) linesrc_ = nullptr;
+    decltype(&dwarf_lineno) lineno_ = nullptr;
+    decltype(&dwfl_linux_proc_find_elf) find_elf_ = nullptr;
+    decltype(&dwfl_standard_find_debuginfo) find_debuginfo_ = nullptr;
+    decltype(&dwarf_getscopes) getscopes_ = nullptr;
+    decltype(&dwarf_tag) tag_ = nullptr;
+    decltype(&dwarf_attr_integrate) attribute_ = nullptr;
+    decltype(&dwarf_diename) diename_ = nullptr;
+    decltype(&dwarf_formudata) number_ = nullptr;
+    decltype(&dwarf_getsrcfiles) files_ = nullptr;
+    decltype(&dwarf_filesrc) filesrc_ = nullptr;
+};
+
+#endif
+
+} // namespace
+
+source_place source_of(place where)
+{
+    /* The call is before the place that it returns to. */
+    const uintptr_t address = reinterpret_cast<uintptr_t>(where) - 1;
+    source_place found = module_place(address);
+#ifdef CAN_READ_DEBUG_INFORMATION
+    debug_reader::get().find(address, found);
+#endif
+    return found;
+}
+
+} // namespace mova::checked
