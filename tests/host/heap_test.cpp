@@ -440,13 +440,15 @@ TEST_F(Heap, OnlyMemoryThatSmallBlocksFillIsAskedForHugePages)
 
 TEST_F(Heap, ALargeBlockThatGrowsFromAFullOneIsAskedForHugePages)
 {
-    void *block = take(2 * mib);
-    block = own.resize(block, size_classes::class_of(2 * mib), size_classes::class_of(4 * mib));
-    EXPECT_EQ(system.huge, 0u);
-    block = own.resize(block, size_classes::class_of(4 * mib), size_classes::class_of(64 * mib));
-    EXPECT_EQ(system.huge, 0u);
-    own.resize(block, size_classes::class_of(64 * mib), size_classes::class_of(128 * mib));
-    EXPECT_EQ(system.huge, 128 * mib);
+    size_t size = mib;
+    void *block = take(size);
+    for (const auto &[grown, huge] : {std::pair{2 * mib, 0 * mib}, std::pair{4 * mib, 4 * mib},
+                                      std::pair{64 * mib, 0 * mib}, std::pair{128 * mib, 128 * mib}}) {
+        system.huge = 0;
+        block = own.resize(block, size_classes::class_of(size), size_classes::class_of(grown));
+        EXPECT_EQ(system.huge, huge) << size / mib << " to " << grown / mib;
+        size = grown;
+    }
 }
 
 /* ---- the caches of threads ---- */

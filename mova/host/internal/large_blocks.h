@@ -34,8 +34,8 @@ public:
         spare_.give(index, block);
     }
 
-    /* Returns the block's new place, or null where the system refuses: then the block is as it was. A block that grows to
-       twice its size was filled, it is likely, and will be: there huge pages pay. */
+    /* Returns the block's new place, or null where the system refuses: then the block is as it was. A block that fills a
+       huge page and grows to twice its size was filled, it is likely, and will be: there huge pages pay. */
     void *resize(void *block, unsigned from, unsigned to)
     {
         const size_t old_size = size_classes::block_size(from), new_size = size_classes::block_size(to);
@@ -43,7 +43,7 @@ public:
             new_size < old_size ? shortened(block, old_size, new_size) : mappings_.extend(block, old_size, new_size);
         if (!resized)
             return nullptr;
-        if (old_size >= least_for_huge_pages && new_size > old_size && new_size <= 2 * old_size)
+        if (old_size >= huge_page && new_size > old_size && new_size <= 2 * old_size)
             mappings_.prefer_huge_pages(resized, new_size);
         guard held(lock);
         count(from, -1);
@@ -74,7 +74,7 @@ public:
 
 private:
     static constexpr unsigned first_class = size_classes::run_classes;
-    static constexpr size_t most_spare_bytes = size_t{64} << 20, least_for_huge_pages = size_t{4} << 20;
+    static constexpr size_t most_spare_bytes = size_t{64} << 20, huge_page = size_t{2} << 20;
 
     void count(unsigned index, int change) MOVA_ANNOTATED(requires_capability(lock))
     {
