@@ -50,10 +50,9 @@ constinit system_memory process_system;
 constinit heap process_heap(process_system, thread_caches::records);
 constinit thread_caches process_caches(process_heap);
 
-void *exhausted(int32_t line)
+void report_exhaustion(int32_t line)
 {
     EX_raise_exception_line("memory", line, MOVA_ALLOCATION_FAILED);
-    return nullptr;
 }
 
 /* ---- a thread's beginning and end ---- */
@@ -166,12 +165,22 @@ int32_t line_of(size_t size)
     return size > run_limit ? MOVA_MEMORY_NO_MAPPING : MOVA_MEMORY_NO_ROOM;
 }
 
+spare_mappings::taken take_or_report(size_t size)
+{
+    if (size > PTRDIFF_MAX) {
+        report_exhaustion(MOVA_MEMORY_SIZE_TOO_LARGE);
+        return {};
+    }
+    const spare_mappings::taken block =
+        own_blocks ? take(class_of(size)) : spare_mappings::taken{system_blocks::take(size), false};
+    if (!block.start)
+        report_exhaustion(line_of(size));
+    return block;
+}
+
 [[gnu::noinline]] void *allocate_slowly(size_t size)
 {
-    if (size > PTRDIFF_MAX)
-        return exhausted(MOVA_MEMORY_SIZE_TOO_LARGE);
-    void *block = own_blocks ? take(class_of(size)).start : system_blocks::take(size);
-    return block ? block : exhausted(line_of(size));
+    return take_or_report(size).start;
 }
 
 [[gnu::noinline]] void release_slowly(void *item, size_t size)
@@ -180,6 +189,8 @@ int32_t line_of(size_t size)
         return system_blocks::give(item, size);
     if (!item)
         return;
+    if (own_cache != &no_cache)
+        own_cache->tick();
     const unsigned index = class_of(size);
     if (is_large(index) || !has_cache())
         process_heap.give(index, item);
@@ -193,7 +204,9 @@ void *resize(void *item, unsigned from, unsigned to)
     void *resized = process_heap.resize(item, from, to);
     if (!resized && process_heap.give_back())
         resized = process_heap.resize(item, from, to);
-    return resized ? resized : exhausted(MOVA_MEMORY_NO_ROOM_TO_GROW);
+    if (!resized)
+        report_exhaustion(MOVA_MEMORY_NO_ROOM_TO_GROW);
+    return resized;
 }
 
 /* The bin of a small size. Every call loads its top and stores it again, and the next call waits for that. Processors that
@@ -278,8 +291,10 @@ mova_memory_class figures_of(unsigned index) MOVA_ANNOTATED(requires_capability(
 
 void *MM_realloc_item(void *item, size_t old_size, size_t new_size)
 {
-    if (new_size > PTRDIFF_MAX)
-        return exhausted(MOVA_MEMORY_SIZE_TOO_LARGE);
+    if (new_size > PTRDIFF_MAX) {
+        report_exhaustion(MOVA_MEMORY_SIZE_TOO_LARGE);
+        return nullptr;
+    }
     const unsigned from = class_of(old_size), to = class_of(new_size);
     if (own_blocks && from == to)
         return item;
@@ -295,23 +310,22 @@ void *MM_realloc_item(void *item, size_t old_size, size_t new_size)
 
 void *mova_memory_zeroed(size_t size)
 {
-    if (own_blocks && size > run_limit && size <= PTRDIFF_MAX) {
-        const auto [block, fresh] = take(class_of(size));
-        if (!block)
-            return exhausted(MOVA_MEMORY_NO_MAPPING);
-        return fresh ? block : std::memset(block, 0, size);
-    }
-    void *block = MM_alloc_item(size);
-    return block ? std::memset(block, 0, size) : nullptr;
+    const auto [block, fresh] =
+        size > run_limit ? take_or_report(size) : spare_mappings::taken{MM_alloc_item(size), false};
+    return block && !fresh ? std::memset(block, 0, size) : block;
 }
 
 void *mova_memory_aligned(size_t alignment, size_t size)
 {
-    if (size > PTRDIFF_MAX - std::min(alignment, size_t{PTRDIFF_MAX}))
-        return exhausted(MOVA_MEMORY_SIZE_TOO_LARGE);
+    if (size > PTRDIFF_MAX - std::min(alignment, size_t{PTRDIFF_MAX})) {
+        report_exhaustion(MOVA_MEMORY_SIZE_TOO_LARGE);
+        return nullptr;
+    }
     if (!own_blocks) {
         void *block = std::aligned_alloc(alignment, multiple_of(alignment, size));
-        return block ? block : exhausted(line_of(size));
+        if (!block)
+            report_exhaustion(line_of(size));
+        return block;
     }
     return is_aligned_anyway(alignment, size) ? MM_alloc_item(multiple_of(alignment, size))
                                               : allocate_within(alignment, size);

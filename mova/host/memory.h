@@ -25,11 +25,15 @@
 
    - A thread holds free blocks ready: of one size class at most 64 KiB, 64 blocks at first and 1024 where the program
      empties and fills them again and again, or one block; of all classes together 24 KiB at first, and up to 4 MiB in a
-     thread that allocates and releases much. They go to the others when the thread ends.
+     thread that allocates and releases much. Those of a class that it did not run out of for a second go to the others,
+     and all of them when the thread ends.
    - Chunks of 2 MiB in which nothing is live are kept for the next use, less than 128 MiB of them; so are released large
-     blocks, less than 64 MiB together or a single one. What has lain there for a second goes back to the system,
-     which happens when the service is called: it has no thread of its own.
-   - A chunk with a live block in it stays. mova_memory_trim gives back all that can be.
+     blocks, less than 64 MiB together or a single one. What has lain there for a second goes back to the system.
+   - A chunk with a live block in it stays. Its memory of what lies unused between blocks, in pieces of 4 KiB, goes back to
+     the system when for one to two seconds no such piece of the chunk came into use or out of it.
+   - All this happens at each 64th release by a thread of a block that is larger than 1 KiB or that the thread has no room
+     for: the service has no thread of its own. Where nothing is released, all stays as it is. mova_memory_trim gives back
+     at once all that can be.
    - What the system does not take back (it keeps a limited number of mappings) or would keep as too many mappings, is
      emptied, but for a page, and serves the next of its size.
    - A child that was forked has lost the free blocks that threads of its parent held ready; they count as live in it.

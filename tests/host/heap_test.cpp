@@ -71,6 +71,7 @@ public:
     }
 
     void prefer_huge_pages(void *, size_t size) override { huge += size; }
+    void refuse_huge_pages(void *, size_t size) override { huge -= size; }
     uint32_t now() override { return time; }
 
     size_t mapped_bytes() const
@@ -324,6 +325,29 @@ TEST_F(Heap, TrimmingGivesBackWhatLiesUnusedBetweenBlocks)
     std::memset(pages[0], 'p', 16 * kib);
 }
 
+TEST_F(Heap, WhatLiesUnusedBetweenBlocksGoesBackOnceItsChunkLiesStill)
+{
+    std::vector<void *> blocks = take_many(7, 256 * kib);
+    give_all({blocks.begin() + 1, blocks.end()}, 256 * kib);
+    const auto purged_in_a_second = [&] {
+        system.purged = 0;
+        system.time += 1001;
+        own.age();
+        return system.purged;
+    };
+    purged_in_a_second();
+    give(take(100 * kib), 100 * kib);
+    EXPECT_EQ(purged_in_a_second(), 0u) << "the chunk is in use";
+    EXPECT_EQ(purged_in_a_second(), chunk_size - 36 * kib - 256 * kib);
+    EXPECT_EQ(purged_in_a_second(), 0u) << "it went back";
+    std::memset(blocks[0], 'b', 256 * kib);
+    void *again = take(100 * kib);
+    EXPECT_EQ(purged_in_a_second() + purged_in_a_second(), 0u) << "what was purged and not used since";
+    give(again, 100 * kib);
+    EXPECT_EQ(purged_in_a_second(), 0u);
+    EXPECT_EQ(purged_in_a_second(), chunk_size - 36 * kib - 256 * kib);
+}
+
 /* ---- a system that refuses ---- */
 
 TEST_F(Heap, WhatTheSystemDoesNotTakeBackIsEmptiedAndUsedAgain)
@@ -438,6 +462,23 @@ TEST_F(Heap, OnlyMemoryThatSmallBlocksFillIsAskedForHugePages)
     EXPECT_GT(system.huge, 16 * mib);
 }
 
+/* The system would join the pages that are left in it to huge ones, and fill what was purged. */
+TEST_F(Heap, AChunkThatWasPurgedHasNoHugePagesUntilItIsUsedAnew)
+{
+    std::vector<void *> blocks = take_many(60000, 500);
+    const size_t huge = system.huge;
+    for (size_t i = 0; i < blocks.size(); ++i) {
+        if (i % 1000 != 0)
+            give(blocks[i], 500);
+    }
+    own.trim();
+    EXPECT_EQ(system.huge, 0u);
+    for (size_t i = 0; i < blocks.size(); i += 1000)
+        give(blocks[i], 500);
+    take_many(60000, 500);
+    EXPECT_EQ(system.huge, huge);
+}
+
 TEST_F(Heap, ALargeBlockThatGrowsFromAFullOneIsAskedForHugePages)
 {
     size_t size = mib;
@@ -527,6 +568,51 @@ TEST_F(ThreadCache, AThreadThatUsesManySizesALittleHoldsLittle)
         bytes += (*cache)[each].count() * size_classes::block_size(each);
     EXPECT_GT(bytes, 0u);
     EXPECT_LE(bytes, 24 * kib);
+}
+
+TEST_F(ThreadCache, ABinThatIsNotEmptiedForASecondGivesItsBlocksBack)
+{
+    turn(500, 48);
+    system.time += 1001;
+    cache->age();
+    const uint32_t count = (*cache)[index(48)].count();
+    ASSERT_GT(count, 0u);
+    release(allocate(48), 48);
+    system.time += 1000;
+    cache->age();
+    EXPECT_EQ((*cache)[index(48)].count(), count);
+    system.time += 1;
+    cache->age();
+    EXPECT_EQ((*cache)[index(48)].count(), 0u);
+    EXPECT_EQ(own.taken(index(48)), 0u);
+    turn(500, 48);
+}
+
+TEST_F(ThreadCache, ABinThatIsEmptiedWithinASecondStaysFull)
+{
+    for (int second = 0; second < 10; ++second) {
+        turn(2000, 48);
+        const uint32_t count = (*cache)[index(48)].count();
+        EXPECT_GT(count, 0u);
+        system.time += 1001;
+        cache->age();
+        EXPECT_EQ((*cache)[index(48)].count(), count);
+    }
+}
+
+TEST_F(ThreadCache, NowAndThenAReleaseLooksAtTheClock)
+{
+    void *block = allocate(mib / 4);
+    give(take(mib), mib);
+    cache->age();
+    system.time += 1001;
+    const size_t mapped = system.mapped_bytes();
+    for (int calls = 0; calls < 64; ++calls) {
+        EXPECT_EQ(system.mapped_bytes(), mapped);
+        cache->tick();
+    }
+    EXPECT_EQ(system.mapped_bytes(), mapped - mib);
+    release(block, mib / 4);
 }
 
 TEST_F(ThreadCache, EveryBlockGoesBackWhenTheCacheEnds)

@@ -11,7 +11,26 @@
 #include <random>
 #include <vector>
 
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
+
+namespace {
+
+time_t seconds_ahead = 0;
+
+} // namespace
+
+/* The system's clocks. On the one that the service looks at, a test may let time pass. */
+extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept
+{
+    const long result = syscall(SYS_clock_gettime, clock, time);
+    if (clock == CLOCK_MONOTONIC_COARSE)
+        time->tv_sec += seconds_ahead;
+    return static_cast<int>(result);
+}
 
 namespace {
 
@@ -385,6 +404,45 @@ TEST_F(MemoryPages, TrimmingGivesBackWhatWasReleased)
     EXPECT_LE(mova_memory_statistics().held_bytes, held + 2 * mib);
     EXPECT_EQ(mova_memory_statistics().cached_bytes, 0u);
     release(kept, 100);
+}
+
+/* The releases that count are those that find no room, and those of more than 1 KiB. */
+TEST_F(MemoryPages, WhatWasReleasedASecondAgoGoesBackWhenTheServiceIsCalled)
+{
+    const auto call_with_small_blocks = [] { release(allocate(60000, 72), 72); };
+    const auto call_with_a_page_block = [] {
+        for (int i = 0; i < 64; ++i)
+            MM_dealloc_item(MM_alloc_item(2 * kib), 2 * kib);
+    };
+    const auto call_with_a_large_block = [] {
+        for (int i = 0; i < 64; ++i)
+            MM_dealloc_item(MM_alloc_item(mib), mib);
+    };
+    for (const auto &call :
+         std::initializer_list<void (*)()>{call_with_small_blocks, call_with_a_page_block, call_with_a_large_block}) {
+        call();
+        const size_t held = mova_memory_statistics().held_bytes;
+        release(allocate(100, 200 * kib), 200 * kib);
+        release(allocate(10, 3 * mib), 3 * mib);
+        EXPECT_GE(mova_memory_statistics().held_bytes, held + 40 * mib);
+        seconds_ahead += 2;
+        call();
+        EXPECT_LE(mova_memory_statistics().held_bytes, held + 2 * mib);
+    }
+}
+
+TEST_F(MemoryPages, AThreadGivesBackWhatItHoldsReadyAndDoesNotUse)
+{
+    release(allocate(500, 360), 360);
+    const size_t cached = mova_memory_statistics_of_size(360).cached_blocks;
+    EXPECT_GE(cached, 16u);
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_EQ(mova_memory_statistics_of_size(360).cached_blocks, cached) << "the thread ran out of them of late";
+        seconds_ahead += 2;
+        for (int i = 0; i < 64; ++i)
+            MM_dealloc_item(MM_alloc_item(2 * kib), 2 * kib);
+    }
+    EXPECT_EQ(mova_memory_statistics_of_size(360).cached_blocks, 0u);
 }
 
 TEST_F(MemoryPages, InAnAgedHeapBlocksAllocatedInARowLieSideBySide)

@@ -51,10 +51,19 @@ size_t room_of(void *block)
     return of.taken - std::max(of.aligned, sizeof(header));
 }
 
-void *no_memory()
+/* Whether a size is one that there may be blocks of. If not, errno says so. */
+bool may_be_had(size_t size)
 {
-    errno = ENOMEM;
-    return nullptr;
+    if (size > most)
+        errno = ENOMEM;
+    return size <= most;
+}
+
+/* The size of so many pieces together; more than there may be where that is no size_t. */
+size_t together(size_t count, size_t each)
+{
+    size_t size = 0;
+    return __builtin_mul_overflow(count, each, &size) ? SIZE_MAX : size;
 }
 
 void *begun(void *start, size_t taken)
@@ -70,9 +79,9 @@ void *aligned(size_t alignment, size_t size)
 {
     if (alignment <= 16)
         return malloc(size);
-    if (size > most || alignment > most - size)
-        return no_memory();
-    const size_t taken = alignment + size;
+    const size_t taken = size > most ? size : alignment + size;
+    if (!may_be_had(taken))
+        return nullptr;
     auto *start = static_cast<char *>(mova_memory_aligned(alignment, taken));
     if (!start)
         return nullptr;
@@ -102,8 +111,8 @@ extern "C" {
 
 void *malloc(size_t size)
 {
-    if (size > most)
-        return no_memory();
+    if (!may_be_had(size))
+        return nullptr;
     const size_t taken = with_header(size);
     return begun(MM_alloc_item(taken), taken);
 }
@@ -123,9 +132,9 @@ void free(void *block)
 
 void *calloc(size_t count, size_t each)
 {
-    size_t size = 0;
-    if (__builtin_mul_overflow(count, each, &size) || size > most)
-        return no_memory();
+    const size_t size = together(count, each);
+    if (!may_be_had(size))
+        return nullptr;
     const size_t taken = with_header(size);
     return begun(mova_memory_zeroed(taken), taken);
 }
@@ -138,8 +147,8 @@ void *realloc(void *block, size_t size)
         free(block);
         return nullptr;
     }
-    if (size > most)
-        return no_memory();
+    if (!may_be_had(size))
+        return nullptr;
     if (header_of(block).aligned != 0)
         return moved(block, size);
     const size_t taken = with_header(size);
@@ -148,8 +157,7 @@ void *realloc(void *block, size_t size)
 
 void *reallocarray(void *block, size_t count, size_t each)
 {
-    size_t size = 0;
-    return __builtin_mul_overflow(count, each, &size) ? no_memory() : realloc(block, size);
+    return realloc(block, together(count, each));
 }
 
 void *memalign(size_t alignment, size_t size)
@@ -187,7 +195,7 @@ void *valloc(size_t size)
 void *pvalloc(size_t size)
 {
     const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-    return size > most - page ? no_memory() : aligned(page, (size + page - 1) / page * page);
+    return aligned(page, size > most ? size : (size + page - 1) / page * page);
 }
 
 size_t malloc_usable_size(void *block)

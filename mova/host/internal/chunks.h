@@ -90,10 +90,21 @@ public:
         return reinterpret_cast<page *>(address - address % chunk_size + offsetof(chunk, pages) + index * sizeof(page));
     }
 
+    /* Gives back the chunks that are spare, and of the others the memory of free units, that have lain unused for some
+       time. Of these it is one round at least in which none of the chunk's units came or went. */
     void age()
     {
         guard held(lock);
         spare_.age();
+        const uint32_t now = mappings_.now();
+        if (now - round_began_ <= spare_mappings::kept_for)
+            return;
+        for_each_with_free([this, round = round_](chunk &each) {
+            if (each.has_used_units && each.changed_in_round != round)
+                purge_units(each);
+        });
+        ++round_;
+        round_began_ = now;
     }
 
     /* Gives back the address space of chunks that are not in use. Returns whether there was any. */
@@ -103,14 +114,11 @@ public:
         return spare_.trim();
     }
 
-    /* Gives back the memory of the units that are free in the others. */
+    /* Gives back the memory of all units that are free in the others. */
     void purge()
     {
         guard held(lock);
-        for (const node *each : lists_) {
-            for (const node *at = each; at; at = at->next)
-                purge_units(*at->in);
-        }
+        for_each_with_free([&](chunk &each) { purge_units(each); });
     }
 
     mutex lock;
@@ -127,6 +135,9 @@ private:
         node by_longest, with_pages;
         unsigned longest, free;
         uint32_t free_pages;
+        uint32_t changed_in_round; /* units came or went last */
+        bool has_used_units;       /* some that are free were in use since the last purge */
+        bool has_huge_pages;       /* they were asked for; it stays so while the chunk is spare */
         unit_set free_units;
         page pages[chunk_size / page_size];
     };
@@ -149,12 +160,15 @@ private:
         const auto [start, fresh] = spare_.take(class_of_chunks);
         if (!start)
             return nullptr;
-        if (fresh && dense && spare_.in_use() > ordinary_chunks)
-            mappings_.prefer_huge_pages(start, chunk_size);
         auto *added = static_cast<chunk *>(start);
+        if (fresh)
+            added->has_huge_pages = false;
+        if (dense && spare_.in_use() > ordinary_chunks)
+            use_huge_pages(*added, true);
         added->by_longest.in = added->with_pages.in = added;
         added->longest = added->free = 0;
         added->free_pages = 0;
+        added->has_used_units = false;
         added->free_units = {};
         change(*added, record_units, usable);
         added->free = usable;
@@ -173,6 +187,7 @@ private:
         const uintptr_t offset = reinterpret_cast<uintptr_t>(start) % chunk_size;
         auto *to = reinterpret_cast<chunk *>(static_cast<char *>(start) - offset);
         to->free += units;
+        to->has_used_units = true;
         change(*to, static_cast<unsigned>(offset / unit_size), units);
         mappings_.count_used(-(units * unit_size));
         if (to->free < usable)
@@ -185,6 +200,7 @@ private:
     /* Makes units free that are taken, or the reverse, and puts the chunk into the lists where it belongs. */
     void change(chunk &in, unsigned first, unsigned units) MOVA_ANNOTATED(requires_capability(lock))
     {
+        in.changed_in_round = round_;
         in.free_units.turn(first, units);
         const unsigned longest = in.free_units.longest(most_units);
         if (longest != in.longest) {
@@ -218,8 +234,28 @@ private:
             filled_ &= ~bit_of(each.longest);
     }
 
+    template <class Work>
+    void for_each_with_free(Work work) MOVA_ANNOTATED(requires_capability(lock))
+    {
+        for (const node *each : lists_) {
+            for (const node *at = each; at; at = at->next)
+                work(*at->in);
+        }
+    }
+
+    void use_huge_pages(chunk &in, bool use)
+    {
+        if (use && !in.has_huge_pages)
+            mappings_.prefer_huge_pages(&in, chunk_size);
+        if (!use && in.has_huge_pages)
+            mappings_.refuse_huge_pages(&in, chunk_size);
+        in.has_huge_pages = use;
+    }
+
     void purge_units(chunk &in)
     {
+        use_huge_pages(in, false);
+        in.has_used_units = false;
         for (unsigned first = in.free_units.next_free(0), end; first < unit_set::all;
              first = in.free_units.next_free(end)) {
             end = in.free_units.next_taken(first);
@@ -232,6 +268,8 @@ private:
     node *lists_[most_units] MOVA_ANNOTATED(guarded_by(lock)) = {};
     node *with_pages_ MOVA_ANNOTATED(guarded_by(lock)) = nullptr;
     uint64_t filled_ MOVA_ANNOTATED(guarded_by(lock)) = 0;
+    uint32_t round_ MOVA_ANNOTATED(guarded_by(lock)) = 0;
+    uint32_t round_began_ MOVA_ANNOTATED(guarded_by(lock)) = 0;
 };
 
 } // namespace mova

@@ -100,6 +100,9 @@ public:
 
     void give_record(unsigned kind, void *record) { pages_.give(page_heap::class_of_record(kind), &record, 1); }
 
+    /* Milliseconds. */
+    uint32_t now() { return mappings_.now(); }
+
     /* Gives back what has not been in use for some time. */
     void age()
     {

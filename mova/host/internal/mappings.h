@@ -75,6 +75,7 @@ public:
 
     void purge(void *start, size_t size) { system_.purge(start, size); }
     void prefer_huge_pages(void *start, size_t size) { system_.prefer_huge_pages(start, size); }
+    void refuse_huge_pages(void *start, size_t size) { system_.refuse_huge_pages(start, size); }
     uint32_t now() { return system_.now(); }
 
 private:

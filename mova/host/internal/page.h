@@ -66,15 +66,14 @@ struct page {
         return count;
     }
 
-    /* Takes back one block. Returns 1. */
-    uint32_t give(const void *block)
+    /* Takes back one block. */
+    void give(const void *block)
     {
         uint32_t number = number_of(block);
         assert(!(free_bits[number / 64] >> number % 64 & 1)); /* else it was released twice */
         free_bits[number / 64] |= uint64_t{1} << number % 64;
         first_word = std::min(first_word, number / 64);
         ++free_blocks;
-        return 1;
     }
 
     /* Takes back the first of the blocks, and as many after it as lie side by side in one bitmap word, which is then

@@ -116,7 +116,12 @@ private:
             page *to = chunks::page_of(blocks[given]);
             if (to->free_blocks == 0)
                 link(own.pages, to);
-            given += in_rows ? to->give_row(blocks + given, count - given) : to->give(blocks[given]);
+            uint32_t row = 1;
+            if constexpr (in_rows)
+                row = to->give_row(blocks + given, count - given);
+            else
+                to->give(blocks[given]);
+            given += row;
             if (to->free_blocks == to->blocks) {
                 unlink(own.pages, to);
                 chunks_.give_page(to);

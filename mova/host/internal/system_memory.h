@@ -47,6 +47,9 @@ public:
     /* The system may give huge pages to what is written from now on. */
     virtual void prefer_huge_pages(void *start, size_t size) { madvise(start, size, MADV_HUGEPAGE); }
 
+    /* It gives none from now on; nor does it join what is there to huge ones, which would fill what was purged. */
+    virtual void refuse_huge_pages(void *start, size_t size) { madvise(start, size, MADV_NOHUGEPAGE); }
+
     /* Milliseconds since some time, from zero again after 2^32. */
     virtual uint32_t now()
     {

@@ -49,10 +49,11 @@ constexpr size_t slots_of_their_own = 3;
 struct alignas(8 * sizeof(void *)) bin {
     std::atomic<void **> top{slots + 1};
     void **end = slots + 1, **begin = slots + 1;
-    uint8_t growth = 0;     /* how often it has grown */
-    uint8_t batch = 1;      /* how many blocks the next refill asks for */
-    uint8_t turns = 0;      /* how often it was full after it had been empty */
-    bool was_empty = false; /* since it was full */
+    uint8_t growth = 0;                 /* how often it has grown */
+    uint8_t batch = 1;                  /* how many blocks the next refill asks for */
+    uint8_t turns = 0;                  /* how often it was full after it had been empty */
+    bool was_empty : 1 = false;         /* since it was full */
+    bool was_empty_of_late : 1 = false; /* since the cache last aged */
     void *slots[1 + slots_of_their_own] = {};
 
     uint32_t count() const { return static_cast<uint32_t>(top.load(std::memory_order_relaxed) - begin); }
@@ -101,6 +102,17 @@ public:
     /* Gives all blocks back. */
     void flush();
 
+    /* Counts a release that is more than a push. Now and then it looks at the clock, and once a second what has lain unused
+       goes back. */
+    void tick()
+    {
+        if (--ticks_until_look_ == 0)
+            age();
+    }
+
+    /* What has lain unused for a second goes back. */
+    void age();
+
 private:
     friend class thread_caches;
     friend void link<>(thread_cache *&, thread_cache *);
@@ -108,7 +120,8 @@ private:
 
     static constexpr size_t most_bytes = size_t{64} << 10, first_room = size_t{24} << 10, more_room = size_t{16} << 10,
                             most_room = size_t{4} << 20;
-    static constexpr uint32_t usual_most = 64, most = 1024, moves_for_room = 1024, turns_to_grow = 2;
+    static constexpr uint32_t usual_most = 64, most = 1024, moves_for_room = 1024, turns_to_grow = 2,
+                              ticks_for_a_look = 64;
 
     /* What a bin may hold after so much growth; from `growth_to_record` on its slots are in a record. */
     static constexpr uint32_t capacities[] = {0, slots_of_their_own, 16, usual_most, 256, most};
@@ -124,6 +137,7 @@ private:
     }
 
     void count_moved(uint32_t blocks);
+    void give_oldest(unsigned index, uint32_t count);
     bool grow(unsigned index);
     void release_slots(unsigned growth, void **begin);
 
@@ -131,7 +145,7 @@ private:
     thread_cache *next = nullptr, *prev = nullptr;
     thread_caches *all_ = nullptr;
     size_t room_ = first_room, granted_ = first_room;
-    uint32_t moved_ = 0;
+    uint32_t moved_ = 0, ticks_until_look_ = ticks_for_a_look, aged_ = 0;
 };
 
 /* The caches of all threads over one heap. */
@@ -205,7 +219,7 @@ inline void *thread_cache::take_anew(unsigned index)
 {
     bin &own = bins_[index];
     assert(own.count() == 0);
-    own.was_empty = true;
+    own.was_empty = own.was_empty_of_late = true;
     if (own.batch > own.capacity() && own.capacity() < at_most(index, usual_most))
         grow(index);
     const uint32_t wanted = std::min(uint32_t{own.batch}, own.capacity());
@@ -232,32 +246,52 @@ inline void thread_cache::give_beyond(unsigned index, void *block)
     own.was_empty = false;
     if (own.capacity() < at_most(index, usual_most) || own.turns >= turns_to_grow)
         grow(index);
-    uint32_t count = own.count();
-    const uint32_t given = count == own.capacity() ? (count + 1) / 2 : 0;
+    const uint32_t given = own.count() == own.capacity() ? (own.count() + 1) / 2 : 0;
     count_moved(std::max(given, uint32_t{1}));
     if (own.capacity() == 0)
         return all_->blocks().give(index, block);
-    if (given != 0) {
-        all_->blocks().give(index, own.begin, given);
-        std::copy(own.begin + given, own.begin + count, own.begin);
-        count -= given;
-    }
-    own.begin[count] = block;
-    own.set_count(count + 1);
+    if (given != 0)
+        give_oldest(index, given);
+    own.push(block);
+}
+
+inline void thread_cache::give_oldest(unsigned index, uint32_t count)
+{
+    bin &own = bins_[index];
+    assert(count > 0 && count <= own.count());
+    const uint32_t kept = own.count() - count;
+    all_->blocks().give(index, own.begin, count);
+    std::copy_n(own.begin + count, kept, own.begin);
+    own.set_count(kept);
 }
 
 inline void thread_cache::flush()
 {
     for (unsigned index = 0; index < classes; ++index) {
-        bin &own = bins_[index];
-        if (own.count() > 0)
-            all_->blocks().give(index, own.begin, own.count());
-        own.set_count(0);
+        if (bins_[index].count() > 0)
+            give_oldest(index, bins_[index].count());
     }
 }
 
-/* Blocks went to or fro between a bin and the heap. Now and then the thread gets more room for that, and the heap looks
-   what has lain unused. */
+/* Of a bin that was not emptied for a second some blocks have lain unused. All go back: a few calls later a single refill has
+   replaced those that are needed, and what a peak left in many bins no longer keeps as many pages from going back. */
+inline void thread_cache::age()
+{
+    ticks_until_look_ = ticks_for_a_look;
+    const uint32_t now = all_->blocks().now();
+    if (now - aged_ <= spare_mappings::kept_for)
+        return;
+    aged_ = now;
+    for (unsigned index = 0; index < classes; ++index) {
+        bin &own = bins_[index];
+        if (own.count() > 0 && !own.was_empty_of_late)
+            give_oldest(index, own.count());
+        own.was_empty_of_late = false;
+    }
+    all_->blocks().age();
+}
+
+/* Blocks went to or fro between a bin and the heap. Now and then the thread gets more room for that. */
 inline void thread_cache::count_moved(uint32_t blocks)
 {
     moved_ += blocks;
@@ -267,7 +301,6 @@ inline void thread_cache::count_moved(uint32_t blocks)
     const size_t more = std::min(more_room, most_room - granted_);
     granted_ += more;
     room_ += more;
-    all_->blocks().age();
 }
 
 /* Returns whether the bin has more room than before. Its blocks stay in their order. */
