@@ -249,12 +249,12 @@ public:
     template <class Key>
     iterator lower_bound(const Key &key)
     {
-        return bound(tree_steps::first_not(*get(), [&](const auto *at) { return order_for(key)(at) > 0; }));
+        return bound(tree_steps::first_not(*get(), [&](const auto *at) { return order_for(key)(at->item) > 0; }));
     }
     template <class Key>
     iterator upper_bound(const Key &key)
     {
-        return bound(tree_steps::first_not(*get(), [&](const auto *at) { return !(order_for(key)(at) < 0); }));
+        return bound(tree_steps::first_not(*get(), [&](const auto *at) { return !(order_for(key)(at->item) < 0); }));
     }
     template <class Key>
     const_iterator lower_bound(const Key &key) const
@@ -296,7 +296,7 @@ public:
     item take_anywhere(position at)
     {
         T &taken = *at;
-        const auto anywhere = [](const GT_tree_item *) { return 0; };
+        const auto anywhere = [](const void *) { return 0; };
         return handed_out(taken, removed(at, taken) || tree_steps::remove(*get(), at.get(), anywhere), 545);
     }
 
@@ -379,7 +379,7 @@ private:
     template <class Key>
     static auto order_for(const Key &key) noexcept
     {
-        return [&key](const GT_tree_item *at) { return order_of<Compare>(key, *static_cast<const T *>(at->item)); };
+        return [&key](const void *item) { return order_of<Compare>(key, *static_cast<const T *>(item)); };
     }
     template <class Key>
     GT_tree_item *found(const Key &key) const

@@ -5,23 +5,26 @@
 
        open chain     null <- A <-> B <-> C -> null       positions  A  B  C  and C+: past the end
        ring           +-> A <-> B <-> C <-+               positions  A  B  C
-                      +-------------------+               once around  A*  B  C  A: begins at A*, ends at A
+                      +-------------------+               once around  A  B  C  A+
 
    Past the end of an open chain is the last node with the bit set, so that stepping back from there works. All positions
    past the end are equal: a loop that has taken end() before its first step may append.
 
    A node of a ring does not know whether it is the first. So a position in a ring is a circulator, which walks around for
-   ever in both directions; the bit marks where a walk once around began, and such a walk goes one way, by begin() … end()
-   or by reversed().
+   ever in both directions. The iterator of a walk once around also knows the node where that began, and is as large as two
+   positions; it converts to the one where it stands. The bit is set where the walk has come back to its beginning.
 
        range                       concept                    delivers
        list                        bidirectional, sized       items
        list.reversed()             bidirectional              items, last to first
        list.between(from, to)      bidirectional              items, both ends included
-       ring, ring.reversed()       forward; the ring sized    items, once around
-       ring.between(from, to)      forward                    items; may cross the seam
+       ring, ring.reversed()       bidirectional; ring sized  items, once around
+       ring.between(from, to)      bidirectional              items; may cross the seam
        ring.around(at)             bidirectional, endless     items, from `at` on
        .positions()                input                      positions; see below
+       .positions_reversed()       input                      positions, last to first
+
+   What between() returns has a reversed() itself; both walks over positions may be given two ends.
 
    Editing while walking. A walk over positions() is the C iterator: it fetches the successor before it delivers.
 
@@ -31,9 +34,10 @@
 
        edit, in the body of a loop        over items                    over positions()
        removing what was delivered        not allowed                   goes on with the successor
-       removing the successor             allowed, while it is not      not allowed
-                                          the last node of a ring
+       removing the successor             allowed                       not allowed
        removing anything else             allowed                       allowed, but for the walk's end
+       in a ring, removing the node       not allowed: the walk would   allowed
+         where the walk began             not end
        inserting                          delivered where it lies ahead delivered beyond the successor, up to the end
        reversing, rolling                 walks the links as they are   walks the links as they are
        clearing, joining, moving the      as in C: positions live as    as in C
@@ -220,7 +224,7 @@ public:
     friend bool operator==(circulator a, circulator b) noexcept { return a.word_ == b.word_; }
 };
 
-/* A step of a walk once around a ring. Marked, it stands where the walk begins. */
+/* A step of a walk once around a ring. Marked, it has come back to where the walk began. */
 template <class Links>
 class ring_iterator : public marked_node<Links> {
     using base = marked_node<Links>;
@@ -228,44 +232,49 @@ class ring_iterator : public marked_node<Links> {
 
 public:
     using typename base::node, typename base::reference;
-    using iterator_concept = std::forward_iterator_tag;
-    using iterator_category =
-        std::conditional_t<std::is_reference_v<reference>, std::forward_iterator_tag, std::input_iterator_tag>;
+    using iterator_concept = std::bidirectional_iterator_tag;
+    using iterator_category = category_of<Links>;
 
     ring_iterator() = default;
-    static ring_iterator begin(node *at) noexcept { return ring_iterator(at ? base::word_of(at) | mark : 0); }
-    static ring_iterator end(node *at) noexcept { return ring_iterator(base::word_of(at)); }
+    /* `at`, in a walk that began at `origin`, and the end of such a walk before `at`. */
+    ring_iterator(node *at, node *origin) noexcept : base(base::word_of(at)), origin_(origin) {}
+    static ring_iterator end(node *at, node *origin) noexcept
+    {
+        ring_iterator end(at, origin);
+        if (at && at == origin)
+            end.word_ |= mark;
+        return end;
+    }
 
     template <class Other>
     requires(std::same_as<typename Other::constant, Links> && !std::same_as<Other, Links>)
         ring_iterator(const ring_iterator<Other> &other)
-    noexcept : base(other.word()) {}
+    noexcept : base(other.word()), origin_(other.origin()) {}
 
     node *get() const noexcept { return base::node_of(word_ & ~mark); }
+    node *origin() const noexcept { return origin_; }
     std::uintptr_t word() const noexcept { return word_; }
 
     /* The position that this step stands at. */
-    operator circulator<Links>() const noexcept { return circulator<Links>(get()); }
+    template <class Target>
+    requires(std::same_as<Target, Links> || std::same_as<Target, typename Links::constant>)
+    operator circulator<Target>() const noexcept
+    {
+        return circulator<Target>(get());
+    }
 
     reference operator*() const noexcept { return Links::item(get()); }
     auto *operator->() const noexcept requires std::is_reference_v<reference> { return std::addressof(**this); }
 
-    ring_iterator &operator++() noexcept
-    {
-        word_ = base::word_of(Links::next(get()));
-        return *this;
-    }
-    ring_iterator operator++(int) noexcept
-    {
-        ring_iterator before = *this;
-        ++*this;
-        return before;
-    }
+    ring_iterator &operator++() noexcept { return *this = end(Links::next(get()), origin_); }
+    ring_iterator &operator--() noexcept { return *this = ring_iterator(Links::prev(get()), origin_); }
+    ring_iterator operator++(int) noexcept { return std::exchange(*this, end(Links::next(get()), origin_)); }
+    ring_iterator operator--(int) noexcept { return std::exchange(*this, ring_iterator(Links::prev(get()), origin_)); }
 
     friend bool operator==(ring_iterator a, ring_iterator b) noexcept { return a.word_ == b.word_; }
 
 private:
-    explicit ring_iterator(std::uintptr_t word) noexcept : base(word) {}
+    node *origin_ = nullptr;
 };
 
 /* ---- ranges ---- */
@@ -279,6 +288,13 @@ public:
     Iterator begin() const noexcept { return begin_; }
     Sentinel end() const noexcept { return end_; }
     bool empty() const noexcept { return begin_ == end_; }
+
+    /* The same from the end. */
+    auto reversed() const noexcept requires(std::same_as<Iterator, Sentinel> &&std::bidirectional_iterator<Iterator>)
+    {
+        using backwards = std::reverse_iterator<Iterator>;
+        return iterator_range<backwards>(backwards(end_), backwards(begin_));
+    }
 
 private:
     Iterator begin_;
@@ -407,6 +423,10 @@ public:
         return this->walk(iterator(last()), iterator(first()), 0);
     }
     auto positions(iterator from, iterator to) noexcept requires has_walk<Links> { return this->walk(from, to, 1); }
+    auto positions_reversed(iterator from, iterator to) noexcept requires has_walk<Links>
+    {
+        return this->walk(from, to, 0);
+    }
 
 private:
     template <class Backwards>
@@ -429,10 +449,10 @@ public:
     using const_position = circulator<constant>;
     using base::base;
 
-    iterator begin() noexcept { return iterator::begin(first()); }
-    iterator end() noexcept { return iterator::end(first()); }
-    const_iterator begin() const noexcept { return const_iterator::begin(first()); }
-    const_iterator end() const noexcept { return const_iterator::end(first()); }
+    iterator begin() noexcept { return iterator(first(), first()); }
+    iterator end() noexcept { return iterator::end(first(), first()); }
+    const_iterator begin() const noexcept { return const_iterator(first(), first()); }
+    const_iterator end() const noexcept { return const_iterator::end(first(), first()); }
     const_iterator cbegin() const noexcept { return begin(); }
     const_iterator cend() const noexcept { return end(); }
 
@@ -442,11 +462,11 @@ public:
     /* The items from `from` along the ring to `to`, both included. */
     iterator_range<iterator> between(position from, position to) noexcept
     {
-        return {iterator::begin(from.get()), iterator::end((++to).get())};
+        return {iterator(from.get(), from.get()), iterator::end((++to).get(), from.get())};
     }
     iterator_range<const_iterator> between(const_position from, const_position to) const noexcept
     {
-        return {const_iterator::begin(from.get()), const_iterator::end((++to).get())};
+        return {const_iterator(from.get(), from.get()), const_iterator::end((++to).get(), from.get())};
     }
 
     /* The endless range from `at` on, or from the first item of a ring that is not empty. */
@@ -461,12 +481,13 @@ public:
     auto positions() noexcept { return this->walk(position(first()), position(last()), 1); }
     auto positions_reversed() noexcept { return this->walk(position(last()), position(first()), 0); }
     auto positions(position from, position to) noexcept { return this->walk(from, to, 1); }
+    auto positions_reversed(position from, position to) noexcept { return this->walk(from, to, 0); }
 
 private:
     template <class Backwards>
     iterator_range<ring_iterator<Backwards>> backwards() const noexcept
     {
-        return {ring_iterator<Backwards>::begin(last()), ring_iterator<Backwards>::end(last())};
+        return {ring_iterator<Backwards>(last(), last()), ring_iterator<Backwards>::end(last(), last())};
     }
 };
 
@@ -476,15 +497,17 @@ private:
 template <class Head, class Node>
 void link_last(Head &head, Node *node, bool ring) noexcept
 {
-    Node *const first = static_cast<Node *>(head.first), *const last = static_cast<Node *>(head.last);
-    node->prev = last ? last : ring ? node : nullptr;
-    node->next = ring ? (first ? first : node) : nullptr;
-    if (last)
+    Node *const last = static_cast<Node *>(head.last);
+    if (last) {
+        node->prev = last;
+        node->next = last->next; /* null, or the first: to read it sends for what comes next in memory */
         last->next = node;
-    else
+        if (ring)
+            static_cast<Node *>(head.first)->prev = node;
+    } else {
+        node->prev = node->next = ring ? node : nullptr;
         head.first = node;
-    if (ring && first)
-        first->prev = node;
+    }
     head.last = node;
     ++head.count;
 }

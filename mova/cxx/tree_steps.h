@@ -37,6 +37,31 @@ inline node *&child_at(node *of, int side) noexcept
     return *child(of, side == right);
 }
 
+/* One of two, taken by arithmetic for the same reason: all bits are set for the second. The compiler is not told where they
+   come from, or it would make a branch of it again. */
+class choice {
+public:
+    explicit choice(bool second) noexcept : mask_(-static_cast<std::uintptr_t>(second)) { __asm__("" : "+r"(mask_)); }
+
+    bool is_second() const noexcept { return mask_ != 0; }
+    template <class T>
+    T *of(T *first, T *second) const noexcept
+    {
+        const auto a = reinterpret_cast<std::uintptr_t>(first), b = reinterpret_cast<std::uintptr_t>(second);
+        return reinterpret_cast<T *>(a ^ ((a ^ b) & mask_));
+    }
+    node **child_of(node *parent) const noexcept
+    {
+        static_assert(offsetof(node, right) == offsetof(node, left) + sizeof(node *));
+        return reinterpret_cast<node **>(reinterpret_cast<char *>(parent) + offsetof(node, left) +
+                                         (mask_ & sizeof(node *)));
+    }
+    std::intptr_t side() const noexcept { return static_cast<std::intptr_t>(mask_ & 2) - 1; }
+
+private:
+    std::uintptr_t mask_;
+};
+
 inline void prefetch_children(const node *of) noexcept
 {
     __builtin_prefetch(of->left);
@@ -52,7 +77,7 @@ node *search(const GT_tree &t, Order order)
     node *at = t.root;
     while (at) {
         prefetch_children(at);
-        const auto c = order(at);
+        const auto c = order(at->item);
         if (c < 0) {
             at = at->left;
             continue;
@@ -70,7 +95,7 @@ node *find(const void *item, node *at, Order order)
 {
     while (at && at->item != item) {
         prefetch_children(at);
-        const auto c = order(at);
+        const auto c = order(at->item);
         if (c == 0) {
             if (node *const found = find(item, at->left, order))
                 return found;
@@ -196,28 +221,6 @@ inline bool rebalance_shrunk(node **link, int shrunk) noexcept
     return !was_even;
 }
 
-/* ---- nodes ---- */
-
-/* The library counts the live nodes of all trees. So a node is born, and dies, in a tree of its own that has no other. */
-struct nursery {
-    GL_list no_iterators = {nullptr, nullptr, 0};
-    GT_tree tree = {nullptr, nullptr, nullptr, nullptr, 1, &no_iterators};
-};
-
-inline node *make_node(void *item)
-{
-    nursery n;
-    return GT_insert_item(&n.tree, item);
-}
-
-inline void free_node(node *dead)
-{
-    nursery n;
-    dead->left = dead->right = dead->prev = dead->next = nullptr;
-    n.tree.root = n.tree.first = n.tree.last = dead;
-    GT_remove_first_item(&n.tree);
-}
-
 /* ---- iterators ---- */
 
 template <class Visit>
@@ -237,6 +240,77 @@ inline void lead_off(GT_tree_iter &iterator, const node *removed) noexcept
 
 /* ---- insertion ---- */
 
+/* Where an item goes: the empty link at the end of the way down, and the node that has it. */
+struct place {
+    path way;
+    node **link;
+    node *parent = nullptr;
+    bool after = false; /* whether it is the right link */
+};
+
+/* So many levels of a tree lie in the processor's caches. There it is quickest to compute the next node, and to have both
+   children and what they hold at hand when the comparison answers. Further down a guess of the side pays, though every second
+   one is wrong: it reads ahead while the comparison waits for memory. */
+constexpr int near_levels = 12;
+
+/* Both go down from `at`. They return an equal node that refuses the item; null where they went as far as they go. */
+template <class Order>
+node *go_down_near(place &to, node *&at, bool refuses_equal, Order order)
+{
+    const void *item = at ? at->item : nullptr;
+    while (at && to.way.length < near_levels) {
+        node *const on_left = at->left, *const on_right = at->right;
+        const void *const left_item = (on_left ? on_left : at)->item;
+        const void *const right_item = (on_right ? on_right : at)->item;
+        const auto c = order(item);
+        const choice taken(!(c < 0));
+        if (c == 0 && refuses_equal)
+            return at;
+        to.way.push(to.link, taken.side());
+        to.link = taken.child_of(at);
+        to.parent = at;
+        to.after = taken.is_second();
+        at = taken.of(on_left, on_right);
+        item = taken.of(left_item, right_item);
+    }
+    return nullptr;
+}
+
+template <class Order>
+node *go_down_far(place &to, node *&at, bool refuses_equal, Order order)
+{
+    while (at && !to.way.is_full()) {
+        prefetch_children(at);
+        const auto c = order(at->item);
+        if (c == 0 && refuses_equal)
+            return at;
+        to.parent = at;
+        to.after = !(c < 0);
+        to.way.push(to.link, to.after ? right : left);
+        to.link = to.after ? &at->right : &at->left;
+        at = *to.link;
+    }
+    return nullptr;
+}
+
+/* A new node at its place: all is as after GT_insert_item but for the balances. */
+inline node *link_new(GT_tree &t, const place &at, void *item)
+{
+    node *const made = GT_allocate_node(item);
+    node *const prev = at.parent ? at.after ? at.parent : at.parent->prev : nullptr;
+    node *const next = at.parent ? at.after ? at.parent->next : at.parent : nullptr;
+    made->prev = prev;
+    made->next = next;
+    (prev ? prev->next : t.first) = made;
+    (next ? next->prev : t.last) = made;
+    *at.link = made;
+    for_each_iterator(t, [made](GT_tree_iter &iterator) {
+        if (iterator.current && iterator.current->next == made)
+            iterator.cursor = made;
+    });
+    return made;
+}
+
 struct insertion {
     node *at; /* the new node, or the one that is in its way */
     bool done;
@@ -245,36 +319,22 @@ struct insertion {
 template <class Order>
 insertion insert(GT_tree &t, void *item, Order order)
 {
-    path way;
     const bool refuses_equal = t.dupl_allowed == 0;
-    node **link = &t.root, *prev = nullptr, *next = nullptr;
-    while (node *const at = *link) {
-        if (way.is_full()) [[unlikely]] {
-            node *const there = GT_insert_item(&t, item);
-            return {there, there->item == item};
-        }
-        prefetch_children(at);
-        const auto c = order(at);
-        if (c == 0 && refuses_equal)
-            return {at, false};
-        const bool after = !(c < 0);
-        way.push(link, after ? right : left);
-        next = after ? next : at;
-        prev = after ? at : prev;
-        link = child(at, after);
+    node *at = t.root;
+    place to;
+    to.link = &t.root;
+    node *in_the_way = go_down_near(to, at, refuses_equal, order);
+    if (!in_the_way)
+        in_the_way = go_down_far(to, at, refuses_equal, order);
+    if (in_the_way)
+        return {in_the_way, false};
+    if (at) [[unlikely]] {
+        node *const there = GT_insert_item(&t, item);
+        return {there, there->item == item};
     }
-    node *const made = make_node(item);
-    made->prev = prev;
-    made->next = next;
-    (prev ? prev->next : t.first) = made;
-    (next ? next->prev : t.last) = made;
-    *link = made;
-    for_each_iterator(t, [made](GT_tree_iter &iterator) {
-        if (iterator.current && iterator.current->next == made)
-            iterator.cursor = made;
-    });
-    for (bool grown = true; grown && way.length > 0;) {
-        const step last = way.steps[--way.length];
+    node *const made = link_new(t, to, item);
+    for (bool grown = true; grown && to.way.length > 0;) {
+        const step last = to.way.steps[--to.way.length];
         grown = rebalance_grown(last.link, static_cast<int>(last.side));
     }
     return {made, true};
@@ -327,7 +387,7 @@ inline bool take_out(GT_tree &t, path &way, node **link)
     }
     (removed->prev ? removed->prev->next : t.first) = removed->next;
     (removed->next ? removed->next->prev : t.last) = removed->prev;
-    free_node(removed);
+    GT_free_node(removed);
     rebalance_shrunk_path(way);
     return true;
 }
@@ -350,7 +410,7 @@ bool remove(GT_tree &t, node *removed, Order order)
             return true;
         }
         prefetch_children(at);
-        const auto c = order(at);
+        const auto c = order(at->item);
         way.push(link, c == 0 ? left_first : c > 0 ? right : left);
         link = child(at, c > 0);
     }

@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-/* Creation and disposal, search and counting. The rest of the family:
+/* Creation and disposal, search and counting, nodes alone. The rest of the family:
 
        balanced_tree_insertion.cpp     GT_insert_item
        balanced_tree_removal.cpp       GT_remove_… and GT_find_and_remove_item
@@ -176,4 +176,14 @@ int GT_search_item(tree *t, void *key, tree_item **position)
 int32_t GT_count_items(const tree *t)
 {
     return count(t->root);
+}
+
+tree_item *GT_allocate_node(void *item)
+{
+    return allocate_node(item);
+}
+
+void GT_free_node(tree_item *node)
+{
+    free_record(node);
 }

@@ -197,6 +197,15 @@ void GT_find_and_remove_item(GT_tree *t, void *item);
    releasable. */
 void GT_remove_first_item(GT_tree *t);
 
+/* ---- nodes alone: for code that links and unlinks them itself, as the typed layer's does ---- */
+
+/* Returns a new node that holds `item` and is in no tree: all else in it is 0. It counts as live from now on. Who links it
+   keeps the invariants, and tells the iterators as the table above says. */
+GT_tree_item *GT_allocate_node(void *item) __attribute__((warn_unused_result));
+
+/* Frees a node that is in no tree, or no longer; its item is left alone. Does not read it. */
+void GT_free_node(GT_tree_item *node);
+
 /* ---- iteration: each constructor allocates an iterator and puts it at the end of the tree's list ----
 
    An iterator frees itself when a step returns 0, and only then: who leaves the loop before, by a break or a return, ends it

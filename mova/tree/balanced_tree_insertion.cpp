@@ -25,10 +25,7 @@ struct insertion {
 /* Puts a new node into the empty link at the end of the way. */
 tree_item *insert_node(const insertion &op, path way)
 {
-    tree_item *const node = allocate_record<tree_item>();
-    node->item = op.item;
-    node->left = node->right = nullptr;
-    node->balance = 0;
+    tree_item *const node = allocate_node(op.item);
     mova::chain::link_by_neighbours(*op.t, op.prev, node, op.next);
     *op.link = node;
     fix_up_insertion(op.t, node);

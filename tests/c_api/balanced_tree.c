@@ -119,6 +119,14 @@ static void remove_items(void)
     GT_release(&t);
 }
 
+static void make_a_node_without_a_tree(void)
+{
+    tree_item *node = GT_allocate_node(&numbers[3]);
+    CHECK(node->item == &numbers[3]);
+    CHECK(!node->left && !node->right && !node->prev && !node->next && node->balance == 0);
+    GT_free_node(node);
+}
+
 /* Checks that the iterator delivers these numbers and then nothing. */
 static void check_delivery(tree_iter *iterator, const char *digits)
 {
@@ -181,6 +189,7 @@ void drive_balanced_tree(void)
     free_with_items();
     look_up();
     remove_items();
+    make_a_node_without_a_tree();
     iterate();
     remove_while_iterating();
     sort_check_and_print();

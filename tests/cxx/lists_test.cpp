@@ -62,12 +62,22 @@ constexpr bool has_small_iterators = sizeof(std::ranges::iterator_t<Range>) == s
 template <class List>
 constexpr bool is_two_way =
     std::ranges::bidirectional_range<List> &&std::ranges::bidirectional_range<const List>
-        &&std::ranges::common_range<List> &&std::ranges::sized_range<List> &&has_small_iterators<List> &&
-    !std::ranges::random_access_range<List>;
+        &&std::ranges::common_range<List> &&std::ranges::sized_range<List> && !std::ranges::random_access_range<List>;
 static_assert(is_two_way<pointers> && is_two_way<list> && is_two_way<waiting_jobs> && is_two_way<mova::double_list>);
-static_assert(std::ranges::forward_range<ring> && std::ranges::forward_range<const ring> &&
-              !std::ranges::bidirectional_range<ring> && has_small_iterators<ring> && std::ranges::sized_range<ring>);
-static_assert(std::bidirectional_iterator<ring::position> && sizeof(ring::position) == sizeof(void *));
+static_assert(is_two_way<ring> && is_two_way<mova::intrusive_ring<job, &job::waiting>>);
+static_assert(has_small_iterators<list> && has_small_iterators<pointers> && has_small_iterators<waiting_jobs>);
+static_assert(std::bidirectional_iterator<ring::position> && sizeof(ring::position) == sizeof(void *) &&
+              sizeof(ring::iterator) == 2 * sizeof(ring::position));
+static_assert(std::convertible_to<ring::iterator, ring::position> &&
+              std::convertible_to<ring::iterator, ring::const_position> &&
+              !std::convertible_to<ring::const_iterator, ring::position>);
+template <class Range>
+constexpr bool is_two_way_view = std::ranges::bidirectional_range<Range> &&std::ranges::common_range<Range>
+    &&std::ranges::view<Range> &&std::ranges::borrowed_range<Range>;
+static_assert(is_two_way_view<decltype(std::declval<ring &>().reversed())> &&
+              is_two_way_view<decltype(std::declval<const ring &>().reversed())> &&
+              is_two_way_view<decltype(std::declval<ring &>().between({}, {}))> &&
+              is_two_way_view<decltype(std::declval<const list &>().between({}, {}).reversed())>);
 static_assert(std::ranges::borrowed_range<decltype(std::declval<list &>().reversed())>);
 static_assert(std::ranges::view<decltype(std::declval<list &>().between({}, {}))>);
 using walk = decltype(std::declval<list &>().positions());
@@ -134,6 +144,38 @@ TEST_F(TypedLists, ARingIsWalkedOnceAroundAndForEver)
     EXPECT_EQ(*std::next(r.around().begin(), 4), 2);
     EXPECT_EQ(items_of(ring()), numbers{});
     EXPECT_EQ(items_of(ring{7}), numbers{7});
+    EXPECT_EQ(items_of(ring().reversed()), numbers{});
+    EXPECT_EQ(items_of(ring{7}.reversed()), numbers{7});
+}
+
+/* Every walk, also one that crosses the seam or comes back to its beginning, is walked both ways and turned about half way. */
+TEST_F(TypedLists, AWalkOnceAroundARingGoesBothWays)
+{
+    for (int size = 1; size <= 4; ++size) {
+        ring r;
+        for (int i = 0; i < size; ++i)
+            r.append(i);
+        for (int from = 0; from < size; ++from) {
+            for (int length = 1; length <= size; ++length) {
+                numbers expected;
+                for (int i = 0; i < length; ++i)
+                    expected.push_back((from + i) % size);
+                const auto part = r.between(r.position_at(from), r.position_at((from + length - 1) % size));
+                EXPECT_EQ(items_of(part), expected);
+                for (auto at = part.begin(); at != part.end(); ++at)
+                    EXPECT_EQ(std::prev(std::next(at)), at);
+                for (auto at = part.end(); at != part.begin(); --at)
+                    EXPECT_EQ(std::next(std::prev(at)), at);
+                std::ranges::reverse(expected);
+                EXPECT_EQ(items_of(part.reversed()), expected);
+            }
+        }
+    }
+    ring r = {3, 1, 2};
+    std::ranges::reverse(r);
+    EXPECT_EQ(items_of(r), (numbers{2, 1, 3}));
+    EXPECT_EQ(items_of(std::as_const(r).reversed()), (numbers{3, 1, 2}));
+    EXPECT_EQ(*std::prev(r.end()), 3);
 }
 
 TEST_F(TypedLists, WhatAWalkOverPositionsDeliveredMayBeRemoved)
@@ -155,6 +197,10 @@ TEST_F(TypedLists, WhatAWalkOverPositionsDeliveredMayBeRemoved)
     EXPECT_TRUE(l.empty());
 
     ring r = {1, 2, 3, 4};
+    numbers across_the_seam;
+    for (auto at : r.positions_reversed(r.position_at(1), r.position_at(2)))
+        across_the_seam.push_back(*at);
+    EXPECT_EQ(across_the_seam, (numbers{2, 1, 4, 3}));
     for (auto at : r.positions(r.position_at(3), r.position_at(1)))
         r.remove(at);
     EXPECT_EQ(items_of(r), numbers{3});

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <map>
 #include <random>
+#include <set>
 #include <string>
 
 namespace {
@@ -171,6 +172,28 @@ TEST_F(TypedTables, RecordsAreFoundByTheirNames)
     EXPECT_EQ(moved.size(), 1u);
     t.insert({"Spain"});
     EXPECT_TRUE(t.contains("Spain"));
+}
+
+/* Every byte counts, wherever it stands in a text of any length, and so does the length. */
+TEST_F(TypedTables, TextsThatDifferInOneByteHaveOtherHashes)
+{
+    const mova::key_hash hash;
+    std::set<std::uint64_t> seen;
+    std::size_t texts = 0;
+    for (std::size_t length = 0; length <= 33; ++length) {
+        std::string text(length, 'a');
+        EXPECT_EQ(hash(text), hash(text.c_str()));
+        EXPECT_EQ(hash(text), hash(std::string_view(text)));
+        for (std::size_t at = 0; at < length; ++at) {
+            for (const char other : {'\0', 'b', '\x80'}) {
+                text[at] = other;
+                seen.insert(hash(text)), ++texts;
+            }
+            text[at] = 'a';
+        }
+        seen.insert(hash(text)), ++texts;
+    }
+    EXPECT_EQ(seen.size(), texts);
 }
 
 /* Few hashes, so that chains are long. */

@@ -206,6 +206,7 @@ const fault_row<trees> rows[] = {
      [](trees &s) { end_as_unregistered(s, [](trees &of) { GT_end_iterator(of.unregistered); }); }, unchanged,
      unchanged, raise_ends_the_iterator},
     {"GT_sort", [](trees &s) { GT_sort(s.unsorted); }, usable, {grade::usable, true}},
+    {"GT_allocate_node", [](trees &s) { GT_free_node(GT_allocate_node(&s.added)); }, unchanged, unchanged},
     {"GT_check", [](trees &) { GT_check(); }, unchanged, unchanged},
     {"GT_print_tree", [](trees &s) { GT_print_tree(s.seven, print_number); }, unchanged, unchanged},
 };

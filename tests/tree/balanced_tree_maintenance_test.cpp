@@ -11,6 +11,7 @@ using mova::test::iterator_bytes;
 using mova::test::list_node_bytes;
 using mova::test::log;
 using mova::test::name_of;
+using mova::test::node_bytes;
 using mova::test::record;
 using mova::test::recorded_compare;
 using mova::test::recording_host;
@@ -160,6 +161,24 @@ TEST_F(TreeMaintenance, CheckPrintsTheLiveRecordsOfAllTrees)
     EXPECT_EQ(host.take_log(), (log{"dprintf allocated trees      = 2\n", "dprintf allocated tree_items = 2\n",
                                     "dprintf allocated tree_iters = 0\n"}));
     GT_release(&other);
+}
+
+TEST_F(TreeMaintenance, ANodeWithoutATreeIsCountedUntilItIsFreed)
+{
+    host.take_log();
+    tree_item *node = GT_allocate_node(&t);
+    EXPECT_EQ(node->item, &t);
+    for (const tree_item *link : {node->left, node->right, node->prev, node->next})
+        EXPECT_EQ(link, nullptr);
+    EXPECT_EQ(node->balance, 0);
+    GT_check();
+    GT_free_node(node);
+    GT_check();
+    const std::string of_trees = "dprintf allocated trees      = 1\n",
+                      of_iterators = "dprintf allocated tree_iters = 0\n";
+    EXPECT_EQ(host.take_log(),
+              (log{"alloc " + node_bytes + " = #3", of_trees, "dprintf allocated tree_items = 1\n", of_iterators,
+                   "dealloc #3 " + node_bytes, of_trees, "dprintf allocated tree_items = 0\n", of_iterators}));
 }
 
 /* ---- print ---- */

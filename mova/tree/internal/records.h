@@ -39,6 +39,14 @@ void free_record(Record *record)
     --live_count<Record>();
 }
 
+/* Returns a node that holds `item` and is in no tree. */
+inline tree_item *allocate_node(void *item)
+{
+    tree_item *const node = allocate_record<tree_item>();
+    *node = {.item = item, .left = nullptr, .right = nullptr, .prev = nullptr, .next = nullptr, .balance = 0};
+    return node;
+}
+
 /* Every error of the family is a broken precondition. */
 inline void raise_broken_precondition(int32_t line)
 {
