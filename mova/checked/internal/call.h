@@ -106,6 +106,10 @@ public:
     void judge_iterator(const family &of, const void *next, const void *end,
                         bool (*stops_anyway)(const void *container) = nullptr);
 
+    /* What a role's before() tells its after(). */
+    void remember(const void *address) { remembered_ = address; }
+    const void *remembered() const { return remembered_; }
+
     /* ---- what the call makes ---- */
 
     /* Blocks that are allocated from now on until the call ends are of this container. */
@@ -136,6 +140,7 @@ private:
     finding finding_;
     running_call *own_;
     running_call outermost_; /* what this one's record holds otherwise, where there are more than fit */
+    const void *remembered_ = nullptr;
     bool completed_ = false;
 };
 

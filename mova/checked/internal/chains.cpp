@@ -16,6 +16,18 @@ struct links {
     const void *before, *after;
 };
 
+/* Calls `visit(node)` along `next` from the first, as long as it returns true. */
+void for_each_member(owner_number container, auto visit)
+{
+    const owner &of = owner_at(container);
+    links around;
+    if (!of.live || !read_safely(of.container, &around, sizeof around))
+        return;
+    const void *node = around.before;
+    for (int64_t left = of.of->size(of.container); node && left > 0 && visit(node); --left)
+        node = read_safely(node, &around, sizeof around) ? around.after : nullptr;
+}
+
 } // namespace
 
 bool read_safely(const void *from, void *to, size_t bytes)
@@ -30,22 +42,26 @@ bool read_safely(const void *from, void *to, size_t bytes)
     return is_refused || read == static_cast<ssize_t>(bytes);
 }
 
-void claim_members(owner_number container)
+void claim_members(owner_number container, bool unknown_too)
 {
-    const owner &of = owner_at(container);
-    links ends;
-    if (!of.live || !read_safely(of.container, &ends, sizeof ends))
-        return;
-    const void *node = ends.before;
-    for (int64_t left = of.of->size(of.container); node && left > 0; --left) {
+    for_each_member(container, [=](const void *node) {
         const entry *const known = find(node);
-        if (known && (!known->live || resolved(known->owner) != container))
+        if (!known && unknown_too)
+            book(node, kind::item, container, nullptr);
+        else if (known && (!known->live || resolved(known->owner) != container))
             book(node, known->what == kind::head ? kind::block : known->what, container, known->last_place);
-        links around;
-        if (!read_safely(node, &around, sizeof around))
-            return;
-        node = around.after;
-    }
+        return true;
+    });
+}
+
+bool is_member(owner_number container, const void *node)
+{
+    bool found = false;
+    for_each_member(container, [&found, node](const void *member) {
+        found = member == node;
+        return !found;
+    });
+    return found;
 }
 
 } // namespace mova::checked

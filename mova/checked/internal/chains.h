@@ -15,9 +15,12 @@ namespace mova::checked {
 /* Copies bytes that may not be there. Returns whether they were. */
 bool read_safely(const void *from, void *to, size_t bytes);
 
-/* Notes the nodes that the registry has otherwise as the container's: those along `next` from its first, no more than it
-   counts. */
-void claim_members(owner_number container);
+/* Notes the nodes that the registry has otherwise as the container's, and those that it has not at all where `unknown_too`:
+   those along `next` from its first, no more than it counts. */
+void claim_members(owner_number container, bool unknown_too = false);
+
+/* Whether the container holds the node. Linear. */
+bool is_member(owner_number container, const void *node);
 
 } // namespace mova::checked
 

@@ -161,7 +161,7 @@ private:
             line = static_cast<int>(number);
             Dwarf_Files *files = nullptr;
             if (number_of(&scopes[i], call_file, number) && files_(unit, &files, nullptr) == 0) {
-                if (const char *const caller = filesrc_(files, number, nullptr, nullptr))
+                if (const char *const caller = filesrc_(files, static_cast<size_t>(number), nullptr, nullptr))
                     file = caller;
             }
         }
