@@ -2,8 +2,8 @@
 #include "topology.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,66 +21,32 @@ using nlohmann::json;
 /* ---- JSON text ---- */
 
 /* No topology nests deeper than this, other than by nesting its collections. */
-constexpr int deepest_json = 64;
+constexpr std::size_t deepest_json = 64;
 constexpr int deepest_collection = 16;
 
 /* Walks over the text, and says every now and then how far it is. */
-class ReportingInput {
-public:
-    using iterator_category = std::forward_iterator_tag;
+struct Reader {
+    using iterator_category = std::input_iterator_tag;
     using value_type = char;
     using difference_type = std::ptrdiff_t;
     using pointer = const char *;
-    using reference = const char &;
+    using reference = char;
 
-    ReportingInput(std::string_view text, std::size_t at, const Progress &progress)
-        : text_(text), at_(at), progress_(&progress)
-    {
-    }
-
-    reference operator*() const { return text_[at_]; }
-    bool operator==(const ReportingInput &other) const { return at_ == other.at_; }
-    ReportingInput &operator++()
-    {
-        if (++at_ % report_every == 0)
-            (*progress_)("parsing", at_, text_.size());
-        return *this;
-    }
-    ReportingInput operator++(int)
-    {
-        const ReportingInput before = *this;
-        ++*this;
-        return before;
-    }
-
-private:
     static constexpr std::size_t report_every = 65536;
 
-    std::string_view text_;
-    std::size_t at_;
-    const Progress *progress_;
-};
+    std::string_view text;
+    std::size_t at;
+    const Progress &progress;
 
-/* Counts brackets outside strings. (The parser could be asked about each value, but is then quadratic in the number of
-   objects in an array.) */
-static void check_depth(std::string_view text)
-{
-    int depth = 0;
-    bool in_string = false;
-    for (std::size_t i = 0; i < text.size() && depth <= deepest_json; ++i) {
-        const char each = text[i];
-        if (in_string && each == '\\')
-            ++i;
-        else if (each == '"')
-            in_string = !in_string;
-        else if (!in_string && (each == '[' || each == '{'))
-            ++depth;
-        else if (!in_string && (each == ']' || each == '}'))
-            --depth;
+    char operator*() const { return text[at]; }
+    Reader &operator++()
+    {
+        if (++at % report_every == 0)
+            progress("parsing", at, text.size());
+        return *this;
     }
-    if (depth > deepest_json)
-        throw Error("nested too deep for a topology");
-}
+    bool operator==(const Reader &other) const { return at == other.at; }
+};
 
 /* Builds a value as it is parsed, and notes which key comes first again in its object. Of several members of a key the last
    one counts. */
@@ -136,6 +102,8 @@ private:
     }
     bool open(json value)
     {
+        if (open_.size() == deepest_json)
+            throw Error("nested too deep for a topology");
         open_.push_back(&added(std::move(value)));
         return true;
     }
@@ -154,11 +122,9 @@ static json parse_json(std::string_view text, std::vector<std::string> &warnings
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     if (first != std::string_view::npos && text[first] != '{' && text[first] != '[')
         throw Error("not JSON");
-    check_depth(text);
     Builder builder;
     try {
-        const ReportingInput begin(text, 0, progress), end(text, text.size(), progress);
-        json::sax_parse(begin, end, &builder);
+        json::sax_parse(Reader{text, 0, progress}, Reader{text, text.size(), progress}, &builder);
     } catch (const Builder::ParseError &error) {
         if (error.byte > text.size())
             throw Error("the JSON ends too early, after " + std::to_string(text.size()) + " bytes");
@@ -197,7 +163,10 @@ static const json &array(const json &value, const char *what)
 /* A quantised position is a pair of whole numbers q, for translate + q * scale. These are kept with more bits than
    an angle, for q may be large. */
 constexpr int fine_bits = 48;
+constexpr std::int64_t fine_degree = std::int64_t{1} << fine_bits;
 constexpr double largest_number = 720;
+
+static const char *const outside = "a position lies outside the globe";
 
 /* Returns value * 2^fine_bits as an integer. Scaling by a power of two is exact, so this rounds once, and alike
    wherever the number was read alike. */
@@ -220,12 +189,10 @@ static std::int64_t whole(const json &value, const char *what)
     return value.get<std::int64_t>();
 }
 
-struct Axis {
-    std::int64_t scale, translate; /* fine */
-};
-
+/* Here and below, dimension 0 is longitude, 1 is latitude. */
+using Position = std::array<std::int64_t, 2>;
 struct Transform {
-    Axis longitude, latitude;
+    Position scale, translate; /* fine */
 };
 
 static std::optional<Transform> read_transform(const json &root)
@@ -237,17 +204,12 @@ static std::optional<Transform> read_transform(const json &root)
     const json &translate = array(member(*found, "translate", "the transform"), "the transform's translation");
     if (scale.size() < 2 || translate.size() < 2)
         throw Error("the transform has fewer than two dimensions");
-    return Transform{{fine(scale[0], "the transform"), fine(translate[0], "the transform")},
-                     {fine(scale[1], "the transform"), fine(translate[1], "the transform")}};
-}
-
-static std::int64_t dequantised(std::int64_t quantised, const Axis &axis)
-{
-    std::int64_t product, sum;
-    if (__builtin_mul_overflow(quantised, axis.scale, &product) ||
-        __builtin_add_overflow(product, axis.translate, &sum))
-        throw Error("a position lies outside the globe");
-    return sum;
+    Transform transform;
+    for (const std::size_t i : {0u, 1u}) {
+        transform.scale[i] = fine(scale[i], "the transform");
+        transform.translate[i] = fine(translate[i], "the transform");
+    }
+    return transform;
 }
 
 /* Rounds to an angle. Requires a limit whose angle fits. */
@@ -255,50 +217,41 @@ static Angle rounded(std::int64_t fine_angle, std::int64_t limit)
 {
     const std::int64_t half = std::int64_t{1} << (fine_bits - angle_bits - 1);
     if (fine_angle < -limit || fine_angle > limit)
-        throw Error("a position lies outside the globe");
+        throw Error(outside);
     return static_cast<Angle>((fine_angle + half) >> (fine_bits - angle_bits));
 }
 
 /* Longitudes may go once round the globe, latitudes beyond a pole by what a quantised file may be off. */
-static Point point_at(std::int64_t fine_longitude, std::int64_t fine_latitude)
+static Point point_at(const Position &fine)
 {
-    const std::int64_t fine_degree = std::int64_t{1} << fine_bits;
-    const Angle longitude = rounded(fine_longitude, 360 * fine_degree);
-    const Angle latitude = rounded(fine_latitude, 90 * fine_degree + fine_degree / 1000);
+    const Angle longitude = rounded(fine[0], 360 * fine_degree);
+    const Angle latitude = rounded(fine[1], 90 * fine_degree + fine_degree / 1000);
     const Angle turn = longitude > 180 * degree ? -360 : longitude < -180 * degree ? 360 : 0;
     return {longitude + turn * degree, std::clamp(latitude, -90 * degree, 90 * degree)};
 }
 
 /* ---- arcs ---- */
 
-/* Dimension 0 is longitude, 1 is latitude; there may be more. */
-static const json &coordinate(const json &position, std::size_t dimension)
-{
-    if (array(position, "a position").size() < 2)
-        throw Error("a position has fewer than two coordinates");
-    return position[dimension];
-}
-
-static Points plain_points(const json &positions)
+/* Each quantised position is a step from the one before it. There may be further dimensions. */
+static Points read_points(const json &positions, const std::optional<Transform> &transform)
 {
     Points points(positions.size());
-    for (const json &position : positions) {
-        points.append(
-            point_at(fine(coordinate(position, 0), "a position"), fine(coordinate(position, 1), "a position")));
-    }
-    return points;
-}
-
-/* Each quantised position is a step from the one before it. */
-static Points delta_decoded_points(const json &positions, const Transform &transform)
-{
-    Points points(positions.size());
-    std::int64_t x = 0, y = 0;
-    for (const json &step : positions) {
-        if (__builtin_add_overflow(x, whole(coordinate(step, 0), "a position"), &x) ||
-            __builtin_add_overflow(y, whole(coordinate(step, 1), "a position"), &y))
-            throw Error("a position lies outside the globe");
-        points.append(point_at(dequantised(x, transform.longitude), dequantised(y, transform.latitude)));
+    Position quantised = {}, position;
+    for (const json &each : positions) {
+        if (array(each, "a position").size() < 2)
+            throw Error("a position has fewer than two coordinates");
+        for (const std::size_t i : {0u, 1u}) {
+            if (!transform)
+                position[i] = fine(each[i], "a position");
+            else if (__builtin_add_overflow(quantised[i], whole(each[i], "a position"), &quantised[i]))
+                throw Error(outside);
+        }
+        for (std::size_t i = 0; transform && i < 2; ++i) {
+            if (__builtin_mul_overflow(quantised[i], transform->scale[i], &position[i]) ||
+                __builtin_add_overflow(position[i], transform->translate[i], &position[i]))
+                throw Error(outside);
+        }
+        points.append(point_at(position));
     }
     return points;
 }
@@ -313,9 +266,7 @@ static void read_arcs(const json &root, Owned<Arc> &arcs, ArcIds &ids, const Pro
     for (const json &positions : all) {
         if (array(positions, "an arc").size() < 2)
             throw Error("arc " + std::to_string(arcs.size()) + " has fewer than two positions");
-        auto arc = std::make_unique<Arc>();
-        arc->points = transform ? delta_decoded_points(positions, *transform) : plain_points(positions);
-        ids.add(*arcs.append(std::move(arc)));
+        ids.add(*arcs.append(std::make_unique<Arc>(Arc{read_points(positions, transform)})));
         progress("decoding", arcs.size(), all.size());
     }
 }
@@ -334,7 +285,8 @@ class OutlineReader {
 public:
     OutlineReader(Topology &topology, ArcIds &arcs) : topology_(topology), arcs_(arcs)
     {
-        /* A short file can name a long arc without end. Maps run along an arc once or twice, nested ones a few times more. */
+        /* A short file can name a long arc without end. Maps run along an arc once or twice, nested ones a few times
+           more. */
         std::size_t points = 0;
         for (const Arc *arc : topology.arcs)
             points += arc->points.size();
@@ -364,48 +316,36 @@ private:
 
     void read_country(const json &geometry, const json &type)
     {
-        Country country;
+        auto country = std::make_unique<Country>();
         const json &outlines = array(member(geometry, "arcs", "a geometry"), "a geometry's \"arcs\"");
         if (type == "Polygon")
-            read_polygon(outlines, country);
+            read_polygon(outlines, *country);
         else if (type == "MultiPolygon")
             for (const json &each : outlines)
-                read_polygon(each, country);
+                read_polygon(each, *country);
         else if (type == "LineString")
-            read_line(outlines, country);
+            country->lines.append(std::make_unique<Line>(read_line(outlines, line_points_left_, false)));
         else if (type == "MultiLineString")
             for (const json &each : outlines)
-                read_line(each, country);
+                country->lines.append(std::make_unique<Line>(read_line(each, line_points_left_, false)));
         else
             throw Error("a geometry is of an unknown type");
-        if (country.polygons.empty() && country.lines.empty())
+        if (country->polygons.empty() && country->lines.empty())
             return;
-        country.name = read_name(geometry);
-        topology_.countries.append(std::make_unique<Country>(std::move(country)));
+        country->name = read_name(geometry);
+        topology_.countries.append(std::move(country));
     }
 
     void read_polygon(const json &rings, Country &country)
     {
         auto polygon = std::make_unique<Polygon>();
-        for (const json &numbers : array(rings, "a polygon")) {
-            Line line = read_line(numbers);
-            if (line.back().end() != line.front().start())
-                throw Error("a ring is not closed");
-            count_points(line, ring_points_left_);
-            polygon->append(std::make_unique<Ring>(std::move(line).close()));
-        }
+        for (const json &numbers : array(rings, "a polygon"))
+            polygon->append(std::make_unique<Ring>(read_line(numbers, ring_points_left_, true).close()));
         if (!polygon->empty())
             country.polygons.append(std::move(polygon));
     }
 
-    void read_line(const json &numbers, Country &country)
-    {
-        auto line = std::make_unique<Line>(read_line(numbers));
-        count_points(*line, line_points_left_);
-        country.lines.append(std::move(line));
-    }
-
-    Line read_line(const json &numbers)
+    Line read_line(const json &numbers, std::size_t &points_left, bool is_ring)
     {
         if (array(numbers, "an outline").empty())
             throw Error("an outline has no arcs");
@@ -415,16 +355,14 @@ private:
         const auto apart = [](const Stretch &before, const Stretch &after) { return before.end() != after.start(); };
         if (std::ranges::adjacent_find(line, apart) != line.end())
             throw Error("an outline's arcs do not join");
-        return line;
-    }
-
-    static void count_points(const Line &line, std::size_t &left)
-    {
+        if (is_ring && apart(line.back(), line.front()))
+            throw Error("a ring is not closed");
         for (const Stretch &stretch : line) {
-            if (stretch.arc->points.size() > left)
+            if (stretch.arc->points.size() > points_left)
                 throw Error("the outlines have too many points: they run along the same arcs again and again");
-            left -= stretch.arc->points.size();
+            points_left -= stretch.arc->points.size();
         }
+        return line;
     }
 
     /* Number n means arc n, and ~n means arc n backwards. */
@@ -469,9 +407,9 @@ Topology decode_topology(std::string_view text, const Progress &progress)
     const json *type = find(root, "type");
     if (!type || *type != "Topology")
         throw Error("not a TopoJSON topology");
-    ArcIds arcs;
-    read_arcs(root, topology.arcs, arcs, progress);
-    OutlineReader reader(topology, arcs);
+    ArcIds ids;
+    read_arcs(root, topology.arcs, ids, progress);
+    OutlineReader reader(topology, ids);
     read_objects(member(root, "objects", "the topology"), reader);
     if (topology.countries.empty())
         throw Error("nothing to draw: no geometry has outlines");
