@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Fails where what people read differs from the table of families: the umbrella header, the link maps, the tables of the
-# README and of docs/choosing.md.
+# Fails where what people read differs from the table of families: the umbrella headers, the link maps, the tables of the
+# README, of docs/choosing.md and of docs/cxx.md.
 #
 # cmake -DROOT=... -P <this file>
 cmake_minimum_required(VERSION 3.21)
@@ -56,3 +56,19 @@ expect_same(README.md "${found}" "${documented}")
 
 names_in(found docs/choosing.md "^\\| `([A-Za-z_]+_)`" "\\1")
 expect_same(docs/choosing.md "${found}" "${documented_prefixes}")
+
+# A class of the typed layer may stand over two families, or over a service of the host.
+names_in(lines docs/cxx.md "^\\| `[^|]*\\| (`[^|]*`) \\|" "\\1")
+string(REGEX MATCHALL "[A-Za-z_]+_" found "${lines}")
+list(REMOVE_ITEM found ${host_prefixes})
+list(REMOVE_DUPLICATES found)
+expect_same(docs/cxx.md "${found}" "${documented_prefixes}")
+
+# Every family has a typed header, and each of those is mova/cxx.h's or another's.
+names_in(included mova/cxx.h "^#include <(.*)>" "\\1")
+file(GLOB typed RELATIVE ${ROOT} ${ROOT}/mova/cxx/*.h)
+foreach(header IN LISTS typed)
+    names_in(found ${header} "^#include <(mova/.*)>" "\\1")
+    list(APPEND included ${found})
+endforeach()
+report_surplus("mova/cxx.h and its headers do not include" "${headers};${typed}" "${included}")
