@@ -1,10 +1,12 @@
 # SPDX-License-Identifier: MIT
 # Calls the script with what it must refuse, and on machines that lack something, and compares what it says.
 #
-# cmake -DDEV=... -DDIRECTORY=... -P <this file>
+# cmake -DSOURCE=... -P <this file>
 cmake_minimum_required(VERSION 3.21)
+set(DEV ${SOURCE}/dev)
 
-# expect(<exit code> <regular expression for the whole of what it says> [<variable=value>...] ARGUMENTS <argument>...)
+# expect(<exit code> <regular expression for the whole of what it says> [<variable=value>...] [<command>...] ARGUMENTS
+# <argument>...)
 function(expect code expression)
     cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "ARGUMENTS")
     execute_process(COMMAND ${CMAKE_COMMAND} -E env ${arg_UNPARSED_ARGUMENTS} ${DEV} ${arg_ARGUMENTS}
@@ -39,11 +41,12 @@ expect(1 "dev: bench --against: there is no commit yesterday\n" ARGUMENTS bench 
 expect(1 "dev: /proc/nowhere cannot be written to: set MOVA_BUILD_DIR to a directory of your own\n"
        MOVA_BUILD_DIR=/proc/nowhere ARGUMENTS demo)
 
-# A machine without apt-get, and with nothing but the plainest tools.
-set(bare ${DIRECTORY}/bare)
-file(REMOVE_RECURSE ${bare})
+# A machine without apt-get, and with nothing but the plainest tools. Others have to find their way to it.
+execute_process(COMMAND mktemp -d OUTPUT_VARIABLE place OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+file(CHMOD ${place} PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(bare ${place}/bare)
 file(MAKE_DIRECTORY ${bare})
-foreach(tool bash echo env dirname realpath nproc grep sed sort xargs id mkdir cat cut tr tail find)
+foreach(tool bash echo env dirname realpath nproc grep sed sort xargs id mkdir cat cut tr tail find tee wc cp chmod)
     find_program(path_of_${tool} ${tool} REQUIRED)
     file(CREATE_LINK ${path_of_${tool}} ${bare}/${tool} SYMBOLIC)
 endforeach()
@@ -52,7 +55,62 @@ expect(1 "dev: missing, by Debian's names: clang-format\; there is no apt-get he
 expect(1 "dev: missing, by Debian's names: cmake g.. libpng-dev ninja-build nlohmann-json3-dev\; [^\n]*\n"
        PATH=${bare} ARGUMENTS demo)
 
-# One tool more, from wherever: then there is nothing to say.
-file(WRITE ${bare}/clang-format "#!${bare}/bash\n")
-file(CHMOD ${bare}/clang-format PERMISSIONS OWNER_READ OWNER_EXECUTE)
+# tool(<name> [<script>]): one tool more, from wherever.
+function(tool name)
+    list(POP_BACK ARGV script)
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/tools/${script} ${bare}/${name} COPYONLY)
+endfunction()
+
+# Then there is nothing to say.
+tool(clang-format nothing)
 expect(0 "" PATH=${bare} ARGUMENTS format)
+file(REMOVE ${bare}/clang-format)
+
+# A lock of apt-get's is waited for.
+foreach(script apt-get sleep sudo nothing)
+    tool(${script})
+endforeach()
+set(here MOVA_BUILD_DIR=${place}/build PATH=${bare})
+expect(0 "install  1 packages +ok  [0-9]+ s\n" ${here} ARGUMENTS format)
+file(STRINGS ${bare}/asked asked)
+set(options "-qq -o DPkg::Lock::Timeout=600")
+if(NOT asked STREQUAL "apt-get ${options} update;apt-get ${options} update;apt-get ${options} install -y --no-install-recommends clang-format"
+   OR NOT EXISTS ${bare}/slept)
+    message(SEND_ERROR "apt-get was asked: ${asked}")
+endif()
+file(REMOVE ${bare}/apt-get ${bare}/sleep)
+
+# Tools from wherever serve; and a terminal is told how far a long build is.
+tool(cmake)
+foreach(name c++ g++ ninja)
+    tool(${name} nothing)
+endforeach()
+find_program(path_of_sleep sleep REQUIRED)
+file(CREATE_LINK ${path_of_sleep} ${bare}/sleep SYMBOLIC)
+expect(0 "build    the map program +ok  [0-9]+ s\ndrawn by ${place}/build/release/examples/atlas/atlas\n" ${here} ARGUMENTS demo)
+find_program(MOVA_SCRIPT script REQUIRED)
+execute_process(COMMAND ${CMAKE_COMMAND} -E env ${here} SHELL=${bare}/bash ${MOVA_SCRIPT} -qec "${DEV} demo" /dev/null
+    OUTPUT_VARIABLE said)
+if(NOT said MATCHES "^build    the map program +\r+build    the map program +3/7 .*\r+build    the map program +[^ ]*ok  [0-9]+ s\r?\ndrawn by ")
+    message(SEND_ERROR "on a terminal ./dev demo said:\n${said}")
+endif()
+
+# A source that is another's, or that only may be read.
+file(COPY ${SOURCE}/dev DESTINATION ${place}/source)
+file(COPY ${SOURCE}/examples/atlas/options.cpp DESTINATION ${place}/source/examples/atlas)
+file(MAKE_DIRECTORY ${place}/mine)
+file(CHMOD ${place}/mine PERMISSIONS OWNER_WRITE OWNER_EXECUTE WORLD_WRITE WORLD_EXECUTE)
+file(CHMOD_RECURSE ${place}/source PERMISSIONS OWNER_READ OWNER_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(DEV ${place}/source/dev)
+execute_process(COMMAND id -u OUTPUT_VARIABLE user OUTPUT_STRIP_TRAILING_WHITESPACE)
+if(user EQUAL 0)
+    find_program(MOVA_SETPRIV setpriv REQUIRED)
+    set(as_another ${MOVA_SETPRIV} --reuid=65534 --regid=65534 --clear-groups)
+endif()
+expect(1 "dev: ${place}/source/build cannot be written to: set MOVA_BUILD_DIR to a directory of your own\n"
+       PATH=${bare} ${as_another} ARGUMENTS demo)
+expect(0 "build    the map program +ok  [0-9]+ s\ndrawn by ${place}/mine/build/release/examples/atlas/atlas\n"
+       PATH=${bare} MOVA_BUILD_DIR=${place}/mine/build ${as_another} ARGUMENTS demo)
+
+file(CHMOD_RECURSE ${place}/source PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+file(REMOVE_RECURSE ${place})
