@@ -25,7 +25,7 @@ set(family_table
     "element_stack        lists   ES_                         model c checked"
     "generic_list         lists   GL_                         model c bench checked"
     "simple_list          lists   SL_                         model c bench checked"
-    "balanced_tree        tree    GT_                         model c bench"
+    "balanced_tree        tree    GT_                         model c bench checked"
     "errors               host    EX_,mova_error_,mova_set_   c"
     "memory               host    MM_,mova_memory_            c bench"
     "memory_blocks        host    mb_                         model c bench"

@@ -19,6 +19,8 @@
            GL_release(&list);
        }
 
+   A cell whose name begins with "order" is run with MOVA_CHECK=order.
+
    tests/checked/cells.cmake runs each cell both ways: with the misuse it wants the exact first line, with this program's file
    and a line of it in the second; without, silence. Where a cell may crash once the misuse is reported, that is no matter: it
    is run so that the first misuse ends it. */

@@ -4,6 +4,7 @@
 #include "chains.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include <unwind.h>
@@ -68,9 +69,11 @@ void leave(running_call &left)
 }
 
 /* A container's invariants are asked where all of it is gone through anyway, at its release above all, and after so many calls that it costs them next to nothing. */
-bool is_time_for_invariants(const owner &of, use how, int64_t size)
+bool is_time_for_invariants(const owner &of, use how)
 {
-    return asked_for().full || how >= use::empty || of.calls > std::max<int64_t>(256, 16 * size);
+    constexpr uint32_t now_and_then = 256;
+    return asked_for().full || how >= use::empty ||
+           (of.calls % now_and_then == 0 && of.calls >= 16 * of.of->size(of.container));
 }
 
 } // namespace
@@ -91,7 +94,7 @@ call::call(const char *function, place where) : finding_(function, where)
     else
         outermost_.depth = nullptr;
     own_ = &running.calls[running.count++];
-    *own_ = {this, function, where, {}, 0, 0, false};
+    *own_ = {this, function, where, {}, 0, 0, nullptr, false};
 }
 
 /* A call on another stack may have taken this one for left. */
@@ -108,18 +111,34 @@ call::~call()
         running.calls[running.count++] = outermost_;
 }
 
-const running_call *call::outer_call_using(owner_number number) const
+const running_call *call::next_outer(const running_call *of)
 {
-    for (running_call *outer = own_; outer != running.calls;) {
-        --outer;
-        if (std::find(outer->used, outer->used + running_call::most_used, number) ==
-            outer->used + running_call::most_used)
-            continue;
-        if (is_on_the_stack(*outer))
-            return outer;
-        leave(*outer);
+    return of != running.calls ? of - 1 : nullptr;
+}
+
+bool call::still_runs(const running_call &outer)
+{
+    if (is_on_the_stack(outer))
+        return true;
+    leave(running.calls[&outer - running.calls]);
+    return false;
+}
+
+void note_raise(int32_t line)
+{
+    running_call *const raising = innermost_call();
+    if (!raising)
+        return;
+    raising->has_raised = true;
+    if (!raising->meaning || raising->meaning->line != line)
+        return;
+    finding found(raising->function, raising->where);
+    {
+        const registry_lock lock;
+        found.say("%s", raising->meaning->what);
+        found.show_container(raising->used[0]);
     }
-    return nullptr;
+    report(found);
 }
 
 owner_number call::expect_container(const family &of)
@@ -150,7 +169,7 @@ void call::container_is(const family &of, const void *made)
 void call::judge_invariants(owner &of, owner_number number, use how)
 {
     ++of.calls;
-    if (of.excused || !of.of->broken_invariant || !is_time_for_invariants(of, how, of.of->size(of.container)))
+    if (of.excused || !of.of->broken_invariant || !is_time_for_invariants(of, how))
         return;
     of.calls = 0;
     if (const int broken = of.of->broken_invariant(of.container)) {
@@ -189,11 +208,16 @@ owner_number call::judge_container(const family &of, const void *container, use 
         return 0;
     }
     if (!same_records(*judged.of, of)) {
+        if (may_be_hand_made)
+            return 0;
         finding_.say("the %s is of another family", of.noun);
         finding_.add(judged.made, "%s %p   made in      ", judged.of->full_noun, container);
         return 0;
     }
-    if (const running_call *const outer = how != use::read ? outer_call_using(number) : nullptr) {
+    const auto uses_it = [number](const running_call &outer) {
+        return std::find(outer.used, std::end(outer.used), number) != std::end(outer.used);
+    };
+    if (const running_call *const outer = how != use::read ? outer_call(uses_it) : nullptr) {
         finding_.say("the %s is calling back in %s", of.noun, outer->function);
         finding_.show_container(number);
         return 0;
@@ -214,8 +238,8 @@ void call::judge_position(const family &of, owner_number in, const void *positio
         if (!known || known->owner == 0)
             return true;
         const owner_number number = resolved(known->owner);
-        return known->live && known->what != kind::head && same_records(*owner_at(number).of, of) &&
-               (in == 0 || number == in);
+        return known->live && known->what != kind::head && known->what != kind::iterator &&
+               same_records(*owner_at(number).of, of) && (in == 0 || number == in);
     };
     if (is_right(find(position)))
         return;
@@ -230,6 +254,8 @@ void call::judge_position(const family &of, owner_number in, const void *positio
         return;
     if (known->what == kind::head)
         finding_.say("the %s is a %s", role, its.of->noun);
+    else if (known->what == kind::iterator)
+        finding_.say("the %s is an iterator", role);
     else if (!known->live)
         finding_.say("the %s was removed", role);
     else if (!same_records(*its.of, of))

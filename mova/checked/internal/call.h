@@ -50,6 +50,12 @@ enum class use {
     release, /* the container is gone afterwards */
 };
 
+/* A misuse that the library itself finds: what a raise of this line says of the program. */
+struct raise_meaning {
+    int32_t line;
+    const char *what;
+};
+
 /* What is noted of a call as long as it runs. */
 struct running_call {
     static constexpr int most_used = 3;
@@ -60,6 +66,7 @@ struct running_call {
     owner_number used[most_used]; /* containers */
     owner_number blocks_of;       /* the container that the blocks are of that it allocates */
     owner_number expected;        /* the container that it makes */
+    const raise_meaning *meaning; /* or null */
     bool has_raised;
 };
 
@@ -70,6 +77,9 @@ running_call *innermost_call();
    host. With another, a block may have come and gone without them, and where there is no container to be asked about a
    position nothing is said. */
 bool sees_every_block();
+
+/* The innermost call raises this line: reports what that means. */
+void note_raise(int32_t line);
 
 /* A call that the program makes, as long as it runs. Callbacks may make others meanwhile: a thread's calls are in an array,
    not on its stack, where those that a jump has left could not be read any more. */
@@ -110,6 +120,19 @@ public:
     void remember(const void *address) { remembered_ = address; }
     const void *remembered() const { return remembered_; }
 
+    /* What a raise of a line would mean. */
+    void raise_means(const raise_meaning *meaning) { own_->meaning = meaning; }
+
+    /* The innermost of the calls that wait for this one to return, of which `is_sought(call)` holds; or null. */
+    template <class IsSought>
+    const running_call *outer_call(IsSought is_sought) const
+    {
+        const running_call *outer = next_outer(own_);
+        while (outer && !(is_sought(*outer) && still_runs(*outer)))
+            outer = next_outer(outer);
+        return outer;
+    }
+
     /* ---- what the call makes ---- */
 
     /* Blocks that are allocated from now on until the call ends are of this container. */
@@ -135,7 +158,8 @@ public:
 
 private:
     void judge_invariants(owner &of, owner_number number, use how);
-    const running_call *outer_call_using(owner_number number) const;
+    static const running_call *next_outer(const running_call *of);
+    static bool still_runs(const running_call &outer);
 
     finding finding_;
     running_call *own_;
@@ -143,6 +167,15 @@ private:
     const void *remembered_ = nullptr;
     bool completed_ = false;
 };
+
+/* A role may also have a function that asks the program's own callbacks, ask(call, arguments, result), for MOVA_CHECK=order.
+   It is asked without the lock. */
+template <class Role, class... Of>
+void ask_role(const Role &role, Of &...of)
+{
+    if constexpr (requires { role.ask(of...); })
+        role.ask(of...);
+}
 
 /* A row: the roles, in the order in which they are asked. */
 template <class... Roles>
@@ -164,17 +197,25 @@ __attribute__((always_inline)) inline Result make(call &made, const Row &checked
         std::apply([&](const auto &...role) { ((made.is_wrong() || (role.before(made, arguments), true)) && ...); },
                    checked.all);
     }
+    const bool was_wrong = made.is_wrong();
     made.report_misuse();
+    const auto conclude = [&](auto &...result) {
+        made.completed();
+        {
+            const registry_lock lock;
+            std::apply([&](const auto &...role) { (role.after(made, arguments, result...), ...); }, checked.all);
+        }
+        if (asked_for().order)
+            std::apply([&](const auto &...role) { (ask_role(role, made, arguments, result...), ...); }, checked.all);
+        if (!was_wrong)
+            made.report_misuse();
+    };
     if constexpr (std::is_void_v<Result>) {
         plain(given...);
-        made.completed();
-        const registry_lock lock;
-        std::apply([&](const auto &...role) { (role.after(made, arguments), ...); }, checked.all);
+        conclude();
     } else {
         Result result = plain(given...);
-        made.completed();
-        const registry_lock lock;
-        std::apply([&](const auto &...role) { (role.after(made, arguments, result), ...); }, checked.all);
+        conclude(result);
         return result;
     }
 }

@@ -77,8 +77,7 @@ void *mova_checked_MM_realloc_item(void *item, size_t old_size, size_t new_size)
 
 void mova_checked_EX_raise_exception_line(const char *module, int32_t line, int32_t code)
 {
-    if (mova::checked::running_call *const caller = mova::checked::innermost_call())
-        caller->has_raised = true;
+    mova::checked::note_raise(line);
     EX_raise_exception_line(module, line, code);
 }
 }

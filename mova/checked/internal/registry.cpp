@@ -225,6 +225,10 @@ void mark_released(const void *address, place where)
     released->live = false;
     released->last_place = where;
     --entries.live;
+    if (released->what == kind::head && released->owner != 0) {
+        owners.at(released->owner).live = false;
+        owners.at(released->owner).released = where;
+    }
 }
 
 void hand_over(const void *address, owner_number to)

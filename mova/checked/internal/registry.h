@@ -42,8 +42,8 @@ inline bool same_records(const family &a, const family &b)
 }
 
 /* What lies at an address: a container's head; a block that a container allocated, which is a node of it or its storage;
-   or a record of the program's that is linked into a container. */
-enum class kind : uint8_t { head, block, item };
+   an iterator that it allocated; or a record of the program's that is linked into a container. */
+enum class kind : uint8_t { head, block, iterator, item };
 
 using owner_number = uint32_t;
 
