@@ -14,10 +14,6 @@
 
 namespace atlas {
 
-/* In pixels. The usage in options.cpp says both too, and the largest cache that follows from the width. */
-constexpr int narrowest_map = 16;
-constexpr int widest_map = 32768;
-
 /* All that the map shows, prepared for one width: tiles can be drawn in any order. It does not need the topology any
    more. */
 class Drawing {

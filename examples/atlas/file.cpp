@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <utility>
 
 #include <sys/stat.h>
@@ -15,30 +16,10 @@
 
 namespace atlas {
 
-namespace {
-
 struct CloseFile {
     void operator()(std::FILE *file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
-
-/* A new file beside the one it is to become. It is gone with this record, unless it was renamed. */
-class NewFile {
-public:
-    explicit NewFile(const std::string &target);
-    ~NewFile();
-    NewFile(const NewFile &) = delete;
-    NewFile &operator=(const NewFile &) = delete;
-
-    void write(const std::vector<std::uint8_t> &contents);
-    void rename(const std::string &target);
-
-private:
-    std::string path_;
-    int descriptor_;
-};
-
-} // namespace
 
 [[noreturn]] static void fail(const char *what)
 {
@@ -83,37 +64,45 @@ static mode_t ordinary_mode()
     return 0666 & ~mask;
 }
 
-NewFile::NewFile(const std::string &target) : path_(target + ".XXXXXX"), descriptor_(mkstemp(path_.data()))
-{
-    if (descriptor_ < 0)
-        fail("cannot be written");
-    fchmod(descriptor_, ordinary_mode());
-}
-
-NewFile::~NewFile()
-{
-    if (descriptor_ >= 0)
-        close(descriptor_);
-    if (!path_.empty())
-        unlink(path_.c_str());
-}
-
-void NewFile::write(const std::vector<std::uint8_t> &contents)
-{
-    for (std::size_t done = 0; done < contents.size();) {
-        const ssize_t wrote = ::write(descriptor_, contents.data() + done, contents.size() - done);
-        if (wrote < 0 && errno != EINTR)
+/* A new file beside the one it is to become. It is gone with this record, unless it was renamed. */
+class NewFile {
+public:
+    explicit NewFile(const std::string &target) : path_(target + ".XXXXXX"), descriptor_(mkstemp(path_.data()))
+    {
+        if (descriptor_ < 0)
             fail("cannot be written");
-        done += wrote > 0 ? static_cast<std::size_t>(wrote) : 0;
+        fchmod(descriptor_, ordinary_mode());
     }
-}
+    ~NewFile()
+    {
+        if (descriptor_ >= 0)
+            close(descriptor_);
+        if (!path_.empty())
+            unlink(path_.c_str());
+    }
+    NewFile(const NewFile &) = delete;
+    NewFile &operator=(const NewFile &) = delete;
 
-void NewFile::rename(const std::string &target)
-{
-    if (close(std::exchange(descriptor_, -1)) != 0 || std::rename(path_.c_str(), target.c_str()) != 0)
-        fail("cannot be written");
-    path_.clear();
-}
+    void write(std::span<const std::uint8_t> contents)
+    {
+        while (!contents.empty()) {
+            const ssize_t wrote = ::write(descriptor_, contents.data(), contents.size());
+            if (wrote < 0 && errno != EINTR)
+                fail("cannot be written");
+            contents = contents.subspan(static_cast<std::size_t>(std::max<ssize_t>(wrote, 0)));
+        }
+    }
+    void rename(const std::string &target)
+    {
+        if (close(std::exchange(descriptor_, -1)) != 0 || std::rename(path_.c_str(), target.c_str()) != 0)
+            fail("cannot be written");
+        path_.clear();
+    }
+
+private:
+    std::string path_;
+    int descriptor_;
+};
 
 /* A device or a directory must not give way to a picture. */
 static void check_replaceable(const std::string &path)

@@ -43,14 +43,6 @@ struct Times {
     double read, decode, prepare, draw, write;
 };
 
-struct Outcome {
-    Size size;
-    std::size_t bytes;
-    Totals drawn;
-    Picture::Statistics cache;
-    Times times;
-};
-
 static void check_not_same(const std::string &file, const std::string &out)
 {
     std::error_code ignored;
@@ -71,15 +63,38 @@ static std::string complaint(const std::string &subject, const std::string &what
     return printable("atlas: " + (subject.empty() ? what : subject + ": " + what)) + "\n";
 }
 
-static void warn(const Topology &topology, const std::string &subject, ProgressLine &line)
+static void warn(const Topology &topology, const std::string &subject)
 {
-    line.clear();
     for (const std::string &warning : topology.warnings)
         std::fputs(complaint(subject, "warning: " + warning).c_str(), stderr);
 }
 
+static std::string count(std::size_t number, const char *one, const char *many)
+{
+    return std::to_string(number) + ' ' + (number == 1 ? one : many);
+}
+
+static void report(const Options &options, const Totals &drawn, const Picture &picture, std::size_t bytes,
+                   const Times &times)
+{
+    const Picture::Statistics cache = picture.statistics();
+    std::printf("picture  %s\n", printable(std::filesystem::absolute(options.out).lexically_normal().string()).c_str());
+    std::printf("size     %d x %d pixels, %zu bytes\n", picture.size().width, picture.size().height, bytes);
+    std::printf("drawn    %s, %s%s, %s\n", count(drawn.countries, "country", "countries").c_str(),
+                count(drawn.rings, "ring", "rings").c_str(),
+                drawn.lines > 0 ? (", " + count(drawn.lines, "line", "lines")).c_str() : "",
+                count(drawn.points, "point", "points").c_str());
+    std::printf("cache    %zu bytes for %zu tiles: %" PRIu64 " evictions, %" PRIu64 " write-backs, %" PRIu64
+                " fetches, %" PRIu64 " blocks moved\n",
+                cache.budget, cache.tiles, cache.evictions, cache.write_backs, cache.fetches, cache.moves);
+    std::printf("time     read %.1f ms, decode %.1f ms, prepare %.1f ms, draw %.1f ms, write %.1f ms\n", times.read,
+                times.decode, times.prepare, times.draw, times.write);
+    if (std::fflush(stdout) != 0)
+        throw Error("the report could not be printed");
+}
+
 /* `subject` is kept up to date with the file that an error would be about. */
-static Outcome draw_atlas(const Options &options, std::string &subject)
+static void draw_atlas(const Options &options, std::string &subject)
 {
     ProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
     const Progress progress = [&](const char *step, std::size_t done, std::size_t all) {
@@ -93,13 +108,12 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     const std::string text = read_file(options.file, progress);
     times.read = watch.lap();
     Topology topology = decode_topology(text, progress);
-    warn(topology, subject, line);
+    line.clear();
+    warn(topology, subject);
     if (!options.select.empty())
         select_countries(topology, options.select);
-    if (options.print_tree) {
-        line.clear();
+    if (options.print_tree)
         print_tree(topology);
-    }
     times.decode = watch.lap();
     Drawing drawing(topology, options.width, progress);
     times.prepare = watch.lap();
@@ -110,37 +124,10 @@ static Outcome draw_atlas(const Options &options, std::string &subject)
     times.draw = watch.lap();
     const std::size_t bytes = write_png(options.out, picture, palette(), progress);
     times.write = watch.lap();
-    return {picture.size(), bytes, totals(topology), picture.statistics(), times};
-}
 
-/* "1 country", "2 countries". */
-static std::string counted(std::int64_t number, const char *one, const char *many)
-{
-    return std::to_string(number) + ' ' + (number == 1 ? one : many);
-}
-
-static std::string counted(const Totals &drawn)
-{
-    std::string text = counted(drawn.countries, "country", "countries") + ", " + counted(drawn.rings, "ring", "rings");
-    if (drawn.lines > 0)
-        text += ", " + counted(drawn.lines, "line", "lines");
-    return text + ", " + counted(drawn.points, "point", "points");
-}
-
-static void print_outcome(const Options &options, const Outcome &outcome)
-{
-    const Times &times = outcome.times;
-    std::printf("picture  %s\n", printable(std::filesystem::absolute(options.out).lexically_normal().string()).c_str());
-    std::printf("size     %d x %d pixels, %zu bytes\n", outcome.size.width, outcome.size.height, outcome.bytes);
-    std::printf("drawn    %s\n", counted(outcome.drawn).c_str());
-    const Picture::Statistics &cache = outcome.cache;
-    std::printf("cache    %zu bytes for %zu tiles: %" PRIu64 " evictions, %" PRIu64 " write-backs, %" PRIu64
-                " fetches, %" PRIu64 " blocks moved\n",
-                cache.budget, cache.tiles, cache.evictions, cache.write_backs, cache.fetches, cache.moves);
-    std::printf("time     read %.1f ms, decode %.1f ms, prepare %.1f ms, draw %.1f ms, write %.1f ms\n", times.read,
-                times.decode, times.prepare, times.draw, times.write);
-    if (std::fflush(stdout) != 0)
-        throw Error("the report could not be printed");
+    subject.clear();
+    line.clear();
+    report(options, totals(topology), picture, bytes, times);
 }
 
 /* Where memory has run out, there is none left to unwind with either: the program says so and ends. */
@@ -167,9 +154,7 @@ static int run(int argc, char **argv, std::string &subject)
     mova_set_error_handler(raise_error);
     if (options.help)
         return std::fputs(usage, stdout) < 0 || std::fflush(stdout) != 0;
-    const Outcome outcome = draw_atlas(options, subject);
-    subject.clear();
-    print_outcome(options, outcome);
+    draw_atlas(options, subject);
     return 0;
 }
 

@@ -2,17 +2,17 @@
 #include "options.h"
 
 #include <charconv>
-#include <cstring>
+#include <string_view>
 
 #include <getopt.h>
 
-#include "draw.h"
 #include "messages.h"
 #include "picture.h"
 
 namespace atlas {
 
-const char *const usage =
+/* The table of the options, from which their limits and what they are without being given are read. */
+static constexpr std::string_view table =
     R"(usage: atlas FILE [--out PNG] [--width N] [--cache-budget BYTES] [--select NAME,...] [--print-tree]
 
 Draws a TopoJSON file as a map of the world, areas filled and outlined: its object
@@ -27,18 +27,38 @@ Draws a TopoJSON file as a map of the world, areas filled and outlined: its obje
   --help                shows this text
 )";
 
-/* Two tiles at the least, and the widest map at the most. */
-constexpr int least_budget = 2 * tile_bytes;
-constexpr int most_budget = widest_map * (widest_map / 2);
+const char *const usage = table.data();
 
-static int parse_number(const char *option, const char *text, int least, int most)
+struct Number {
+    int least, most, usual;
+};
+
+/* Reads "16 to 32768 (2048)" behind the option. */
+static constexpr Number number_of(std::string_view option)
+{
+    std::size_t at = table.find(option);
+    const auto next = [&] {
+        int number = 0;
+        for (at = table.find_first_of("0123456789", at); table[at] >= '0' && table[at] <= '9'; ++at)
+            number = number * 10 + (table[at] - '0');
+        return number;
+    };
+    return {next(), next(), next()};
+}
+
+constexpr Number width = number_of("  --width N ");
+constexpr Number cache_budget = number_of("  --cache-budget BYTES ");
+static_assert(cache_budget.least == 2 * tile_bytes, "two tiles at the least");
+static_assert(cache_budget.most == width.most * (width.most / 2), "the widest map at the most");
+
+static int parse_number(const char *option, std::string_view text, const Number &allowed)
 {
     int number = 0;
-    const char *end = text + std::strlen(text);
-    const std::from_chars_result result = std::from_chars(text, end, number);
-    if (result.ec != std::errc() || result.ptr != end || number < least || number > most)
-        throw Error(std::string(option) + " takes a whole number from " + std::to_string(least) + " to " +
-                    std::to_string(most) + ", not " + text);
+    const char *end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, number);
+    if (result.ec != std::errc() || result.ptr != end || number < allowed.least || number > allowed.most)
+        throw Error(std::string(option) + " takes a whole number from " + std::to_string(allowed.least) + " to " +
+                    std::to_string(allowed.most) + ", not " + std::string(text));
     return number;
 }
 
@@ -74,10 +94,9 @@ static void apply(Options &options, int option, char **argv)
 {
     switch (option) {
     case option_out: options.out = optarg; break;
-    case option_width: options.width = parse_number("--width", optarg, narrowest_map, widest_map); break;
+    case option_width: options.width = parse_number("--width", optarg, width); break;
     case option_cache_budget:
-        options.cache_budget =
-            static_cast<std::size_t>(parse_number("--cache-budget", optarg, least_budget, most_budget));
+        options.cache_budget = static_cast<std::size_t>(parse_number("--cache-budget", optarg, cache_budget));
         break;
     case option_select: add_names(options.select, optarg); break;
     case option_print_tree: options.print_tree = true; break;
@@ -100,6 +119,8 @@ Options parse_options(int argc, char **argv)
                                    {"help", no_argument, nullptr, option_help},
                                    {nullptr, 0, nullptr, 0}};
     Options options;
+    options.width = width.usual;
+    options.cache_budget = static_cast<std::size_t>(cache_budget.usual);
     opterr = 0;
     for (int found; (found = getopt_long(argc, argv, ":", known, nullptr)) != -1;)
         apply(options, found, argv);

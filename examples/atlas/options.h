@@ -13,9 +13,9 @@ extern const char *const usage;
 struct Options {
     std::string file;
     std::string out = "atlas.png";
-    int width = 2048;
-    std::size_t cache_budget = std::size_t{1} << 20; /* bytes */
-    std::vector<std::string> select;                 /* names of countries; none stands for all of them */
+    int width;
+    std::size_t cache_budget;        /* bytes */
+    std::vector<std::string> select; /* names of countries; none stands for all of them */
     bool print_tree = false;
     bool help = false;
 };

@@ -424,11 +424,11 @@ Totals totals(const Topology &topology)
     Totals sum = {};
     for (const Country *country : topology.countries) {
         ++sum.countries;
-        sum.lines += static_cast<std::int64_t>(country->lines.size());
+        sum.lines += country->lines.size();
         for_each_ring(*country, [&](const Ring &) { ++sum.rings; });
     }
     for (const Arc *arc : topology.arcs)
-        sum.points += arc->use == ArcUse::none ? 0 : static_cast<std::int64_t>(arc->points.size());
+        sum.points += arc->use == ArcUse::none ? 0 : arc->points.size();
     return sum;
 }
 

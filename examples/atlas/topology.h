@@ -109,8 +109,8 @@ constexpr std::size_t room_for_lines = std::size_t{1} << 16;
 Topology decode_topology(std::string_view text, const Progress &progress);
 
 struct Totals {
-    std::int64_t countries, rings, lines;
-    std::int64_t points; /* of all arcs that an outline uses, each counted once */
+    std::size_t countries, rings, lines;
+    std::size_t points; /* of all arcs that an outline uses, each counted once */
 };
 
 Totals totals(const Topology &topology);

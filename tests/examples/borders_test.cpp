@@ -32,7 +32,7 @@ TEST(Borders, AreArcsThatCountriesShare)
                                    "c":{"type":"LineString","arcs":[2]},"d":{"type":"Polygon","arcs":[[2]]})";
     const Topology topology = decode(world(objects, four_squares));
     EXPECT_EQ((std::vector{ArcUse::border, ArcUse::coast, ArcUse::border, ArcUse::none}), uses(topology));
-    EXPECT_EQ(12, totals(topology).points);
+    EXPECT_EQ(12u, totals(topology).points);
 }
 
 TEST(Borders, LieNotBetweenTwoRingsOfOneCountry)

@@ -94,10 +94,10 @@ TEST(Outlines, OfEveryKindAreKept)
         {"type":"MultiLineString","arcs":[[0],[-1]]}]})",
                                            square));
     const Totals sum = totals(topology);
-    EXPECT_EQ(4, sum.countries);
-    EXPECT_EQ(6, sum.rings);
-    EXPECT_EQ(3, sum.lines);
-    EXPECT_EQ(4, sum.points);
+    EXPECT_EQ(4u, sum.countries);
+    EXPECT_EQ(6u, sum.rings);
+    EXPECT_EQ(3u, sum.lines);
+    EXPECT_EQ(4u, sum.points);
 }
 
 TEST(Names, AreKeptWithAllTheirBytes)
@@ -122,7 +122,7 @@ TEST(Outlines, AreFoundInNestedCollections)
     const std::string inner = R"({"type":"Polygon","arcs":[[0]]})";
     const std::string nested = R"({"type":"GeometryCollection","geometries":[)" + inner +
                                R"(,{"type":"GeometryCollection","geometries":[)" + inner + "]}]}";
-    EXPECT_EQ(2, totals(decode(world(R"("a":)" + nested, square))).countries);
+    EXPECT_EQ(2u, totals(decode(world(R"("a":)" + nested, square))).countries);
 }
 
 TEST(Outlines, AreAllThatIsKept)
@@ -132,7 +132,7 @@ TEST(Outlines, AreAllThatIsKept)
         {"type":"Polygon","arcs":[]}, {"type":"MultiPolygon","arcs":[[]]}, {"type":"Polygon","arcs":[[0]]}]},
         "b":null)",
                                            square));
-    EXPECT_EQ(1, totals(topology).countries);
+    EXPECT_EQ(1u, totals(topology).countries);
 }
 
 TEST(Objects, NamedCountriesArePreferred)
@@ -140,14 +140,14 @@ TEST(Objects, NamedCountriesArePreferred)
     const std::string land = R"("land":{"type":"Polygon","arcs":[[0]]})";
     const std::string countries = R"("countries":{"type":"Polygon","arcs":[[1]]})";
     const Topology both = decode(world(land + "," + countries, std::string(square) + ",[[5,5],[6,6],[5,5]]"));
-    EXPECT_EQ(1, totals(both).countries);
-    EXPECT_EQ(3, totals(both).points);
+    EXPECT_EQ(1u, totals(both).countries);
+    EXPECT_EQ(3u, totals(both).points);
 }
 
 TEST(Objects, AreAllReadWhereNoneIsNamedCountries)
 {
     const std::string objects = R"("a":{"type":"Polygon","arcs":[[0]]},"b":{"type":"Polygon","arcs":[[0]]})";
-    EXPECT_EQ(2, totals(decode(world(objects, square))).countries);
+    EXPECT_EQ(2u, totals(decode(world(objects, square))).countries);
 }
 
 TEST(Rings, MayRunAlongTheSameArcsManyTimesButNotForEver)
@@ -158,20 +158,20 @@ TEST(Rings, MayRunAlongTheSameArcsManyTimesButNotForEver)
             numbers += ",[0]";
         return world_of("Polygon", numbers + "]", square);
     };
-    EXPECT_EQ(static_cast<std::int64_t>(most_runs), totals(decode(world_of_runs(most_runs))).rings);
+    EXPECT_EQ(most_runs, totals(decode(world_of_runs(most_runs))).rings);
     EXPECT_THROW(decode(world_of_runs(most_runs + 1)), Error);
 }
 
 TEST(ShippedWorlds, AreWhole)
 {
     const Totals coarse = totals(decode(shipped_world("110m")));
-    EXPECT_EQ(177, coarse.countries);
-    EXPECT_EQ(286, coarse.rings);
-    EXPECT_EQ(8246, coarse.points);
+    EXPECT_EQ(177u, coarse.countries);
+    EXPECT_EQ(286u, coarse.rings);
+    EXPECT_EQ(8246u, coarse.points);
     const Totals fine = totals(decode(shipped_world("50m")));
-    EXPECT_EQ(241, fine.countries);
-    EXPECT_EQ(1629, fine.rings);
-    EXPECT_EQ(80617, fine.points);
+    EXPECT_EQ(241u, fine.countries);
+    EXPECT_EQ(1629u, fine.rings);
+    EXPECT_EQ(80617u, fine.points);
 }
 
 TEST(ShippedWorlds, ReportHowFarTheyAreRead)
