@@ -258,7 +258,7 @@ owner &owner_at(owner_number number)
 owner_number new_owner(const family &of, place made)
 {
     const owner_number number = owners.take();
-    owners.at(number) = {nullptr, &of, made, nullptr, 0, 0, 0, true, false, false};
+    owners.at(number) = {nullptr, &of, made, nullptr, 0, 0, 0, 0, true, false, false};
     return number;
 }
 
@@ -285,7 +285,8 @@ owner_number join(owner_number from, owner_number to)
     owner_number fresh = 0;
     if (entry *const head = find(old.container); head && head->live && head->owner == from) {
         fresh = new_owner(*old.of, old.made);
-        owners.at(fresh) = {old.container, old.of, old.made, nullptr, 0, 1, 0, true, old.excused, old.foreign};
+        owners.at(fresh) = {old.container, old.of, old.made,    nullptr,    0, 1, 0,
+                            old.edits,     true,   old.excused, old.foreign};
         head->owner = fresh;
         --old.entries;
     }

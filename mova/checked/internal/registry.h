@@ -62,6 +62,7 @@ struct owner {
     owner_number joined_to; /* the next free one, where it is free */
     uint32_t entries;       /* that name it, and owners that are joined to it */
     uint32_t calls;         /* since its invariants were asked */
+    uint32_t edits;         /* those that end a walk through it */
     bool live;
     bool excused; /* its invariants are not asked: it was left by an exception, a jump or a raise */
     bool foreign; /* the program made its record by hand */
