@@ -561,13 +561,17 @@ TEST_F(ThreadCache, ABinGrowsFurtherWhereItIsEmptiedAndFilledAgainAndAgain)
 
 TEST_F(ThreadCache, AThreadThatUsesManySizesALittleHoldsLittle)
 {
-    size_t bytes = 0;
-    for (size_t size = 16; size <= 3200; size += 16)
-        turn(1, size);
-    for (unsigned each = 0; each < thread_cache::classes; ++each)
-        bytes += (*cache)[each].count() * size_classes::block_size(each);
-    EXPECT_GT(bytes, 0u);
-    EXPECT_LE(bytes, 24 * kib);
+    for (size_t count : {1, 10}) {
+        size_t bytes = 0;
+        for (size_t size = 16; size <= 3200; size += 16)
+            turn(count, size);
+        for (unsigned each = 0; each < thread_cache::classes; ++each)
+            bytes += (*cache)[each].count() * size_classes::block_size(each);
+        EXPECT_GT(bytes, 0u);
+        EXPECT_LE(bytes, 24 * kib) << count;
+        caches.end(cache);
+        cache = caches.begin();
+    }
 }
 
 TEST_F(ThreadCache, ABinThatIsNotEmptiedForASecondGivesItsBlocksBack)

@@ -171,20 +171,25 @@ bool limit_address_space(size_t room)
     return beyond == MAP_FAILED;
 }
 
-/* Runs `work` in a child process with `room` bytes of address space to spare. It returns the number of what went
-   wrong, or 0. */
-void with_little_room(size_t room, const std::function<int()> &work)
+/* Runs `work` in a child process. It returns the number of what went wrong, or 0. */
+void in_a_child(const std::function<int()> &work)
 {
     pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0)
-        _exit(limit_address_space(room) ? work() : not_limited);
+        _exit(work());
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     ASSERT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
     if (WEXITSTATUS(status) == not_limited)
         GTEST_SKIP() << "the address space cannot be limited here";
     EXPECT_EQ(WEXITSTATUS(status), as_expected);
+}
+
+/* The same, with `room` bytes of address space to spare. */
+void with_little_room(size_t room, const std::function<int()> &work)
+{
+    in_a_child([&] { return limit_address_space(room) ? work() : not_limited; });
 }
 
 /* Allocates until the service reports an error, and returns the blocks, each of which holds the one before. */
@@ -275,6 +280,32 @@ TEST_F(MemoryLimit, WhatSmallBlocksHadGoesBackBeforeALargeOneIsRefused)
         return MM_alloc_item(100 * mib) ? 0 : 1;
     });
 }
+
+#if UINTPTR_MAX > UINT32_MAX /* elsewhere there is no address space for as many blocks */
+
+/* With every other of them released, the system would have to keep more mappings apart than it can: 65,530, usually. */
+TEST_F(MemoryLimit, ManyScatteredLargeBlocksLeaveTheSystemItsMappings)
+{
+    in_a_child([] {
+        constexpr size_t count = 140000, size = 300000;
+        const size_t live = mova_memory_statistics_of_size(size).live_blocks;
+        std::vector<void *> blocks(count);
+        reports = 0;
+        std::ranges::generate(blocks, [=] { return MM_alloc_item(size); });
+        if (reports > 0)
+            return 1;
+        for (size_t i = 0; i < count; i += 2)
+            MM_dealloc_item(blocks[i], size);
+        if (mova_memory_statistics_of_size(size).live_blocks != live + count / 2)
+            return 2;
+        if (!MM_alloc_item(64) || !MM_alloc_item(100 * mib) || reports > 0)
+            return 3;
+        void *mapped = mmap(nullptr, mib, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        return mapped == MAP_FAILED ? 4 : 0;
+    });
+}
+
+#endif
 
 TEST_F(MemoryLimit, AnErrorThrownForWantOfMemoryLeavesTheServiceUsable)
 {

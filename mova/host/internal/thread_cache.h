@@ -120,7 +120,7 @@ private:
 
     static constexpr size_t most_bytes = size_t{64} << 10, first_room = size_t{24} << 10, more_room = size_t{16} << 10,
                             most_room = size_t{4} << 20;
-    static constexpr uint32_t usual_most = 64, most = 1024, moves_for_room = 1024, turns_to_grow = 2,
+    static constexpr uint32_t usual_most = 64, most = 1024, moves_for_room = 4096, turns_to_grow = 2,
                               ticks_for_a_look = 64;
 
     /* What a bin may hold after so much growth; from `growth_to_record` on its slots are in a record. */
