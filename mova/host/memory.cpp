@@ -70,6 +70,9 @@ enum class hooks : int { none, being_set, set, gone };
 constinit std::atomic<hooks> process_hooks{hooks::none};
 constinit pthread_key_t thread_end;
 
+/* 1. From here on the thread has no cache: what destructors yet to come allocate and release is the heap's.
+   2. Nor does it get another: nobody would end that.
+   3. What it held ready goes to the others. */
 void end_thread(void *ended)
 {
     own_cache = &no_cache;

@@ -561,7 +561,7 @@ TEST_F(ThreadCache, ABinGrowsFurtherWhereItIsEmptiedAndFilledAgainAndAgain)
 
 TEST_F(ThreadCache, AThreadThatUsesManySizesALittleHoldsLittle)
 {
-    for (size_t count : {1, 10}) {
+    for (size_t count : {size_t{1}, size_t{10}}) {
         size_t bytes = 0;
         for (size_t size = 16; size <= 3200; size += 16)
             turn(count, size);

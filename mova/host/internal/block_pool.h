@@ -250,7 +250,15 @@ private:
 
     /* ---- gathering ---- */
 
-    /* Makes a gap of at least `size` bytes, which all gaps together have. Returns its owner. */
+    /* Makes a gap of at least `size` bytes, which all gaps together have. Returns its owner.
+
+           | A A A | . . | B B | . . | C | . |          a row from A to C, 5 units of gaps
+           | A A A | B B | C | . . . . . |
+
+       1. The cheapest row of neighbours is sought whose gaps are enough.
+       2. The gap after its first block goes: what follows will lie there.
+       3. Each block after that is moved down to the end of the one before, and its gap goes too.
+       4. All of it together becomes the gap after the last. */
     mb_handle gather(size_t size)
     {
         const row cheapest = find_row(size);

@@ -167,7 +167,10 @@ public:
         return begun;
     }
 
-    /* Leaves the cache's blocks to the others. */
+    /* Leaves the cache's blocks to the others.
+
+       1. The cache leaves the list, and its blocks go back, under one lock: nobody counts them as both live and cached.
+       2. The slots of the bins that grew go back, and the cache's own record. */
     void end(thread_cache *ended)
     {
         {
@@ -197,6 +200,7 @@ public:
         return count;
     }
 
+    static_assert(record_kinds == 1 + std::size(thread_cache::capacities) - thread_cache::growth_to_record);
     static constexpr record_sizes records = {sizeof(thread_cache), thread_cache::size_of_slots(2),
                                              thread_cache::size_of_slots(3), thread_cache::size_of_slots(4),
                                              thread_cache::size_of_slots(5)};
