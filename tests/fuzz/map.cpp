@@ -26,10 +26,11 @@ constexpr std::uint8_t end_of_part = 255;
 
 /* With spaces between them. */
 constexpr const char *language =
-    R"("countries":{"type":"GeometryCollection","geometries":[ "a":{"type":"Polygon","arcs":[[ [ [[ ] } 0 -1 1 -2 2 -3
+    R"("countries":{"type":"GeometryCollection","geometries":[ [ [[ ] } 0 -1 1 -2 2 -3
        "b":{"type":"MultiLineString","arcs":[[ {"type":"GeometryCollection","geometries":[ {"type":"Polygon","arcs":[[
-       {"type":"Polygon","properties":{"name":"Chad"},"arcs":[[ {"type":"LineString","arcs":[ "name": "type": "arcs":[
-       {"type":"Polygon","properties":{"name":"A\n\u001b[2J\u009b\u202e\u2028"},"arcs":[[ {"type":"MultiPolygon","arcs":[[[
+       "a":{"type":"Polygon","properties":{"name":"Chad\n\u001b[2J\u009b\u202e\u2028"},"arcs":[[
+       {"type":"LineString","arcs":[ "name": "type": "arcs":[
+       {"type":"Polygon","properties":{"name":"Fiji\u009b\u202e"},"arcs":[[ {"type":"MultiPolygon","arcs":[[[
        {"type":"MultiLineString","arcs":[[ {"type":"Point","coordinates":[0,0]} "transform":{"scale":[ "translate":[
        "properties":{"name": [[0,0],[10,0],[10,10],[0,0]] [[10,10],[50,10],[50,50],[10,10]] [[0,0],[1,1]] [[1,1],[0,0]]
        [[-170,80],[-60,70],[60,75],[170,70],[-170,80]] [[180,90],[-180,90],[-180,-90],[180,-90],[180,90]] [[5,5],[5,5]]
@@ -125,6 +126,11 @@ void read_and_draw(const std::string &text)
         require_plain(printable(warning));
     const Totals all = totals(topology);
     mova::test::require(all.countries > 0 && all.rings + all.lines > 0 && all.points > 1, "nothing was read");
+    for (const Country *country : topology.countries) {
+        for_each_ring(*country, [](const Ring &ring) {
+            mova::test::require(ring.back().end() == ring.front().start(), "a ring is open");
+        });
+    }
     print(index_by_area(topology));
     draw_map(topology, 64);
     const std::string name = topology.countries.back()->name;
