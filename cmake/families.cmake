@@ -12,10 +12,10 @@
 #               bench    bench/<room>/<name>_bench.cpp
 set(family_table
     # name                room    prefixes                    has
-    "block_array          arrays  GB_                         model c"
-    "dynamic_array        arrays  DA_                         model c bench"
-    "id_lookup_table      arrays  io_lut_                     model c"
-    "sorted_number_array  arrays  SA_                         model c"
+    "block_array          arrays  GB_                         model c checked"
+    "dynamic_array        arrays  DA_                         model c bench checked"
+    "id_lookup_table      arrays  io_lut_                     model c checked"
+    "sorted_number_array  arrays  SA_                         model c checked"
     "swap_cache           cache   cc_                         model c bench"
     "colour_table         clut    CLUT_,RGBLUT_,clut_,GE_     model c bench"
     "hash_table           hash    HSH_,mova_hash_             model c bench checked"

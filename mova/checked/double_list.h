@@ -22,7 +22,7 @@ struct of_doubles : role {
     {
         if (made.used(Nth) == 0 || std::get<Argument>(arguments)->element_size == sizeof(double))
             return;
-        el::say_sizes_differ(made, sizeof(double), std::get<Argument>(arguments)->element_size);
+        say_sizes_differ(made, sizeof(double), std::get<Argument>(arguments)->element_size);
         made.wrong().show_container(made.used(Nth));
     }
 };

@@ -3,6 +3,7 @@
 #ifndef MOVA_CHECKED_ELEMENT_LIST_H
 #define MOVA_CHECKED_ELEMENT_LIST_H
 
+#include "internal/elements.h"
 #include "internal/roles.h"
 
 #include <mova/lists/element_list.h>
@@ -23,11 +24,6 @@ inline constexpr family element_list = {
 };
 
 namespace el {
-
-inline void say_sizes_differ(call &made, unsigned long given, unsigned long own)
-{
-    made.wrong().say("the elements have %lu bytes, not %lu", own, given);
-}
 
 /* No more bytes may be written into a node than its list's elements have. */
 inline void judge_size(call &made, owner_number number, uint32_t size)
