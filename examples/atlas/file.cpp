@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <span>
 #include <utility>
@@ -16,11 +17,6 @@
 
 namespace atlas {
 
-struct CloseFile {
-    void operator()(std::FILE *file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
 [[noreturn]] static void fail(const char *what)
 {
     throw Error(std::string(what) + ": " + std::strerror(errno));
@@ -28,19 +24,15 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 /* ---- reading ---- */
 
-static std::size_t expected_size(std::FILE *file)
-{
-    struct stat status;
-    const bool regular = fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
-    return regular && status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : 0;
-}
-
 std::string read_file(const std::string &path, const Progress &progress)
 {
-    const File file(std::fopen(path.c_str(), "rb"));
+    const auto close = [](std::FILE *opened) { std::fclose(opened); };
+    const std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(path.c_str(), "rb"));
     if (!file)
         fail("cannot be opened");
-    const std::size_t size = expected_size(file.get());
+    std::error_code unknown;
+    const std::uintmax_t expected = std::filesystem::file_size(path, unknown);
+    const std::size_t size = unknown ? 0 : static_cast<std::size_t>(expected);
     std::string text;
     std::vector<char> block(65536);
     while (const std::size_t got = std::fread(block.data(), 1, block.size(), file.get())) {
@@ -105,16 +97,12 @@ private:
 };
 
 /* A device or a directory must not give way to a picture. */
-static void check_replaceable(const std::string &path)
-{
-    struct stat status;
-    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
-        throw Error("cannot be written: not an ordinary file");
-}
-
 void replace_file(const std::string &path, const std::vector<std::uint8_t> &contents)
 {
-    check_replaceable(path);
+    std::error_code ignored;
+    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw Error("cannot be written: not an ordinary file");
     NewFile file(path);
     file.write(contents);
     file.rename(path);

@@ -3,7 +3,7 @@
    that works, and no text that comes of it would move a terminal.
 
    A byte below 128 stands for itself, one from there on for a word of the map's language, and the last value for the end of
-   a part: objects, more arcs than the two that there are, what else the topology has. What a part leaves open is closed, and
+   a part: objects, more arcs than the three that there are, what else the topology has. What a part leaves open is closed, and
    commas are put between words. So most of what is tried is a topology, or nearly one. Bytes that begin with a brace are the
    text itself. */
 #include <array>
@@ -26,13 +26,13 @@ constexpr std::uint8_t end_of_part = 255;
 
 /* With spaces between them. */
 constexpr const char *language =
-    R"("countries":{"type":"GeometryCollection","geometries":[ [ [[ ] } 0 -1 1 -2 2 -3
+    R"("countries":{"type":"GeometryCollection","geometries":[ [ [[ ] } 0 -1 1 -2 2 -3 3
        "b":{"type":"MultiLineString","arcs":[[ {"type":"GeometryCollection","geometries":[ {"type":"Polygon","arcs":[[
        "a":{"type":"Polygon","properties":{"name":"Chad\n\u001b[2J\u009b\u202e\u2028"},"arcs":[[
        {"type":"LineString","arcs":[ "name": "type": "arcs":[
        {"type":"Polygon","properties":{"name":"Fiji\u009b\u202e"},"arcs":[[ {"type":"MultiPolygon","arcs":[[[
        {"type":"MultiLineString","arcs":[[ {"type":"Point","coordinates":[0,0]} "transform":{"scale":[ "translate":[
-       "properties":{"name": [[0,0],[10,0],[10,10],[0,0]] [[10,10],[50,10],[50,50],[10,10]] [[0,0],[1,1]] [[1,1],[0,0]]
+       "properties":{"name": [[0,0],[10,0],[10,10],[0,0]] [[10,10],[50,10],[50,50],[10,10]] [[1,1],[0,0]]
        [[-170,80],[-60,70],[60,75],[170,70],[-170,80]] [[180,90],[-180,90],[-180,-90],[180,-90],[180,90]] [[5,5],[5,5]]
        [0,0] [1,1] [-180,-90] [180,90] 0.5 1e-9 180 90.0001 359.99999999 -0.00036000036000036 1e308 1e-400 1e999 null
        9223372036854775807 -9223372036854775808 18446744073709551616 true [] "\ud800" )"
@@ -84,7 +84,8 @@ std::string text_of(std::span<const std::uint8_t> bytes)
     if (!bytes.empty() && bytes[0] == '{')
         return {bytes.begin(), bytes.end()};
     std::array<part, 3> parts;
-    for (const char *arc : {"[[0,0],[60,0],[60,60],[0,60],[0,0]]", "[[170,0],[-170,0],[-170,40],[170,40],[170,0]]"})
+    for (const char *arc :
+         {"[[0,0],[60,0],[60,60],[0,60],[0,0]]", "[[170,0],[-170,0],[-170,40],[170,40],[170,0]]", "[[0,0],[1,1]]"})
         parts[1].add(std::string_view(arc));
     static const std::vector<std::string> words = words_of(language);
     std::size_t current = 0;
