@@ -3,103 +3,142 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdlib>
+#include <numeric>
+
+#include "scan.h"
 
 namespace atlas {
 
-Canvas::Canvas(const Tile &tile, Size map)
-    : tile_(tile), map_(map), words_(static_cast<std::size_t>((bounds().width() + word_bits - 1) / word_bits)),
-      left_(bounds().pixels()), free_(words_ * static_cast<std::size_t>(bounds().height()), ~Word{0}),
-      open_(words_, bounds().height()), next_(free_.size())
+Canvas::Canvas(const Tile &tile)
+    : tile_(tile), open_(static_cast<std::size_t>(bounds().width())), next_(open_.size()), lines_(open_.size())
 {
-    for (std::size_t i = 0; i < next_.size(); ++i)
-        next_[i] = static_cast<std::uint32_t>(i);
-    const int used = bounds().width() % word_bits;
-    for (std::size_t last = words_ - 1; used && last < free_.size(); last += words_)
-        free_[last] = (Word{1} << used) - 1;
+    std::fill(open_.begin(), open_.end(), rows(bounds().top, bounds().bottom));
+    std::iota(next_.begin(), next_.end(), 0u);
 }
 
-std::size_t Canvas::word_of(int row, int column) const
+/* Returns the first of these columns that has pixels that have not been drawn, or one behind them. What it passes is passed
+   in half as many steps the next time. */
+inline int Canvas::open_column(int from, int end)
 {
-    return static_cast<std::size_t>(row - bounds().top) * words_ +
-           static_cast<std::size_t>((column - bounds().left) / word_bits);
-}
-
-/* Returns the first such word from there on, or `end`. What it passes is passed in half as many steps the next time. */
-std::size_t Canvas::with_free_pixels(std::size_t word, std::size_t end)
-{
-    while (word < end && next_[word] != word) {
-        const std::uint32_t further = next_[word];
-        if (further < end)
-            next_[word] = next_[further];
-        word = further;
+    std::size_t column = index(std::max(from, bounds().left));
+    const std::size_t last = index(std::max(std::min(end, bounds().right), bounds().left));
+    while (column < last && next_[column] != column) {
+        const std::uint32_t further = next_[column];
+        if (further < last)
+            next_[column] = next_[further];
+        column = further;
     }
-    return word;
+    return bounds().left + static_cast<int>(column);
 }
 
-/* Draws pixels of a word, which begins in that column. */
-void Canvas::paint(int row, int column, Word pixels)
+bool Canvas::is_full(int from, int end)
 {
-    std::uint8_t *at = tile_.at({column, row});
-    left_ -= static_cast<std::size_t>(std::popcount(pixels));
-    for (int start = 0; pixels;) {
-        const int gap = std::countr_zero(pixels);
-        const int run = std::countr_one(pixels >> gap);
-        start += gap;
-        std::fill_n(at + start, run, ink_);
-        start += run;
-        pixels = gap + run < word_bits ? pixels >> (gap + run) : 0;
-    }
+    return open_column(from, end) >= std::min(end, bounds().right);
 }
 
-/* Requires a word that has some that have not been drawn, unless `pixels` are none. */
-void Canvas::take(std::size_t word, Word pixels)
+/* Columns side by side that show the same are drawn row by row. */
+template <class RowsOf>
+void Canvas::draw_columns(int from, int end, RowsOf rows_of)
 {
-    free_[word] &= ~pixels;
-    if (!free_[word] && pixels) {
-        next_[word] = static_cast<std::uint32_t>(word + 1);
-        --open_[word % words_];
+    end = std::min(end, bounds().right);
+    const auto pixels_of = [&](int column) { return open_[index(column)] & rows_of(index(column)); };
+    for (int column = open_column(from, end); column < end; column = open_column(column, end)) {
+        const int start = column;
+        const Rows pixels = pixels_of(start);
+        do {
+            const std::size_t taken = index(column++);
+            open_[taken] &= ~pixels;
+            if (!open_[taken])
+                next_[taken] = static_cast<std::uint32_t>(taken + 1);
+        } while (pixels && column < end && pixels_of(column) == pixels);
+        steps_ += static_cast<std::size_t>(column - start);
+        for (Rows left = pixels; left; left &= left - 1) {
+            std::uint8_t *const first = tile_.at({start, bounds().top + std::countr_zero(left)});
+            *first = ink_;
+            if (column - start > 1)
+                std::fill_n(first, column - start, ink_);
+        }
     }
 }
 
-bool Canvas::is_full(int from, int end) const
+void Canvas::span(Rows rows, int from, int end)
 {
-    const int left = std::max(from, bounds().left), right = std::min(end, bounds().right);
-    for (int column = left; column < right; column += word_bits - (column - bounds().left) % word_bits) {
-        if (open_[static_cast<std::size_t>((column - bounds().left) / word_bits)])
-            return false;
-    }
-    return true;
+    draw_columns(from, end, [=](std::size_t) { return rows; });
 }
 
-void Canvas::span(int row, int from, int end)
+/* Lines wait until the pen is put back, or there are so many that some may be hidden by those before them: that saves a look
+   at each of their pixels. */
+void Canvas::draw_lines()
 {
-    const int left = std::max(from, bounds().left), right = std::min(end, bounds().right);
-    if (row < bounds().top || row >= bounds().bottom || left >= right)
+    const Columns columns = std::exchange(waiting_, {bounds().right, bounds().left});
+    if (columns.from >= columns.end)
         return;
-    const std::size_t start = word_of(row, bounds().left), first = word_of(row, left), last = word_of(row, right - 1);
-    for (std::size_t word = with_free_pixels(first, last + 1); word <= last;
-         word = with_free_pixels(word + 1, last + 1)) {
-        Word pixels = free_[word];
-        if (word == first)
-            pixels &= ~Word{0} << ((left - bounds().left) % word_bits);
-        if (word == last)
-            pixels &= ~Word{0} >> (word_bits - 1 - (right - 1 - bounds().left) % word_bits);
-        paint(row, bounds().left + static_cast<int>(word - start) * word_bits, pixels);
-        take(word, pixels);
-    }
+    draw_columns(columns.from, columns.end, [this](std::size_t column) { return lines_[column]; });
+    std::fill(lines_.begin() + columns.from - bounds().left, lines_.begin() + columns.end - bounds().left, Rows{0});
+    looked_for_ = steps_;
 }
 
+/* A line takes one step for each column or row along its longer side. Across that it stands, after `step` of its `steps`
+   steps, where the ideal line is nearest, and of two places as near in the one nearer to its start: after
+   ceil((2 * step * whole - steps) / (2 * steps)) places of `whole`. Going on, that is a remainder to carry. */
 void Canvas::line(Pixel from, Pixel to)
 {
-    for_each_pixel(from, to, bounds(), [this](Pixel pixel) {
-        const std::size_t word = word_of(pixel.y, pixel.x);
-        const Word bit = Word{1} << ((pixel.x - bounds().left) % word_bits);
-        if (!(free_[word] & bit))
-            return;
-        *tile_.at(pixel) = ink_;
-        --left_;
-        take(word, bit);
-    });
+    const Side side = from.y < to.y ? Side{from, to} : Side{to, from};
+    if (side.to.y < bounds().top || side.from.y >= bounds().bottom)
+        return;
+    const Columns near = columns_between<1>(side, bounds().top - 1, bounds().bottom);
+    const int left = open_column(near.from, near.end);
+    int right = std::min(near.end, bounds().right);
+    while (left < right && !open_[index(right - 1)])
+        --right;
+    if (left >= right)
+        return;
+    const int across = to.x - from.x, down = to.y - from.y;
+    const bool is_wide = std::abs(across) >= std::abs(down);
+    const int length = std::max(std::abs(across), std::abs(down)), steps = std::max(length, 1);
+    const std::int64_t whole = std::abs(is_wide ? down : across);
+    /* How far it goes from `start` until it comes to the bounds, and until it leaves them. */
+    const auto ways = [](int start, int way, int low, int end) {
+        return way < 0 ? Columns{start - end + 1, start - low + 1} : Columns{low - start, end - start};
+    };
+    const Columns over_columns = ways(from.x, across, left, right);
+    const Columns over_rows = ways(from.y, down, bounds().top, bounds().bottom);
+    const Columns along = is_wide ? over_columns : over_rows, aside = is_wide ? over_rows : over_columns;
+    /* The first step after which it has gone so many places to the side. */
+    const auto first_step = [=](std::int64_t places) {
+        if (places <= 0 || places > whole)
+            return places <= 0 ? 0 : length + 1;
+        return static_cast<int>(ceil_divided(2 * steps * places - steps + 1, 2 * whole));
+    };
+    const int first = std::max({0, along.from, first_step(aside.from)});
+    const int end = std::min({length + 1, along.end, first_step(aside.end)});
+    if (first >= end)
+        return;
+    steps_ += static_cast<std::size_t>(end - first);
+    const std::int64_t sum = 2 * first * whole + steps - 1;
+    const int places = static_cast<int>(sum / (2 * steps)), turn = 2 * steps, rise = static_cast<int>(2 * whole);
+    const int x_sign = across < 0 ? -1 : 1, y_sign = down < 0 ? -1 : 1;
+    int x = from.x - bounds().left + x_sign * (is_wide ? first : places);
+    int y = from.y - bounds().top + y_sign * (is_wide ? places : first);
+    waiting_.from = std::min(waiting_.from, left);
+    waiting_.end = std::max(waiting_.end, right);
+    Rows rows = 0;
+    for (int step = first, carried = static_cast<int>(sum % turn); step < end; ++step) {
+        rows |= Rows{1} << y;
+        carried += rise;
+        const bool is_aside = carried >= turn;
+        carried -= is_aside ? turn : 0;
+        y += !is_wide || is_aside ? y_sign : 0;
+        if (is_wide || is_aside) {
+            lines_[static_cast<std::size_t>(x)] |= std::exchange(rows, 0);
+            x += x_sign;
+        }
+    }
+    if (rows)
+        lines_[static_cast<std::size_t>(x)] |= rows;
+    if (steps_ - looked_for_ > 8 * static_cast<std::size_t>(waiting_.end - waiting_.from))
+        draw_lines();
 }
 
 } // namespace atlas

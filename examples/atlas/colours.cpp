@@ -1,35 +1,29 @@
 /* SPDX-License-Identifier: MIT */
 #include "colours.h"
 
-#include <algorithm>
-
-#include <mova/clut/colour_table.h>
-
 namespace atlas {
 
-static std::uint8_t coloured(std::int32_t index, Colour colour)
+static std::uint8_t coloured(std::int32_t index, mova::colour colour)
 {
-    CLUT_set(index, colour.red, colour.green, colour.blue);
+    mova::colour_table::set(index, colour);
     return static_cast<std::uint8_t>(index);
 }
 
-/* Standard indices may have any colour. New indices come after the standard ones. */
+/* Standard indices may have any colour. New indices come after the standard ones, and are never given back. */
 static Inks make_inks()
 {
-    RGBLUT_init(0, nullptr, 0);
-    Inks made = {};
-    made.sea = coloured(GE_DRKBLU, {14, 36, 56});
-    made.graticule = coloured(GE_BLUE, {29, 56, 80});
-    made.frame = coloured(GE_DRKCYAN, {52, 86, 114});
-    made.border = coloured(GE_GRAY144, {146, 156, 146});
-    made.coast = coloured(GE_LGRAY, {244, 225, 178});
-    made.text = coloured(GE_WHITE, {250, 246, 232});
-    const Colour land[] = {{92, 122, 84},  {140, 132, 86}, {110, 98, 74},
-                           {150, 110, 84}, {74, 108, 104}, {122, 100, 114}};
-    static_assert(std::size(land) == tint_count);
-    std::transform(std::begin(land), std::end(land), made.land.begin(),
-                   [](Colour colour) { return coloured(CLUT_new_index(), colour); });
-    return made;
+    mova::colour_table::make();
+    const auto land = [](mova::colour colour) {
+        return static_cast<std::uint8_t>(mova::dynamic_colour(colour).release());
+    };
+    return {coloured(GE_DRKBLU, {14, 36, 56}),
+            coloured(GE_BLUE, {29, 56, 80}),
+            coloured(GE_DRKCYAN, {52, 86, 114}),
+            coloured(GE_GRAY144, {146, 156, 146}),
+            coloured(GE_LGRAY, {244, 225, 178}),
+            coloured(GE_WHITE, {250, 246, 232}),
+            {land({92, 122, 84}), land({140, 132, 86}), land({110, 98, 74}), land({150, 110, 84}), land({74, 108, 104}),
+             land({122, 100, 114})}};
 }
 
 const Inks &inks()
@@ -38,15 +32,11 @@ const Inks &inks()
     return made;
 }
 
-std::vector<Colour> palette()
+std::vector<mova::colour> palette()
 {
-    std::vector<Colour> colours;
-    for (std::int32_t index = 0; index <= inks().land.back(); ++index) {
-        std::int16_t red, green, blue;
-        CLUT_get(index, &red, &green, &blue);
-        colours.push_back(
-            {static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green), static_cast<std::uint8_t>(blue)});
-    }
+    std::vector<mova::colour> colours;
+    for (std::int32_t index = 0; index <= inks().land.back(); ++index)
+        colours.push_back(mova::colour_table::get(index));
     return colours;
 }
 

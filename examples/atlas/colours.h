@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "tints.h"
+#include <mova/cxx/colour_table.h>
+
+#include "neighbours.h"
 
 namespace atlas {
 
@@ -20,13 +22,8 @@ struct Inks {
 /* Returns the map's inks. The first call makes the colour table, which is the process's only one. */
 const Inks &inks();
 
-struct Colour {
-    std::uint8_t red, green, blue;
-    bool operator==(const Colour &) const = default;
-};
-
 /* Returns what the table shows for each index, as far as the last of the inks. */
-std::vector<Colour> palette();
+std::vector<mova::colour> palette();
 
 } // namespace atlas
 

@@ -8,9 +8,9 @@
 #include <mova/cxx/hash_table.h>
 #include <mova/frame/host.h>
 
-#include "area.h"
-#include "borders.h"
 #include "messages.h"
+#include "neighbours.h"
+#include "shapes.h"
 
 namespace atlas {
 

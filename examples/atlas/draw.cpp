@@ -2,83 +2,236 @@
 #include "draw.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <utility>
 
-#include "canvas.h"
 #include "colours.h"
-#include "projection.h"
-#include "tints.h"
+#include "shapes.h"
 
 namespace atlas {
 
-static void draw_meridian(Canvas &canvas, int longitude)
+/* ---- crossings ---- */
+
+constexpr std::size_t word_bits = 64;
+
+void Crossings::resize(const Rectangle &bounds)
 {
-    const int x = project({longitude * degree, 0}, canvas.width(), canvas.height()).x;
-    canvas.line({x, 0}, {x, canvas.height() - 1});
+    bounds_ = bounds;
+    rows_.resize(static_cast<std::size_t>(bounds.width()) + 1);
+    columns_.resize(rows_.size() / word_bits + 1);
+    words_.resize(columns_.size() / word_bits + 1);
 }
 
-static void draw_parallel(Canvas &canvas, int latitude)
+void Crossings::toggle(int column, Canvas::Rows rows)
 {
-    const int y = project({0, latitude * degree}, canvas.width(), canvas.height()).y;
-    canvas.line({0, y}, {canvas.width() - 1, y});
+    const auto at = static_cast<std::size_t>(std::clamp(column, bounds_.left, bounds_.right) - bounds_.left);
+    const std::size_t word = at / word_bits;
+    rows_[at] ^= rows;
+    columns_[word] |= Word{1} << at % word_bits;
+    words_[word / word_bits] |= Word{1} << word % word_bits;
+}
+
+template <class Visit>
+static void take_bits(std::uint64_t &word, std::size_t first, Visit visit)
+{
+    for (std::uint64_t bits = std::exchange(word, 0); bits; bits &= bits - 1)
+        visit(first * word_bits + static_cast<std::size_t>(std::countr_zero(bits)));
+}
+
+/* Crossings come in pairs, for every shape is closed: to the right of the last one nothing is inside. */
+template <class Visit>
+void Crossings::take_spans(Visit visit)
+{
+    Canvas::Rows inside = 0;
+    int from = bounds_.left;
+    for (std::size_t i = 0; i < words_.size(); ++i) {
+        take_bits(words_[i], i, [&](std::size_t word) {
+            take_bits(columns_[word], word, [&](std::size_t at) {
+                const int column = bounds_.left + static_cast<int>(at);
+                if (inside)
+                    visit(inside, from, column);
+                inside ^= std::exchange(rows_[at], 0);
+                from = column;
+            });
+        });
+    }
+}
+
+/* ---- countries ---- */
+
+void Fill::add(const Country &country, std::uint8_t ink)
+{
+    const auto layer = UINT32_MAX - static_cast<std::uint32_t>(inks_.size());
+    for_each_side(shapes_of(country), [&](Point from, Point to) {
+        if (from.latitude < to.latitude)
+            std::swap(from, to);
+        const Edge edge = {{on_grid(from, map_, lines), on_grid(to, map_, lines)}, layer};
+        if (edge.first_row() < edge.end_row())
+            edges_.add(edge);
+    });
+    inks_.push_back(ink);
+}
+
+/* The first column whose centre does not lie to the left of the edge. Distances take 51 bits. */
+int Fill::Edge::column(int row) const
+{
+    const std::int64_t down = side.down(), distance = (side.from.x - lines / 2) * down;
+    return static_cast<int>(ceil_divided(distance + side.shift(row * lines + lines / 2), lines * down));
+}
+
+/* Where everything around the edge has been drawn, it may cross all of its rows in any column there: that saves a look at each
+   of them. */
+void Fill::cross(const Edge &edge, Canvas &canvas)
+{
+    const int first = std::max(edge.first_row(), canvas.bounds().top);
+    const int end = std::min(edge.end_row(), canvas.bounds().bottom);
+    const Columns near = columns_between<lines>(edge.side, first * lines, end * lines);
+    if (canvas.is_full(near.from, near.end))
+        return crossings_.toggle(near.from, canvas.rows(first, end));
+    const int column = edge.column(first);
+    if (edge.column(end - 1) == column)
+        return crossings_.toggle(column, canvas.rows(first, end));
+    for (int row = first; row < end; ++row)
+        crossings_.toggle(edge.column(row), canvas.rows(row, row + 1));
+}
+
+/* From the top: what lies below others draws the rest. */
+std::size_t Fill::draw(Canvas &canvas)
+{
+    std::size_t looked_at = 0;
+    crossings_.resize(canvas.bounds());
+    edges_.visit_layers(canvas.bounds().top, canvas.bounds().bottom, [&](std::uint32_t layer, const auto &edges) {
+        const PenInHand pen(canvas, inks_[UINT32_MAX - layer]);
+        for (const std::uint64_t edge : edges)
+            cross(edges_[edge], canvas);
+        crossings_.take_spans([&](Canvas::Rows rows, int from, int end) { canvas.span(rows, from, end); });
+        looked_at += edges.size();
+        return !canvas.is_full();
+    });
+    return looked_at;
+}
+
+/* ---- outlines ---- */
+
+enum : std::uint32_t { coasts, borders };
+
+/* Files cut polygons where the map ends, at 180° and at the poles. Such a cut is no coast. */
+static bool is_cut(Point from, Point to)
+{
+    const Angle slack = degree / 64;
+    const auto beyond = [=](Angle a, Angle b, Angle edge) {
+        return std::min(a, b) >= edge - slack || std::max(a, b) <= -edge + slack;
+    };
+    return beyond(from.longitude, to.longitude, 180 * degree) || beyond(from.latitude, to.latitude, 90 * degree);
+}
+
+/* Goes the shorter way round the globe. What then leaves the map on one side comes in again on the other. */
+void Outlines::add_segment(Point from, Point to, Size map, std::uint32_t layer)
+{
+    if (is_cut(from, to))
+        return;
+    const Pixel start = project(from, map), end = project(to, map);
+    const std::int64_t across = std::int64_t{to.longitude} - from.longitude;
+    if (std::abs(across) <= globe / 2)
+        return lines_.add({start, end, layer});
+    const int turn = across > 0 ? map.width : -map.width;
+    lines_.add({start, {end.x - turn, end.y}, layer});
+    lines_.add({{start.x + turn, start.y}, end, layer});
+}
+
+Outlines::Outlines(const Topology &topology, Size map)
+{
+    for (const Arc *arc : topology.arcs) {
+        const Points &points = arc->points;
+        for (std::size_t i = 1; arc->use != ArcUse::none && i < points.size(); ++i)
+            add_segment(points[i - 1], points[i], map, arc->use == ArcUse::border ? borders : coasts);
+    }
+    lines_.sort();
+}
+
+std::size_t Outlines::draw(Canvas &canvas)
+{
+    std::size_t looked_at = 0;
+    lines_.visit_layers(canvas.bounds().top, canvas.bounds().bottom, [&](std::uint32_t layer, const auto &lines) {
+        const PenInHand pen(canvas, layer == coasts ? inks().coast : inks().border);
+        for (const std::uint64_t line : lines)
+            canvas.line(lines_[line].from, lines_[line].to);
+        looked_at += lines.size();
+        return !canvas.is_full();
+    });
+    return looked_at;
+}
+
+/* ---- the map ---- */
+
+static void draw_meridian(Canvas &canvas, Size map, int longitude)
+{
+    const int x = project({longitude * degree, 0}, map).x;
+    canvas.line({x, 0}, {x, map.height - 1});
+}
+
+static void draw_parallel(Canvas &canvas, Size map, int latitude)
+{
+    const int y = project({0, latitude * degree}, map).y;
+    canvas.line({0, y}, {map.width - 1, y});
 }
 
 /* The frame is where the map ends, and the equator and the prime meridian. */
-static void draw_graticule(Canvas &canvas)
+static void draw_graticule(Canvas &canvas, Size map)
 {
     {
         const PenInHand frame(canvas, inks().frame);
         for (const int side : {-1, 0, 1}) {
-            draw_meridian(canvas, side * 180);
-            draw_parallel(canvas, side * 90);
+            draw_meridian(canvas, map, side * 180);
+            draw_parallel(canvas, map, side * 90);
         }
     }
     const PenInHand pen(canvas, inks().graticule);
     for (int longitude = -150; longitude <= 150; longitude += 30)
-        draw_meridian(canvas, longitude);
+        draw_meridian(canvas, map, longitude);
     for (int latitude = -60; latitude <= 60; latitude += 30)
-        draw_parallel(canvas, latitude);
+        draw_parallel(canvas, map, latitude);
 }
 
 Drawing::Drawing(const Topology &topology, int width, const Progress &progress)
-    : size_{width, width / 2}, fill_(size_), outlines_(topology, size_),
-      labels_(topology, size_.width, size_.height, progress)
+    : size_{width, width / 2}, fill_(size_), outlines_(topology, size_), labels_(topology, size_, progress)
 {
-    const Tints tints(topology);
-    const std::size_t all = topology.countries.size();
+    const Tints tints = choose_tints(topology);
     std::size_t done = 0;
     for (const Country *country : topology.countries) {
-        progress("preparing", done++, all);
-        fill_.add(*country, inks().land[static_cast<std::size_t>(tints.of(*country))]);
+        progress("preparing", done++, topology.countries.size());
+        fill_.add(*country, inks().land[static_cast<std::size_t>(tints.find(country))]);
     }
     fill_.sort();
 }
 
 /* From what lies on top to what lies below. */
-void Drawing::draw_band(int top, int bottom)
+void Drawing::draw_band(int top)
 {
-    band_ = {0, top, size_.width, bottom};
-    pixels_.resize(band_.pixels());
-    Canvas canvas({band_, pixels_.data()}, size_);
+    const Rectangle bounds = {0, top, size_.width, std::min(top + Canvas::most_rows, size_.height)};
+    pixels_.resize(bounds.pixels());
+    band_ = {bounds, pixels_.data()};
+    Canvas canvas(band_);
     {
         const PenInHand pen(canvas, inks().text);
         labels_.draw(canvas);
     }
-    outlines_.draw(canvas);
-    fill_.draw(canvas);
-    draw_graticule(canvas);
+    steps_ += outlines_.draw(canvas);
+    steps_ += fill_.draw(canvas);
+    draw_graticule(canvas, size_);
     const PenInHand pen(canvas, inks().sea);
-    for (int row = top; row < bottom; ++row)
-        canvas.span(row, 0, size_.width);
+    canvas.span(canvas.rows(bounds.top, bounds.bottom), 0, size_.width);
+    steps_ += canvas.steps();
 }
 
-void Drawing::draw(Tile tile)
+void Drawing::draw(const Tile &tile)
 {
-    const Rectangle &bounds = tile.bounds();
-    if (bounds.top != band_.top || bounds.bottom != band_.bottom)
-        draw_band(bounds.top, bounds.bottom);
-    const Tile band(band_, pixels_.data());
-    for (int row = bounds.top; row < bounds.bottom; ++row)
-        std::copy_n(band.at({bounds.left, row}), bounds.width(), tile.at({bounds.left, row}));
+    for (int row = tile.bounds.top; row < tile.bounds.bottom; ++row) {
+        if (row < band_.bounds.top || row >= band_.bounds.bottom)
+            draw_band(row - row % Canvas::most_rows);
+        std::copy_n(band_.at({tile.bounds.left, row}), tile.bounds.width(), tile.at({tile.bounds.left, row}));
+    }
 }
 
 } // namespace atlas

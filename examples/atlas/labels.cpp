@@ -2,17 +2,151 @@
 #include "labels.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
-#include <optional>
-#include <string>
-#include <string_view>
+#include <utility>
 
-#include <mova/frame/host.h>
-
-#include "font.h"
+#include "shapes.h"
 
 namespace atlas {
+
+/* A polygon that crosses more rows than this is too intricate: nothing fits inside. */
+constexpr std::int64_t most_crossings = std::int64_t{1} << 20;
+
+/* ---- rows ---- */
+
+/* How far below the upper edge of the map the middle of a row lies. */
+static std::int64_t middle(std::int64_t row, Grid grid)
+{
+    return (2 * row + 1) * grid.cell * globe / (4 * grid.height);
+}
+
+/* Returns the first row whose middle does not lie above this level. */
+static int first_row(std::int64_t level, Grid grid)
+{
+    const std::int64_t row = level * 2 * grid.height / (globe * grid.cell);
+    return static_cast<int>(middle(row, grid) < level ? row + 1 : row);
+}
+
+/* Crossings come in pairs, for every shape is closed. */
+Interior::Row Interior::spans(std::vector<Angle> &crossings, Grid grid)
+{
+    std::sort(crossings.begin(), crossings.end());
+    Row row;
+    for (std::size_t i = 1; i < crossings.size(); i += 2) {
+        const auto column = [=](Angle right) { return std::int64_t{right} * grid.width; };
+        const std::int64_t from = ceil_divided(column(crossings[i - 1]), globe * grid.cell);
+        const std::int64_t end = floor_divided(column(crossings[i]), globe * grid.cell);
+        if (from < end)
+            row.push_back({static_cast<int>(from), static_cast<int>(end)});
+    }
+    return row;
+}
+
+/* Calls `visit` with each side, in angles to the right of -180° and below 90°, and the rows that it crosses. */
+template <class Visit>
+static void for_each_crossed(const Shapes &shapes, Grid grid, Visit visit)
+{
+    const auto place = [](Point point) {
+        return Pixel{static_cast<int>(point.longitude + globe / 2), static_cast<int>(globe / 4 - point.latitude)};
+    };
+    for_each_side(shapes, [&](Point from, Point to) {
+        const auto [lower, upper] = std::minmax(from.latitude, to.latitude);
+        const int first = first_row(globe / 4 - upper, grid), end = first_row(globe / 4 - lower, grid);
+        if (first < end)
+            visit(Side{place(from), place(to)}, first, end);
+    });
+}
+
+Interior::Interior(const Polygon &polygon, Grid grid, std::int64_t &crossings_left)
+{
+    const Shapes shapes = shapes_of(polygon);
+    int top = grid.height, bottom = 0;
+    std::int64_t crossed = 0;
+    for_each_crossed(shapes, grid, [&](const Side &, int first, int end) {
+        top = std::min(top, first);
+        bottom = std::max(bottom, end);
+        crossed += end - first;
+    });
+    if (crossed == 0 || crossed > std::min(crossings_left, most_crossings))
+        return;
+    crossings_left -= crossed;
+    top_ = top;
+    std::vector<std::vector<Angle>> crossings(static_cast<std::size_t>(bottom - top));
+    for_each_crossed(shapes, grid, [&](const Side &side, int first, int end) {
+        for (int row = first; row < end; ++row) {
+            const std::int64_t right = side.from.x + side.shift(middle(row, grid)) / side.down();
+            crossings[static_cast<std::size_t>(row - top)].push_back(static_cast<Angle>(right));
+        }
+    });
+    for (std::vector<Angle> &each : crossings)
+        rows_.push_back(spans(each, grid));
+}
+
+/* ---- boxes ---- */
+
+/* Returns what is in both rows and not narrower than that. */
+Interior::Row Interior::common(const Row &a, const Row &b, int width)
+{
+    Row both;
+    for (auto left = a.cbegin(), right = b.cbegin(); left != a.cend() && right != b.cend();) {
+        const Columns both_in = {std::max(left->from, right->from), std::min(left->end, right->end)};
+        if (both_in.end - both_in.from >= width)
+            both.push_back(both_in);
+        ++(left->end < right->end ? left : right);
+    }
+    return both;
+}
+
+/* Returns the widest box of this height, if it is not narrower than that: the middle one of several.
+
+   A window of `height` rows goes down the polygon. What its rows have in common is known for its upper part, up to every
+   `height`th row, from each row on (`ends`), and grows for its lower part row by row (`begun`). So each row is looked at
+   three times, however high the window is.
+
+         first      ends[first]: the rows from `first` to the mark
+         --- mark
+         last       begun: the rows from the mark to `last` */
+std::optional<Box> Interior::widest(int width, int height) const
+{
+    std::vector<Box> best;
+    const std::size_t high = static_cast<std::size_t>(height);
+    const int narrowest = width;
+    std::vector<Row> ends(high);
+    Row begun;
+    for (std::size_t first = 0; first + high <= rows_.size(); ++first) {
+        const std::size_t at = first % high;
+        if (at == 0) {
+            ends[high - 1] = common(rows_[first + high - 1], rows_[first + high - 1], narrowest);
+            for (std::size_t i = high - 1; i > 0; --i)
+                ends[i - 1] = common(rows_[first + i - 1], ends[i], narrowest);
+        } else {
+            const Row &last = rows_[first + high - 1];
+            begun = common(at == 1 ? last : begun, last, narrowest);
+        }
+        for (const Columns &span : at == 0 ? ends[0] : common(ends[at], begun, narrowest)) {
+            if ((span.end - span.from) > width)
+                best.clear();
+            width = std::max(width, (span.end - span.from));
+            if ((span.end - span.from) == width)
+                best.push_back({span.from, top_ + static_cast<int>(first), width, height});
+        }
+    }
+    return best.empty() ? std::nullopt : std::optional(best[best.size() / 2]);
+}
+
+/* Where a higher box fits too, there is room above and below. */
+std::optional<Box> Interior::place(int width, int height) const
+{
+    std::optional<Box> room;
+    for (const int quarters : {4, 5, 6, 8, 12, 20}) {
+        const std::optional<Box> higher = widest(width, height * quarters / 4);
+        if (!higher)
+            break;
+        room = higher;
+    }
+    if (!room)
+        return room;
+    return Box{room->left + (room->width - width) / 2, room->top + (room->height - height) / 2, width, height};
+}
 
 /* In dots. */
 constexpr int glyph_pitch = glyph_width + 1;
@@ -88,29 +222,20 @@ static std::optional<Box> place(const Interior &interior, const std::string &tex
     return interior.place((width + 2 * margin) * dot, (height + 2 * margin) * dot);
 }
 
-static std::optional<Label> candidate(const Summary &summary, Grid grid, std::int64_t &crossings_left)
+static std::unique_ptr<Label> candidate(const Summary &summary, Grid grid, std::int64_t &crossings_left)
 {
     const std::string name = as_glyphs(std::string_view(summary.country->name).substr(0, 4 * longest_label + 4));
     if (!summary.largest || name.empty() || name.size() > longest_label)
-        return std::nullopt;
+        return nullptr;
     const Interior interior(*summary.largest, grid, crossings_left);
     for (int dot = largest_dot; dot > 0; --dot) {
         for (int most = 1; most <= most_lines; ++most) {
             const std::string text = in_lines(name, most);
-            if (const std::optional<Box> box = place(interior, text, dot)) {
-                Label label = {{}, *box, dot, summary};
-                std::memcpy(label.text, text.data(), text.size());
-                return label;
-            }
+            if (const std::optional<Box> box = place(interior, text, dot))
+                return std::make_unique<Label>(Label{text, *box, dot, summary});
         }
     }
-    return std::nullopt;
-}
-
-static std::int32_t compare_labels(void *a, void *b)
-{
-    const auto order = by_area()(static_cast<const Label *>(a)->summary, static_cast<const Label *>(b)->summary);
-    return order < 0 ? -1 : order > 0;
+    return nullptr;
 }
 
 /* ---- collisions ---- */
@@ -121,86 +246,54 @@ struct Stripe {
     int row, from, end;
 };
 
-static std::int32_t compare_stripes(void *a, void *b)
-{
-    const Stripe &left = *static_cast<const Stripe *>(a), &right = *static_cast<const Stripe *>(b);
-    if (left.row != right.row)
-        return left.row < right.row ? -1 : 1;
-    return left.end <= right.from ? -1 : left.from >= right.end;
-}
-
-class TakenCells {
-public:
-    TakenCells() = default;
-    ~TakenCells() { GT_total_release(&tree_, sizeof(Stripe)); }
-    TakenCells(const TakenCells &) = delete;
-    TakenCells &operator=(const TakenCells &) = delete;
-
-    bool overlap(Box box) const
+struct by_place {
+    int operator()(const Stripe &a, const Stripe &b) const
     {
-        tree_item *taken;
-        for (int row = box.top; row < box.top + box.height; ++row) {
-            Stripe stripe = {row, box.left, box.left + box.width};
-            if (GT_search_item(tree_, &stripe, &taken))
-                return true;
-        }
-        return false;
+        if (a.row != b.row)
+            return a.row < b.row ? -1 : 1;
+        return a.end <= b.from ? -1 : a.from >= b.end;
     }
-
-    /* Requires a box that overlaps none that was taken. */
-    void take(Box box)
-    {
-        for (int row = box.top; row < box.top + box.height; ++row)
-            GT_insert_item(tree_, new (MM_alloc_item(sizeof(Stripe))) Stripe{row, box.left, box.left + box.width});
-    }
-
-private:
-    tree *tree_ = GT_create_with_dupl_not_allowed(compare_stripes);
 };
 
-/* Walks over the candidates, and removes each that comes too close to one before it. Only what was delivered last is
-   removed: that is always safe for the iterator. */
-static void remove_collisions(tree *labels)
+/* Removes each label that comes too close to one before it. */
+void Labels::remove_collisions()
 {
-    TakenCells taken;
-    tree_iter *candidates = GT_all_items(labels);
-    for (tree_item *position; GT_next_position(candidates, &position);) {
-        Label *label = static_cast<Label *>(position->item);
-        const Box &box = label->box;
-        const Box with_gap = {box.left, box.top, box.width + gap, box.height + gap};
-        if (taken.overlap(with_gap)) {
-            GT_remove_item(labels, position);
-            MM_dealloc_item(label, sizeof *label);
-        } else {
-            taken.take(with_gap);
-        }
+    mova::balanced_set<Stripe, by_place, mova::host_delete> taken;
+    for (const auto at : positions()) {
+        const Box &box = at->box;
+        std::vector<Stripe> stripes;
+        for (int row = box.top; row < box.top + box.height + gap; ++row)
+            stripes.push_back({row, box.left, box.left + box.width + gap});
+        if (std::any_of(stripes.begin(), stripes.end(), [&](const Stripe &each) { return taken.contains(each); }))
+            remove(at);
+        else
+            std::for_each(stripes.begin(), stripes.end(),
+                          [&](const Stripe &each) { taken.insert(mova::make_item<Stripe>(each)); });
     }
 }
 
-Labels::Labels(const Topology &topology, int width, int height, const Progress &progress)
-    : grid_{width, height, std::max(1, (width + width_per_cell_pixel / 2) / width_per_cell_pixel)},
-      tree_(GT_create_with_dupl_not_allowed(compare_labels))
+Labels::Labels(const Topology &topology, Size map, const Progress &progress)
+    : grid_{map.width, map.height, std::max(1, (map.width + width_per_cell_pixel / 2) / width_per_cell_pixel)}
 {
-    const AreaIndex countries = index_by_area(topology);
-    const std::size_t all = topology.countries.size();
     std::size_t done = 0;
     std::int64_t crossings_left = all_crossings;
-    for (const Summary &summary : countries) {
-        if (const std::optional<Label> label = candidate(summary, grid_, crossings_left))
-            GT_insert_item(tree_, new (MM_alloc_item(sizeof(Label))) Label(*label));
-        progress("labelling", ++done, all);
+    for (const Summary &summary : index_by_area(topology)) {
+        if (std::unique_ptr<Label> label = candidate(summary, grid_, crossings_left))
+            insert(std::move(label));
+        progress("labelling", ++done, topology.countries.size());
     }
-    remove_collisions(tree_);
+    remove_collisions();
 }
 
 /* ---- drawing ---- */
 
 static void draw_glyph(Canvas &canvas, char glyph, int left, int top, int dot)
 {
-    for (int row = 0; row < glyph_height * dot; ++row) {
+    for (int row = 0; row < glyph_height; ++row) {
         for (int column = 0; column < glyph_width; ++column) {
-            if (has_dot(glyph, column, row / dot))
-                canvas.span(top + row, left + column * dot, left + (column + 1) * dot);
+            if (has_dot(glyph, column, row))
+                canvas.span(canvas.rows(top + row * dot, top + (row + 1) * dot), left + column * dot,
+                            left + (column + 1) * dot);
         }
     }
 }
@@ -226,9 +319,8 @@ static void draw_label(Canvas &canvas, const Label &label, int cell)
 
 void Labels::draw(Canvas &canvas) const
 {
-    tree_iter *labels = GT_all_items(tree_);
-    for (void *label; GT_next_item(labels, &label);)
-        draw_label(canvas, *static_cast<const Label *>(label), grid_.cell);
+    for (const Label &label : *this)
+        draw_label(canvas, label, grid_.cell);
 }
 
 } // namespace atlas

@@ -21,7 +21,6 @@
 #include "messages.h"
 #include "options.h"
 #include "picture.h"
-#include "png_file.h"
 #include "topology.h"
 
 namespace atlas {
@@ -119,7 +118,7 @@ static void draw_atlas(const Options &options, std::string &subject)
     times.prepare = watch.lap();
 
     subject = options.out;
-    const auto paint = [&](Tile tile) { drawing.draw(tile); };
+    const auto paint = [&](const Tile &tile) { drawing.draw(tile); };
     Picture picture(drawing.size(), options.cache_budget, paint, progress);
     times.draw = watch.lap();
     const std::size_t bytes = write_png(options.out, picture, palette(), progress);

@@ -2,55 +2,96 @@
 #include "picture.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 
-#include <mova/host/memory_blocks.h>
+#include <unistd.h>
 
 namespace atlas {
 
-/* ---- the cache's callbacks ---- */
+/* ---- the temporary file ---- */
 
-std::uint32_t Picture::size_of(void *tile)
+static std::string directory()
 {
-    return static_cast<std::uint32_t>(static_cast<const StoredTile *>(tile)->bounds.pixels());
+    const char *chosen = std::getenv("TMPDIR");
+    return chosen && *chosen ? chosen : "/tmp";
 }
 
-void Picture::fetch(void *tile, void *pixels, std::uint32_t size)
+[[noreturn]] static void fail(const char *what, const char *why)
 {
-    const StoredTile *fetched = static_cast<const StoredTile *>(tile);
-    fetched->picture->file_.read(fetched->offset, pixels, size);
-    ++fetched->picture->fetches_;
+    throw Error("the temporary file in " + directory() + " cannot be " + what + ": " + why);
 }
 
-void Picture::write_back(void *tile, void *pixels)
+static int make_file()
 {
-    const StoredTile *written = static_cast<const StoredTile *>(tile);
-    written->picture->file_.write(written->offset, pixels, written->bounds.pixels());
-    ++written->picture->write_backs_;
+    std::string path = directory() + "/atlas.XXXXXX";
+    const int descriptor = mkstemp(path.data());
+    if (descriptor < 0)
+        fail("made", std::strerror(errno));
+    unlink(path.c_str());
+    return descriptor;
 }
 
-/* The tiles are not the cache's. */
-void Picture::forget(void *)
+TemporaryFile::~TemporaryFile()
 {
+    if (descriptor_ >= 0)
+        close(descriptor_);
+}
+
+void TemporaryFile::write(std::size_t offset, std::span<const std::uint8_t> bytes)
+{
+    if (descriptor_ < 0)
+        descriptor_ = make_file();
+    while (!bytes.empty()) {
+        const ssize_t wrote = pwrite(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        if (wrote < 0 && errno != EINTR)
+            fail("written", std::strerror(errno));
+        const auto done = static_cast<std::size_t>(std::max(wrote, ssize_t{0}));
+        bytes = bytes.subspan(done);
+        offset += done;
+    }
+}
+
+void TemporaryFile::read(std::size_t offset, std::span<std::uint8_t> bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t got = pread(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        if (got == 0)
+            fail("read", "it has become shorter");
+        if (got < 0 && errno != EINTR)
+            fail("read", std::strerror(errno));
+        const auto done = static_cast<std::size_t>(std::max(got, ssize_t{0}));
+        bytes = bytes.subspan(done);
+        offset += done;
+    }
 }
 
 /* ---- the picture ---- */
 
-Picture::Picture(Size size, std::size_t cache_budget)
-    : size_(size), pool_(mb_create_pool(cache_budget)), cache_(cc_create(pool_))
+void Picture::StoredTile::fill(std::span<std::uint8_t> body)
+{
+    picture->file_.read(offset, body);
+    ++picture->fetches_;
+}
+
+void Picture::StoredTile::write_back(std::span<std::uint8_t> body)
+{
+    picture->file_.write(offset, body);
+    ++picture->write_backs_;
+}
+
+Picture::Picture(Size size, std::size_t cache_budget, const std::function<void(const Tile &)> &paint,
+                 const Progress &progress)
+    : size_(size), pool_(cache_budget), cache_(pool_.get())
 {
     for (int top = 0; top < size.height; top += tile_size.height) {
         for (int left = 0; left < size.width; left += tile_size.width) {
             const Rectangle bounds = {left, top, std::min(left + tile_size.width, size.width),
                                       std::min(top + tile_size.height, size.height)};
-            tiles_.push_back({this, tiles_.size() * tile_bytes, bounds, nullptr});
+            tiles_.push_back({this, tiles_.size() * tile_bytes, bounds, {}});
         }
     }
-}
-
-/* The other constructor comes first, so that what it has made is released where painting fails. */
-Picture::Picture(Size size, std::size_t cache_budget, const std::function<void(Tile)> &paint, const Progress &progress)
-    : Picture(size, cache_budget)
-{
     std::size_t done = 0;
     for (StoredTile &tile : tiles_) {
         paint_tile(tile, paint);
@@ -58,20 +99,12 @@ Picture::Picture(Size size, std::size_t cache_budget, const std::function<void(T
     }
 }
 
-/* No function frees a cache's head: it is a block of the memory service like others. */
-Picture::~Picture()
-{
-    cc_make_empty(cache_);
-    MM_dealloc_item(cache_, sizeof(cc_cache));
-    mb_release_pool(&pool_);
-}
-
 /* No other block is allocated while the tile is drawn, so this one does not move. */
-void Picture::paint_tile(StoredTile &tile, const std::function<void(Tile)> &paint)
+void Picture::paint_tile(StoredTile &tile, const std::function<void(const Tile &)> &paint)
 {
-    const mb_handle handle = cc_alloc(cache_, size_of(&tile));
-    paint({tile.bounds, static_cast<std::uint8_t *>(mb_get(pool_, handle))});
-    tile.entry = cc_insert(cache_, &tile, handle, size_of, fetch, write_back, forget);
+    const mb_handle block = cache_.alloc(tile.body_size());
+    paint({tile.bounds, cache_.at(block)});
+    tile.entry = cache_.insert(tile, block);
 }
 
 /* The cache gives up first what was used last, which would be the tile just fetched, again and again. So each tile of a
@@ -82,17 +115,16 @@ void Picture::read_row(int y, std::uint8_t *pixels)
     const auto first = tiles_.begin() + std::ptrdiff_t{y / tile_size.height} * columns;
     for (auto tile = first; tile != first + columns; ++tile) {
         if (y == tile->bounds.top && y > 0)
-            cc_lazy_swap_out(cache_, (tile - columns)->entry);
-        const auto *body = static_cast<const std::uint8_t *>(cc_get(cache_, tile->entry));
-        std::copy_n(body + std::ptrdiff_t{y - tile->bounds.top} * tile->bounds.width(), tile->bounds.width(),
-                    pixels + tile->bounds.left);
+            cache_.let_go_next((tile - columns)->entry);
+        const Tile body = {tile->bounds, cache_.body(tile->entry).data()};
+        std::copy_n(body.at({body.bounds.left, y}), body.bounds.width(), pixels + body.bounds.left);
     }
 }
 
 /* A body comes into memory when its tile is painted or fetched, and leaves it when it is evicted. */
 Picture::Statistics Picture::statistics() const
 {
-    const mb_statistics pool = mb_pool_statistics(pool_);
+    const mb_statistics pool = pool_.statistics();
     return {tiles_.size(), pool.budget, tiles_.size() + fetches_ - pool.live_blocks,
             write_backs_,  fetches_,    pool.moves};
 }

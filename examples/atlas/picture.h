@@ -17,15 +17,35 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <span>
+#include <string>
 #include <vector>
 
-#include <mova/cache/swap_cache.h>
+#include <mova/cxx/block_pool.h>
+#include <mova/cxx/colour_table.h>
+#include <mova/cxx/swap_cache.h>
 
+#include "canvas.h"
 #include "messages.h"
-#include "temporary_file.h"
-#include "tile.h"
 
 namespace atlas {
+
+/* A file that has no name: it lies in the directory for temporary files (TMPDIR, or /tmp) and is gone with the
+   process at the latest. It is made when it is first written to. */
+class TemporaryFile {
+public:
+    TemporaryFile() = default;
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+    /* Both throw Error where they fail. What is read must have been written. */
+    void write(std::size_t offset, std::span<const std::uint8_t> bytes);
+    void read(std::size_t offset, std::span<std::uint8_t> bytes);
+
+private:
+    int descriptor_ = -1;
+};
 
 /* Wide and low: a row of a large picture needs few tiles. Those at the right and the lower edge may be smaller. */
 constexpr Size tile_size = {512, 32};
@@ -41,8 +61,8 @@ public:
 
     /* Has `paint` draw each tile, once and whole. Requires a budget for two tiles. Throws Error where the temporary
        file fails, and so does `read_row`. */
-    Picture(Size size, std::size_t cache_budget, const std::function<void(Tile)> &paint, const Progress &progress);
-    ~Picture();
+    Picture(Size size, std::size_t cache_budget, const std::function<void(const Tile &)> &paint,
+            const Progress &progress);
     Picture(const Picture &) = delete;
     Picture &operator=(const Picture &) = delete;
 
@@ -58,26 +78,28 @@ private:
         Picture *picture;
         std::size_t offset; /* in the file */
         Rectangle bounds;
-        cc_entry *entry;
+        mova::swap_cache<StoredTile, std::uint8_t>::position entry;
+
+        /* What the cache asks for. */
+        std::size_t body_size() const { return bounds.pixels(); }
+        void fill(std::span<std::uint8_t> body);
+        void write_back(std::span<std::uint8_t> body);
     };
 
-    /* The cache's callbacks. */
-    static std::uint32_t size_of(void *tile);
-    static void fetch(void *tile, void *pixels, std::uint32_t size);
-    static void write_back(void *tile, void *pixels);
-    static void forget(void *tile);
-
-    Picture(Size size, std::size_t cache_budget);
-
-    void paint_tile(StoredTile &tile, const std::function<void(Tile)> &paint);
+    void paint_tile(StoredTile &tile, const std::function<void(const Tile &)> &paint);
 
     Size size_;
-    mb_pool *pool_;
-    cc_cache *cache_;
+    mova::block_pool pool_;
     TemporaryFile file_;
     std::vector<StoredTile> tiles_; /* row after row */
+    mova::swap_cache<StoredTile, std::uint8_t> cache_;
     std::uint64_t write_backs_ = 0, fetches_ = 0;
 };
+
+/* Writes the picture as a PNG file whose colours are those of `colours`, and returns how many bytes it takes.
+   Throws Error where it cannot be written, and then leaves what was there before. */
+std::size_t write_png(const std::string &path, Picture &picture, std::span<const mova::colour> colours,
+                      const Progress &progress);
 
 } // namespace atlas
 

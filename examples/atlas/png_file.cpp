@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-#include "png_file.h"
+#include "picture.h"
 
 #include <csetjmp>
 #include <vector>
@@ -7,7 +7,6 @@
 #include <png.h>
 
 #include "file.h"
-#include "messages.h"
 
 namespace atlas {
 
@@ -77,12 +76,13 @@ private:
 
 } // namespace
 
-std::size_t write_png(const std::string &path, Picture &picture, std::span<const Colour> colours,
+std::size_t write_png(const std::string &path, Picture &picture, std::span<const mova::colour> colours,
                       const Progress &progress)
 {
     std::vector<png_color> entries;
-    for (const Colour &colour : colours)
-        entries.push_back({colour.red, colour.green, colour.blue});
+    const auto part = [](std::int16_t value) { return static_cast<png_byte>(value); };
+    for (const mova::colour &colour : colours)
+        entries.push_back({part(colour.red), part(colour.green), part(colour.blue)});
     Encoder encoder;
     if (!encoder.encode(picture, entries, progress))
         throw Error("the picture could not be encoded");

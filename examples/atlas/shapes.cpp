@@ -9,8 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "division.h"
-
 namespace atlas {
 
 /* ---- joining ---- */
@@ -37,7 +35,7 @@ static Points joined(const Ring &ring)
 
 static bool crosses_edge(Point from, Point to)
 {
-    return std::abs(std::int64_t{to.longitude} - from.longitude) > 180 * degree;
+    return std::abs(std::int64_t{to.longitude} - from.longitude) > globe / 2;
 }
 
 /* Returns where the shorter way crosses the edge, as a point of the side that `to` is on. The latitude is rounded
@@ -57,14 +55,13 @@ static Point crossing(Point from, Point to)
 static Points with_seams(const Points &ring, std::vector<std::size_t> &seams)
 {
     Points all(2 * ring.size());
-    for (std::size_t i = 0; i < ring.size(); ++i) {
-        const Point from = ring[i], to = ring[i + 1 < ring.size() ? i + 1 : 0];
+    for_each_side(ring, [&](Point from, Point to) {
         all.append(from);
         if (crosses_edge(from, to)) {
             seams.push_back(all.size());
             all.append(crossing(from, to));
         }
-    }
+    });
     all.close();
     return all;
 }
@@ -83,29 +80,22 @@ static Angle nearer_pole(const Points &ring)
     return sum < 0 ? -90 * degree : 90 * degree;
 }
 
-static void append_shape(SL_list *shapes, Points points)
-{
-    auto shape = std::make_unique<Shape>();
-    shape->points = std::move(points);
-    SL_append_after_last(shapes, shape.release());
-}
-
 /* What goes from side to side is closed by way of the pole. The room that a cut has left is given up. */
-static void close_piece(SL_list *shapes, Points piece, Angle pole)
+static void close_piece(Shapes &shapes, Points piece, Angle pole)
 {
     const Point start = piece.front(), end = piece.back();
     piece.set_capacity(piece.size() + 2);
     if (start.longitude != end.longitude) {
-        for (const Point corner : {Point{end.longitude, pole}, Point{start.longitude, pole}})
-            piece.append(corner);
+        piece.append({end.longitude, pole});
+        piece.append({start.longitude, pole});
     }
     piece.close();
-    append_shape(shapes, std::move(piece));
+    shapes.append(std::make_unique<Points>(std::move(piece)));
 }
 
 /* Cuts the piece at the seams, which lie at those positions less `start`. A split is linear in what it takes off, so
    the piece is halved, not peeled. */
-static void cut_at(SL_list *shapes, Points piece, std::span<const std::size_t> seams, std::size_t start, Angle pole)
+static void cut_at(Shapes &shapes, Points piece, std::span<const std::size_t> seams, std::size_t start, Angle pole)
 {
     if (seams.empty())
         return close_piece(shapes, std::move(piece), pole);
@@ -116,45 +106,86 @@ static void cut_at(SL_list *shapes, Points piece, std::span<const std::size_t> s
     cut_at(shapes, std::move(rest), seams.subspan(middle + 1), seams[middle], pole);
 }
 
-static void append_ring(SL_list *shapes, const Ring &path)
+static void append_ring(Shapes &shapes, const Ring &path)
 {
     Points whole = joined(path);
     std::vector<std::size_t> seams;
     Points ring = with_seams(whole, seams);
-    if (seams.empty())
-        return append_shape(shapes, std::move(whole));
+    if (seams.empty()) {
+        shapes.append(std::make_unique<Points>(std::move(whole)));
+        return;
+    }
     const Angle pole = nearer_pole(whole);
     ring.open_at(seams.front());
     end_at_other_side(ring);
     cut_at(shapes, std::move(ring), std::span(seams).subspan(1), seams.front(), pole);
 }
 
-/* ---- shapes ---- */
-
-static void free_shape(void **item)
+Shapes shapes_of(const Country &country)
 {
-    delete static_cast<Shape *>(*item);
+    Shapes shapes;
+    for_each_ring(country, [&](const Ring &ring) { append_ring(shapes, ring); });
+    return shapes;
 }
 
-Shapes::Shapes(const Country &country)
+Shapes shapes_of(const Polygon &polygon)
 {
-    for_each_ring(country, [&](const Ring &ring) { append_ring(list_, ring); });
-}
-
-Shapes::Shapes(const Polygon &polygon)
-{
+    Shapes shapes;
     for (const Ring *ring : polygon)
-        append_ring(list_, *ring);
+        append_ring(shapes, *ring);
+    return shapes;
 }
 
-Shapes::Shapes(const Ring &ring)
+Shapes shapes_of(const Ring &ring)
 {
-    append_ring(list_, ring);
+    Shapes shapes;
+    append_ring(shapes, ring);
+    return shapes;
 }
 
-Shapes::~Shapes()
+/* ---- areas ---- */
+
+std::int64_t sine(Angle latitude)
 {
-    SL_total_release(&list_, free_shape);
+    const std::int64_t one = std::int64_t{1} << sine_bits;
+    const std::int64_t radian_per_degree = 1199381129; /* times 2^36 */
+    const std::int64_t x = latitude * radian_per_degree >> (angle_bits + 36 - sine_bits);
+    const std::int64_t square = x * x >> sine_bits;
+    std::int64_t series = one;
+    for (const int divisor : {12 * 13, 10 * 11, 8 * 9, 6 * 7, 4 * 5, 2 * 3})
+        series = one - (square * series >> sine_bits) / divisor;
+    return x * series >> sine_bits;
+}
+
+/* Areas are summed up in parts of a square kilometre: the square of the globe's radius, 6371.0088 km, times a degree in
+   radians, is 708425 square kilometres, to be multiplied by the degrees that a side goes eastwards and the mean of the
+   sines at its ends. */
+constexpr std::int64_t square_kilometres = 708425;
+constexpr int dropped_bits = 24; /* so that no sum overflows */
+constexpr int area_bits = angle_bits + sine_bits + 1 - dropped_bits;
+constexpr std::int64_t whole_globe = std::int64_t{2} * 360 << area_bits;
+
+/* A ring that goes round many times covers no more than the globe. */
+static std::int64_t area(const Ring &ring)
+{
+    std::int64_t sum = 0;
+    for_each_side(shapes_of(ring), [&](Point from, Point to) {
+        const std::int64_t across = std::int64_t{from.longitude} - to.longitude;
+        const std::int64_t below = across * (sine(from.latitude) + sine(to.latitude));
+        sum += (below + (std::int64_t{1} << (dropped_bits - 1))) >> dropped_bits;
+    });
+    return std::min(std::abs(sum), whole_globe);
+}
+
+std::int64_t area(const Polygon &polygon)
+{
+    std::int64_t shore = 0, holes = 0;
+    for (const Ring *ring : polygon) {
+        const auto [smaller, larger] = std::minmax({shore, area(*ring)});
+        shore = larger;
+        holes = std::min(holes + smaller, whole_globe);
+    }
+    return std::max<std::int64_t>(shore - holes, 0) * square_kilometres >> area_bits;
 }
 
 } // namespace atlas

@@ -20,34 +20,41 @@
 #ifndef ATLAS_SHAPES_H
 #define ATLAS_SHAPES_H
 
-#include <mova/lists/simple_list.h>
-
 #include "topology.h"
 
 namespace atlas {
 
-/* An outline, an item of a simple list. The last point is joined to the first. */
-struct Shape {
-    Shape *prev, *next; /* the simple list's */
-    Points points;      /* a ring */
-};
+/* Outlines, each a ring: its last point is joined to its first. */
+using Shapes = Owned<Points>;
 
-/* What a country, a polygon or a ring covers, as shapes: the places that an odd number of them enclose. So holes stay
+/* Returns what a country, a polygon or a ring covers, as shapes: the places that an odd number of them enclose. So holes stay
    open. A ring that goes round a pole takes in the pole that its points are nearer to, on average. */
-class Shapes {
-public:
-    explicit Shapes(const Country &country);
-    explicit Shapes(const Polygon &polygon);
-    explicit Shapes(const Ring &ring);
-    ~Shapes();
-    Shapes(const Shapes &) = delete;
-    Shapes &operator=(const Shapes &) = delete;
+Shapes shapes_of(const Country &country);
+Shapes shapes_of(const Polygon &polygon);
+Shapes shapes_of(const Ring &ring);
 
-    const SL_list *get() const { return list_; }
+/* Calls `visit` with both ends of each side. */
+template <class Visit>
+void for_each_side(const Points &shape, Visit visit)
+{
+    auto to = shape.around().begin();
+    for (const Point &from : shape)
+        visit(from, *++to);
+}
+template <class Visit>
+void for_each_side(const Shapes &shapes, Visit visit)
+{
+    for (const Points *shape : shapes)
+        for_each_side(*shape, visit);
+}
 
-private:
-    SL_list *list_ = SL_create();
-};
+/* Returns the sine of a latitude, times 2^sine_bits. */
+constexpr int sine_bits = 30;
+std::int64_t sine(Angle latitude);
+
+/* Returns how many square kilometres a polygon covers: its largest ring without the others, which are holes. The globe is
+   taken for a sphere, and a side for a straight line in the equirectangular view. */
+std::int64_t area(const Polygon &polygon);
 
 } // namespace atlas
 

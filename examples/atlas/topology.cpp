@@ -11,7 +11,7 @@
 #include <mova/cxx/id_table.h>
 #include <nlohmann/json.hpp>
 
-#include "borders.h"
+#include "neighbours.h"
 #include "messages.h"
 
 namespace atlas {

@@ -33,8 +33,8 @@
 #include <mova/cxx/element_list.h>
 #include <mova/cxx/pointer_list.h>
 
+#include "globe.h"
 #include "messages.h"
-#include "points.h"
 
 namespace atlas {
 

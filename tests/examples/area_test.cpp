@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-#include "area.h"
+#include "shapes.h"
 
 #include <cmath>
 #include <numbers>
@@ -14,7 +14,7 @@ using namespace atlas;
 namespace {
 
 constexpr double radius = 6371.0088;
-constexpr double globe = 4 * std::numbers::pi * radius * radius;
+constexpr double whole_globe = 4 * std::numbers::pi * radius * radius;
 
 /* What lies between two meridians so many degrees apart, and two parallels. */
 double zone(double degrees, double south, double north)
@@ -74,5 +74,5 @@ TEST(Area, IsNeverLessThanNothingNorMoreThanTheGlobe)
     std::string runs = "[[0,90]";
     for (int i = 0; i < 9; ++i)
         runs += ",[-180,90],[-180,-90],[0,-90],[180,-90],[180,90],[0,90]";
-    EXPECT_NEAR(globe, area_of("[[0]]", runs + "]"), 300);
+    EXPECT_NEAR(whole_globe, area_of("[[0]]", runs + "]"), 300);
 }

@@ -10,46 +10,37 @@ using namespace atlas;
 TEST(Canvas, DrawsWithThePenInHandAndThenWithTheOneBefore)
 {
     Pixels pixels(Rectangle{4, 8, 10, 10}, 9);
-    Canvas canvas(pixels.tile(), {20, 10});
+    Canvas canvas(pixels.tile());
     {
         const PenInHand outer(canvas, 1);
         {
             const PenInHand inner(canvas, 2);
-            canvas.span(8, 0, 5);
+            canvas.span(canvas.rows(8, 9), 0, 5);
             canvas.line({9, 9}, {20, 9});
         }
-        canvas.span(8, 5, 7);
+        canvas.span(canvas.rows(8, 9), 5, 7);
     }
     const PenInHand other(canvas, 3);
-    canvas.span(8, 7, 8);
+    canvas.span(canvas.rows(8, 9), 7, 8);
     EXPECT_EQ((std::vector<std::uint8_t>{2, 1, 1, 3, 9, 9, 9, 9, 9, 9, 9, 2}), pixels.bytes());
-}
-
-TEST(Canvas, KnowsTheMapThatItsTileIsPartOf)
-{
-    Pixels pixels(Rectangle{4, 8, 10, 10});
-    const Canvas canvas(pixels.tile(), {20, 10});
-    EXPECT_EQ(20, canvas.width());
-    EXPECT_EQ(10, canvas.height());
-    EXPECT_EQ(4, canvas.bounds().left);
 }
 
 TEST(Canvas, DrawsEachPixelOnceAndKnowsWhenAllAreDrawn)
 {
     Pixels pixels(Rectangle{4, 8, 204, 10});
-    Canvas canvas(pixels.tile(), {400, 200});
+    Canvas canvas(pixels.tile());
     {
         const PenInHand upper(canvas, 1);
-        canvas.span(8, 60, 140);
+        canvas.span(canvas.rows(8, 9), 60, 140);
         canvas.line({0, 9}, {100, 9});
     }
     EXPECT_FALSE(canvas.is_full());
     const PenInHand lower(canvas, 2);
     canvas.line({70, 8}, {71, 9});
-    canvas.span(8, 0, 300);
-    canvas.span(9, 50, 203);
+    canvas.span(canvas.rows(8, 9), 0, 300);
+    canvas.span(canvas.rows(9, 10), 50, 203);
     EXPECT_FALSE(canvas.is_full());
-    canvas.span(9, 0, 204);
+    canvas.span(canvas.rows(9, 10), 0, 204);
     EXPECT_TRUE(canvas.is_full());
     for (int x = 4; x < 204; ++x) {
         EXPECT_EQ(x >= 60 && x < 140 ? 1 : 2, pixels.at({x, 8})) << x;

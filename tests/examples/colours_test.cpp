@@ -5,11 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <mova/clut/colour_table.h>
-
 using namespace atlas;
 
-static Colour shown(std::int32_t index)
+static mova::colour shown(std::int32_t index)
 {
     return palette().at(static_cast<std::size_t>(index));
 }
@@ -35,7 +33,7 @@ TEST(Colours, AreDifferentToTheEye)
 {
     std::set<std::array<int, 3>> all;
     const auto insert = [&](std::uint8_t ink) {
-        const Colour colour = shown(ink);
+        const mova::colour colour = shown(ink);
         return all.insert({colour.red, colour.green, colour.blue}).second;
     };
     for (const std::uint8_t ink : {inks().sea, inks().graticule, inks().frame, inks().border, inks().coast})
@@ -46,10 +44,10 @@ TEST(Colours, AreDifferentToTheEye)
 
 TEST(Palette, IsReadFromTheTable)
 {
-    EXPECT_EQ((Colour{14, 36, 56}), shown(inks().sea));
-    EXPECT_EQ((Colour{250, 246, 232}), shown(inks().text));
-    EXPECT_EQ((Colour{122, 100, 114}), palette().back());
-    CLUT_set(inks().frame, 1, 2, 3);
-    EXPECT_EQ((Colour{1, 2, 3}), shown(inks().frame));
-    CLUT_set(inks().frame, 52, 86, 114);
+    EXPECT_EQ((mova::colour{14, 36, 56}), shown(inks().sea));
+    EXPECT_EQ((mova::colour{250, 246, 232}), shown(inks().text));
+    EXPECT_EQ((mova::colour{122, 100, 114}), palette().back());
+    mova::colour_table::set(inks().frame, {1, 2, 3});
+    EXPECT_EQ((mova::colour{1, 2, 3}), shown(inks().frame));
+    mova::colour_table::set(inks().frame, {52, 86, 114});
 }

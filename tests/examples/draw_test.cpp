@@ -2,6 +2,7 @@
 #include "draw.h"
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 #include <string>
 
@@ -9,7 +10,6 @@
 
 #include "colours.h"
 #include "pixels.h"
-#include "projection.h"
 #include "world.h"
 
 using namespace atlas;
@@ -19,18 +19,18 @@ namespace {
 /* FNV-1a, 64 bits, of the colours that the picture shows. */
 std::uint64_t checksum(const Pixels &picture)
 {
-    const std::vector<Colour> colours = palette();
+    const std::vector<mova::colour> colours = palette();
     std::uint64_t sum = 0xcbf29ce484222325;
     for (const std::uint8_t ink : picture.bytes()) {
-        for (const std::uint8_t part : {colours[ink].red, colours[ink].green, colours[ink].blue})
-            sum = (sum ^ part) * 0x100000001b3;
+        for (const std::int16_t part : {colours[ink].red, colours[ink].green, colours[ink].blue})
+            sum = (sum ^ static_cast<std::uint8_t>(part)) * 0x100000001b3;
     }
     return sum;
 }
 
 std::uint8_t ink_at(const Pixels &picture, int longitude, int latitude)
 {
-    return picture.at(project({longitude * degree, latitude * degree}, picture.width(), picture.height()));
+    return picture.at(project({longitude * degree, latitude * degree}, {picture.width(), picture.height()}));
 }
 
 bool is_land(std::uint8_t ink)
@@ -60,9 +60,9 @@ std::vector<int> columns(const Pixels &picture, std::uint8_t ink)
 
 TEST(Projection, PutsTheCornersOfTheGlobeIntoTheCornersOfTheMap)
 {
-    const Pixel upper_left = project({-180 * degree, 90 * degree}, 2048, 1024);
-    const Pixel lower_right = project({180 * degree, -90 * degree}, 2048, 1024);
-    const Pixel middle = project({0, 0}, 2048, 1024);
+    const Pixel upper_left = project({-180 * degree, 90 * degree}, {2048, 1024});
+    const Pixel lower_right = project({180 * degree, -90 * degree}, {2048, 1024});
+    const Pixel middle = project({0, 0}, {2048, 1024});
     EXPECT_EQ(std::pair(0, 0), std::pair(upper_left.x, upper_left.y));
     EXPECT_EQ(std::pair(2047, 1023), std::pair(lower_right.x, lower_right.y));
     EXPECT_EQ(std::pair(1024, 512), std::pair(middle.x, middle.y));
@@ -70,14 +70,14 @@ TEST(Projection, PutsTheCornersOfTheGlobeIntoTheCornersOfTheMap)
 
 TEST(Projection, RoundsTowardsTheUpperLeft)
 {
-    const Pixel inside = project({degree - 1, 1}, 360, 180), next = project({degree, 0}, 360, 180);
+    const Pixel inside = project({degree - 1, 1}, {360, 180}), next = project({degree, 0}, {360, 180});
     EXPECT_EQ(std::pair(180, 89), std::pair(inside.x, inside.y));
     EXPECT_EQ(std::pair(181, 90), std::pair(next.x, next.y));
 }
 
 TEST(Projection, StaysOnTheWidestMap)
 {
-    const Pixel last = project({180 * degree, -90 * degree}, 32768, 16384);
+    const Pixel last = project({180 * degree, -90 * degree}, {32768, 16384});
     EXPECT_EQ(std::pair(32767, 16383), std::pair(last.x, last.y));
 }
 
@@ -208,26 +208,97 @@ TEST(Map, IsHalfAsHighAsItIsWide)
     EXPECT_EQ(8, map.height());
 }
 
-/* So many random lines that most of what they enclose is hidden: low tiles pass over that, the whole map does not. */
-TEST(Drawing, OfWhatIsHiddenByItsOwnOutlinesIsTheSameInTiles)
+namespace {
+
+/* A polygon through so many random places. */
+std::string random_ring(int corners)
 {
     std::mt19937 engine(1);
     const auto corner = [&] {
-        return "[" + std::to_string(static_cast<int>(engine() % 320) - 160) + "," +
-               std::to_string(static_cast<int>(engine() % 161) - 80) + "]";
+        return "[" + std::to_string(static_cast<int>(engine() % 3200) / 10.0 - 160) + "," +
+               std::to_string(static_cast<int>(engine() % 1601) / 10.0 - 80) + "]";
     };
     const std::string first = corner();
     std::string ring = "[" + first;
-    for (int i = 0; i < 1500; ++i)
+    for (int i = 1; i < corners; ++i)
         ring += "," + corner();
-    const Topology topology = decode(world_of("Polygon", "[[0]]", ring + "," + first + "]"));
-    Drawing whole(topology, 400, no_progress), tiled(topology, 400, no_progress);
-    Pixels expected(400, 200), patched(400, 200, 255);
-    whole.draw(expected.tile());
-    for (int top = 0; top < 200; top += 25) {
-        Pixels part(Rectangle{0, top, 400, top + 25});
-        tiled.draw(part.tile());
-        patched.paste(part);
+    return world_of("Polygon", "[[0]]", ring + "," + first + "]");
+}
+
+std::string comb(int teeth)
+{
+    std::string ring = "[[-170,-80]";
+    for (int i = 0; i < teeth; ++i)
+        ring += ",[" + std::to_string(-170 + 340.0 * i / teeth) + "," + (i % 2 ? "80]" : "-79]");
+    return world_of("Polygon", "[[0]]", ring + ",[170,-80],[-170,-80]]");
+}
+
+/* Countries that are squares of so many degrees, each so many degrees to the east of the one before. */
+std::string squares(int count, double side, double step)
+{
+    std::string geometries, arcs;
+    for (int i = 0; i < count; ++i) {
+        const double west = -170 + std::fmod(i * step, 160), south = -80 + std::fmod(i * step * 0.618, 70);
+        const auto corner = [](double longitude, double latitude) {
+            return "[" + std::to_string(longitude) + "," + std::to_string(latitude) + "]";
+        };
+        const std::string start = corner(west, south), comma = i ? "," : "";
+        geometries += comma + R"({"type":"Polygon","arcs":[[)" + std::to_string(i) + "]]}";
+        arcs += comma + "[" + start + "," + corner(west + side, south) + "," + corner(west + side, south + side) + "," +
+                corner(west, south + side) + "," + start + "]";
     }
-    EXPECT_TRUE(expected.bytes() == patched.bytes());
+    return world(R"("a":{"type":"GeometryCollection","geometries":[)" + geometries + "]}", arcs);
+}
+
+} // namespace
+
+/* So many random lines that most of what they enclose is hidden, and passed over. Nothing is hidden on a canvas of its own. */
+TEST(Drawing, OfWhatIsHiddenIsWhatIsDrawnApart)
+{
+    const Topology topology = decode(random_ring(1500));
+    const Size map = {400, 200};
+    Fill fill(map), apart(map);
+    Outlines outlines(topology, map), coasts(topology, map);
+    for (Fill *each : {&fill, &apart}) {
+        each->add(*topology.countries.front(), 1);
+        each->sort();
+    }
+    Pixels both(map.width, map.height), filled(map.width, map.height), outlined(map.width, map.height);
+    draw_in_bands(both.tile(), [&](Canvas &canvas) {
+        outlines.draw(canvas);
+        fill.draw(canvas);
+    });
+    draw_in_bands(filled.tile(), [&](Canvas &canvas) { apart.draw(canvas); });
+    draw_in_bands(outlined.tile(), [&](Canvas &canvas) { coasts.draw(canvas); });
+    int hidden = 0;
+    for (int y = 0; y < map.height; ++y) {
+        for (int x = 0; x < map.width; ++x) {
+            hidden += outlined.at({x, y}) && filled.at({x, y});
+            const std::uint8_t expected = outlined.at({x, y}) ? outlined.at({x, y}) : filled.at({x, y});
+            ASSERT_EQ(expected, both.at({x, y})) << "column " << x << ", row " << y;
+        }
+    }
+    EXPECT_LT(1000, hidden);
+}
+
+/* Whatever a file holds, drawing it takes so many steps for each point and pixel. */
+TEST(Drawing, IsBoundedByWhatIsReadAndWhatIsDrawn)
+{
+    const struct {
+        const char *name;
+        std::string text;
+        int width;
+    } files[] = {{"islands", squares(3000, 2, 0.77), 1024},
+                 {"random ring", random_ring(30000), 1024},
+                 {"comb", comb(20000), 820},
+                 {"stacked squares", squares(5000, 80, 0.001), 1024},
+                 {"tiny countries", squares(30000, 0.01, 0.77), 1024}};
+    for (const auto &[name, text, width] : files) {
+        const Topology topology = decode(text);
+        Drawing drawing(topology, width, no_progress);
+        Pixels pixels(width, width / 2);
+        drawing.draw(pixels.tile());
+        const auto much = static_cast<std::size_t>(totals(topology).points) + pixels.bytes().size();
+        EXPECT_GE(12 * much, drawing.steps()) << name;
+    }
 }

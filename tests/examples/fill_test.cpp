@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-#include "fill.h"
+#include "draw.h"
 
 #include <algorithm>
 #include <random>
@@ -11,7 +11,6 @@
 
 #include "enclosure.h"
 #include "pixels.h"
-#include "projection.h"
 #include "world.h"
 
 using namespace atlas;
@@ -40,8 +39,8 @@ Pixels filled(const Country &country, int width)
 {
     const Size map = {width, width / 2};
     Pixels pixels(map.width, map.height);
-    Canvas canvas(pixels.tile(), map);
-    fill_of(country, map).draw(canvas);
+    Fill fill = fill_of(country, map);
+    draw_in_bands(pixels.tile(), [&](Canvas &canvas) { fill.draw(canvas); });
     return pixels;
 }
 
@@ -60,7 +59,7 @@ std::ptrdiff_t inked(const Pixels &picture)
 /* The pixels to the east and south of a point, as text. */
 std::string cut_out(const Pixels &picture, int longitude, int latitude, int columns, int rows)
 {
-    const Pixel corner = project({longitude * degree, latitude * degree}, picture.width(), picture.height());
+    const Pixel corner = project({longitude * degree, latitude * degree}, {picture.width(), picture.height()});
     std::string text;
     for (int y = corner.y; y < corner.y + rows; ++y) {
         for (int x = corner.x; x < corner.x + columns; ++x)
@@ -234,8 +233,7 @@ TEST(Fill, IsTheSameInTiles)
         const Topology topology = decode(world_of("Polygon", "[[0]]", ring));
         Fill fill = fill_of(*countries_of(topology).front(), {180, 90});
         EXPECT_TRUE(is_the_same_in_tiles({0, 0, 180, 90}, {1 + run * 3, 31 - run % 30}, [&](const Tile &tile) {
-            Canvas canvas(tile, {180, 90});
-            fill.draw(canvas);
+            draw_in_bands(tile, [&](Canvas &canvas) { fill.draw(canvas); });
         }));
     }
 }

@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-#include "font.h"
+#include "labels.h"
 
 #include <set>
 #include <string>

@@ -25,12 +25,12 @@ std::uint8_t pattern(int x, int y)
     return static_cast<std::uint8_t>(x * 7 + x / 100 * 31 + y * 13 + y / 32);
 }
 
-void paint_pattern(Tile tile)
+void paint_pattern(const Tile &tile)
 {
-    const Rectangle &bounds = tile.bounds();
+    const Rectangle &bounds = tile.bounds;
     for (int y = bounds.top; y < bounds.bottom; ++y) {
         for (int x = bounds.left; x < bounds.right; ++x)
-            tile.span(y, x, x + 1, pattern(x, y));
+            *tile.at({x, y}) = pattern(x, y);
     }
 }
 
@@ -70,7 +70,7 @@ TEST(Picture, HasEachTilePaintedOnce)
     const Picture picture(
         size, two_tiles,
         [&](const Tile &tile) {
-            const Rectangle &bounds = tile.bounds();
+            const Rectangle &bounds = tile.bounds;
             painted.push_back(std::to_string(bounds.left) + "-" + std::to_string(bounds.right) + " " +
                               std::to_string(bounds.top) + "-" + std::to_string(bounds.bottom));
         },

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "canvas.h"
 #include "draw.h"
-#include "tile.h"
 
 class Pixels {
 public:
@@ -43,6 +43,18 @@ private:
     atlas::Rectangle bounds_;
     std::vector<std::uint8_t> bytes_;
 };
+
+/* Draws in canvases that cover the tile from the top down, each of so many rows or fewer. */
+template <class Draw>
+void draw_in_bands(const atlas::Tile &tile, Draw draw, int rows = atlas::Canvas::most_rows)
+{
+    for (int top = tile.bounds.top; top < tile.bounds.bottom; top += rows) {
+        const int bottom = std::min(top + rows, tile.bounds.bottom);
+        atlas::Canvas canvas({{tile.bounds.left, top, tile.bounds.right, bottom}, tile.at({tile.bounds.left, top})});
+        const atlas::PenInHand pen(canvas, 1);
+        draw(canvas);
+    }
+}
 
 /* Draws something in one tile that is the whole rectangle, and, in a second one, tile by tile; says whether they agree. */
 template <class Draw>

@@ -89,11 +89,12 @@ std::vector<png_byte> pixels_of(const std::string &path, int width)
 
 std::vector<png_byte> pixels_of(const Pixels &picture)
 {
-    const std::vector<Colour> colours = palette();
+    const std::vector<mova::colour> colours = palette();
     std::vector<png_byte> pixels;
     for (const std::uint8_t ink : picture.bytes()) {
-        const Colour &colour = colours[ink];
-        pixels.insert(pixels.end(), {colour.red, colour.green, colour.blue});
+        const mova::colour &colour = colours[ink];
+        for (const std::int16_t part : {colour.red, colour.green, colour.blue})
+            pixels.push_back(static_cast<png_byte>(part));
     }
     return pixels;
 }

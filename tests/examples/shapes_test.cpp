@@ -19,22 +19,20 @@ Point at(int longitude, int latitude)
 }
 
 /* The shapes of the topology's first country. */
-std::vector<Outline> shapes_of(const Topology &topology)
+std::vector<Outline> outlines_of(const Topology &topology)
 {
-    const Shapes shapes(*topology.countries.front());
     std::vector<Outline> outlines;
-    SL_iterator each = SL_all_items(shapes.get());
-    for (void *item; SL_next_item(&each, &item);) {
-        const Points &points = static_cast<const Shape *>(item)->points;
-        EXPECT_EQ(1, points.get()->closed) << "is a ring";
-        outlines.emplace_back(points.begin(), points.end());
+    const Shapes shapes = shapes_of(*topology.countries.front());
+    for (const Points *shape : shapes) {
+        EXPECT_TRUE(shape->is_closed());
+        outlines.emplace_back(shape->begin(), shape->end());
     }
     return outlines;
 }
 
 std::vector<Outline> shapes_of_ring(const std::string &arc)
 {
-    return shapes_of(decode(world_of("Polygon", "[[0]]", arc)));
+    return outlines_of(decode(world_of("Polygon", "[[0]]", arc)));
 }
 
 } // namespace
@@ -43,20 +41,20 @@ TEST(Shapes, JoinArcsAndKeepEachJointOnce)
 {
     const std::string arcs = "[[0,0],[10,0],[10,10]],[[0,0],[0,5],[5,10],[10,10]]";
     const Outline joined = {at(0, 0), at(10, 0), at(10, 10), at(5, 10), at(0, 5)};
-    EXPECT_EQ(std::vector<Outline>{joined}, shapes_of(decode(world_of("Polygon", "[[0,-2]]", arcs))));
+    EXPECT_EQ(std::vector<Outline>{joined}, outlines_of(decode(world_of("Polygon", "[[0,-2]]", arcs))));
 }
 
 TEST(Shapes, AreOneForEachRingOfEveryPolygon)
 {
     const std::string arcs = "[[0,0],[9,0],[9,9],[0,0]],[[3,1],[4,1],[4,2],[3,1]],[[20,0],[21,0],[21,1],[20,0]]";
-    const std::vector<Outline> shapes = shapes_of(decode(world_of("MultiPolygon", "[[[0],[1]],[[2]]]", arcs)));
+    const std::vector<Outline> shapes = outlines_of(decode(world_of("MultiPolygon", "[[[0],[1]],[[2]]]", arcs)));
     ASSERT_EQ(3u, shapes.size());
     EXPECT_EQ((Outline{at(3, 1), at(4, 1), at(4, 2)}), shapes[1]);
 }
 
 TEST(Shapes, OfLinesAreNone)
 {
-    EXPECT_TRUE(shapes_of(decode(world_of("LineString", "[0]", "[[0,0],[10,0]]"))).empty());
+    EXPECT_TRUE(outlines_of(decode(world_of("LineString", "[0]", "[[0,0],[10,0]]"))).empty());
 }
 
 TEST(Shapes, ThatOnlyTouchTheEdgeStayWhole)

@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-#include "temporary_file.h"
+#include "picture.h"
 
 #include <csignal>
 #include <string>
@@ -16,9 +16,14 @@ namespace {
 
 std::string read(TemporaryFile &file, std::size_t offset, std::size_t size)
 {
-    std::string bytes(size, '?');
-    file.read(offset, bytes.data(), size);
-    return bytes;
+    std::vector<std::uint8_t> bytes(size, '?');
+    file.read(offset, bytes);
+    return {bytes.begin(), bytes.end()};
+}
+
+void write(TemporaryFile &file, std::size_t offset, const std::string &text)
+{
+    file.write(offset, std::vector<std::uint8_t>(text.begin(), text.end()));
 }
 
 template <class Action>
@@ -59,9 +64,9 @@ private:
 TEST(TemporaryFile, KeepsWhatIsWrittenAnywhere)
 {
     TemporaryFile file;
-    file.write(1000, "there", 5);
-    file.write(0, "here", 4);
-    file.write(1002, "es", 2);
+    write(file, 1000, "there");
+    write(file, 0, "here");
+    write(file, 1002, "es");
     EXPECT_EQ("here", read(file, 0, 4));
     EXPECT_EQ("these", read(file, 1000, 5));
 }
@@ -74,7 +79,7 @@ TEST(TemporaryFile, LiesInTheDirectoryForTemporaryFilesWithoutAName)
     std::filesystem::last_write_time(scratch.path(), before - std::chrono::hours(1));
     TemporaryFile file;
     EXPECT_EQ(before - std::chrono::hours(1), std::filesystem::last_write_time(scratch.path())) << "made too early";
-    file.write(0, "a", 1);
+    write(file, 0, "a");
     EXPECT_NE(before - std::chrono::hours(1), std::filesystem::last_write_time(scratch.path())) << "made elsewhere";
     EXPECT_EQ(0, scratch.entries());
 }
@@ -85,14 +90,14 @@ TEST(TemporaryFile, SaysWhyItFails)
     {
         const TemporaryDirectory nowhere("/none");
         EXPECT_EQ("the temporary file in /none cannot be made: No such file or directory",
-                  complaint_of([&] { file.write(0, "a", 1); }));
+                  complaint_of([&] { write(file, 0, "a"); }));
     }
     const ScratchDirectory scratch;
     const TemporaryDirectory directory(scratch.path().string());
-    file.write(0, "abc", 3);
+    write(file, 0, "abc");
     EXPECT_EQ("the temporary file in " + scratch.path().string() + " cannot be read: it has become shorter",
               complaint_of([&] { read(file, 1, 3); }));
     const FileSizeLimit limit(4);
     EXPECT_EQ("the temporary file in " + scratch.path().string() + " cannot be written: File too large",
-              complaint_of([&] { file.write(3, "defg", 4); }));
+              complaint_of([&] { write(file, 3, "defg"); }));
 }

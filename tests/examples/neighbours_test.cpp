@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-#include "tints.h"
+#include "neighbours.h"
 
 #include <map>
 #include <set>
@@ -17,10 +17,10 @@ namespace {
 /* The tints of all countries, in the topology's order. */
 std::vector<int> tints_of(const Topology &topology)
 {
-    const Tints tints(topology);
+    const Tints tints = choose_tints(topology);
     std::vector<int> all;
     for (const Country *country : topology.countries)
-        all.push_back(tints.of(*country));
+        all.push_back(tints.find(country));
     return all;
 }
 
@@ -42,18 +42,52 @@ std::string identical_countries(int count, const std::string &rings)
     return world(objects, "[[0,0],[1,0],[1,1],[0,0]]");
 }
 
+const std::string square = "[[0,0],[1,0],[1,1],[0,0]]";
+const std::string four_squares = square + "," + square + "," + square + "," + square;
+
+std::vector<ArcUse> uses(const Topology &topology)
+{
+    std::vector<ArcUse> all;
+    for (const Arc *arc : topology.arcs)
+        all.push_back(arc->use);
+    return all;
+}
+
 } // namespace
+
+TEST(Borders, AreArcsThatCountriesShare)
+{
+    const std::string objects = R"("a":{"type":"Polygon","arcs":[[0]]},"b":{"type":"Polygon","arcs":[[-1],[1]]},
+                                   "c":{"type":"LineString","arcs":[2]},"d":{"type":"Polygon","arcs":[[2]]})";
+    const Topology topology = decode(world(objects, four_squares));
+    EXPECT_EQ((std::vector{ArcUse::border, ArcUse::coast, ArcUse::border, ArcUse::none}), uses(topology));
+    EXPECT_EQ(12u, totals(topology).points);
+}
+
+TEST(Borders, LieNotBetweenTwoRingsOfOneCountry)
+{
+    EXPECT_EQ(std::vector{ArcUse::coast}, uses(decode(world_of("Polygon", "[[0],[-1]]", square))));
+}
+
+TEST(Borders, AreFoundAnewWhenACountryIsGone)
+{
+    const std::string objects = R"("a":{"type":"Polygon","arcs":[[0],[1]]},"b":{"type":"Polygon","arcs":[[1],[2]]})";
+    Topology topology = decode(world(objects, four_squares));
+    topology.countries.remove(topology.countries.begin());
+    find_borders(topology);
+    EXPECT_EQ((std::vector{ArcUse::none, ArcUse::coast, ArcUse::coast, ArcUse::none}), uses(topology));
+}
 
 TEST(Tints, DifferBetweenNeighboursInTheShippedWorlds)
 {
     for (const char *scale : {"110m", "50m"}) {
         const Topology topology = decode(shipped_world(scale));
-        const Tints tints(topology);
+        const Tints tints = choose_tints(topology);
         int borders = 0;
         for (const auto &[arc, countries] : countries_along_arcs(topology)) {
             std::set<int> used;
             for (const Country *country : countries)
-                used.insert(tints.of(*country));
+                used.insert(tints.find(country));
             EXPECT_EQ(countries.size(), used.size());
             borders += countries.size() > 1;
         }
