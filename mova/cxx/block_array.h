@@ -8,7 +8,9 @@
 
    The record lies in the object, so that an element is one load away. An array that was moved from, or made without room,
    has no storage: it is empty, and may be used. Ranges, walks and what edits do to them: mova/cxx/array.h; whether it is a
-   ring makes no difference to those. */
+   ring makes no difference to those.
+
+   Errors: nothing raises. What grows or copies allocates; after an exception the array is as it was, but for open_at(). */
 #ifndef MOVA_CXX_BLOCK_ARRAY_H
 #define MOVA_CXX_BLOCK_ARRAY_H
 
@@ -157,7 +159,8 @@ public:
     /* The index `steps` from `i`: around a ring, or -1 outside an open array. */
     std::int32_t advance(std::int32_t i, std::int32_t steps) const noexcept { return GB_advance(&block_, i, steps); }
 
-    /* Cuts a ring at element `i`, which becomes the first and, once more, the last. Linear. */
+    /* Cuts a ring at element `i`, which becomes the first and, once more, the last. Linear. After an exception the array may have
+       grown; it is the same ring. */
     void open_at(std::size_t i) { GB_make_open_at_position(&block_, narrow(i)); }
 
     /* Splits an open array, which keeps what comes up to element `i`; the result begins with that element too. Linear. */

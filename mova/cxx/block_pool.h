@@ -4,7 +4,9 @@
        mova::block_pool pool(1 << 20);                   a budget in bytes
        mova::swap_cache<tile, pixel> tiles(pool.get());
 
-   A pool must outlive the caches whose bodies are in it. A null pool has none. */
+   A pool must outlive the caches whose bodies are in it. A null pool has none.
+
+   Errors: a pool that cannot be made throws what the memory service throws; a block that has no room is the handle 0. */
 #ifndef MOVA_CXX_BLOCK_POOL_H
 #define MOVA_CXX_BLOCK_POOL_H
 

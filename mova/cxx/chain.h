@@ -23,6 +23,7 @@
        ring.around(at)             bidirectional, endless     items, from `at` on
        .positions()                input                      positions; see below
        .positions_reversed()       input                      positions, last to first
+       .positions_if(accepts)      input                      positions of the items that a predicate accepts
 
    What between() returns has a reversed() itself; both walks over positions may be given two ends.
 
@@ -301,9 +302,17 @@ private:
     [[no_unique_address]] Sentinel end_;
 };
 
-/* The positions that a C iterator delivers: a walk during which what was delivered may be removed. */
-template <class Links, class Position>
+/* Accepts every item. */
+struct any_item_will_do {
+    bool operator()(const auto &) const noexcept { return true; }
+};
+
+/* The positions that a C iterator delivers, or those of them whose items are accepted: a walk during which what was delivered
+   may be removed. Where `accepts` throws, the walk has passed the item. */
+template <class Links, class Position, class Accepts = any_item_will_do>
 class position_walk {
+    static constexpr bool steps_quietly = std::is_nothrow_invocable_v<Accepts &, typename Links::reference>;
+
 public:
     class iterator {
     public:
@@ -314,12 +323,12 @@ public:
         iterator() = default;
         explicit iterator(position_walk *walk) noexcept : walk_(walk) {}
         Position operator*() const noexcept { return Position(walk_->current_); }
-        iterator &operator++() noexcept
+        iterator &operator++() noexcept(steps_quietly)
         {
             walk_->step();
             return *this;
         }
-        void operator++(int) noexcept { walk_->step(); }
+        void operator++(int) noexcept(steps_quietly) { walk_->step(); }
         friend bool operator==(const iterator &at, std::default_sentinel_t) noexcept { return at.is_over(); }
 
     private:
@@ -329,24 +338,34 @@ public:
     };
 
     /* Goes on with a C iterator, which must have no test. */
-    explicit position_walk(const typename Links::walk &walk) noexcept : walk_(walk) {}
+    explicit position_walk(const typename Links::walk &walk, Accepts accepts = {}) noexcept
+        : walk_(walk), accepts_(std::move(accepts))
+    {
+    }
 
     /* Takes the first step: a walk can be walked once. */
-    iterator begin() noexcept
+    iterator begin() noexcept(steps_quietly)
     {
         step();
         return iterator(this);
     }
     std::default_sentinel_t end() const noexcept { return {}; }
 
+    /* The C iterator, as far as the walk has come. */
+    const typename Links::walk &get() const noexcept { return walk_; }
+
 private:
-    void step() noexcept
+    void step() noexcept(steps_quietly)
     {
-        if (!Links::step(walk_, current_))
-            current_ = nullptr;
+        while (Links::step(walk_, current_)) {
+            if (accepts_(Links::item(current_)))
+                return;
+        }
+        current_ = nullptr;
     }
 
     typename Links::walk walk_;
+    [[no_unique_address]] Accepts accepts_;
     typename Links::node *current_ = nullptr;
 };
 
@@ -377,10 +396,11 @@ protected:
     typename Links::node *first() const noexcept { return this->head_ ? Links::first(*this->head_) : nullptr; }
     typename Links::node *last() const noexcept { return this->head_ ? Links::last(*this->head_) : nullptr; }
 
-    template <class Position>
-    auto walk(Position from, Position to, int forward) noexcept
+    template <class Position, class Accepts = any_item_will_do>
+    auto walk(Position from, Position to, int forward, Accepts accepts = {}) noexcept
     {
-        return position_walk<Links, Position>(Links::from_to(this->get(), from.get(), to.get(), forward));
+        return position_walk<Links, Position, Accepts>(Links::from_to(this->get(), from.get(), to.get(), forward),
+                                                       std::move(accepts));
     }
 };
 
@@ -418,6 +438,11 @@ public:
 
     /* Walks during which what was delivered may be removed. */
     auto positions() noexcept requires has_walk<Links> { return this->walk(iterator(first()), iterator(last()), 1); }
+    template <class Accepts>
+    auto positions_if(Accepts accepts) noexcept requires has_walk<Links>
+    {
+        return this->walk(iterator(first()), iterator(last()), 1, std::move(accepts));
+    }
     auto positions_reversed() noexcept requires has_walk<Links>
     {
         return this->walk(iterator(last()), iterator(first()), 0);
@@ -479,6 +504,11 @@ public:
 
     /* Walks once around during which what was delivered may be removed. */
     auto positions() noexcept { return this->walk(position(first()), position(last()), 1); }
+    template <class Accepts>
+    auto positions_if(Accepts accepts) noexcept
+    {
+        return this->walk(position(first()), position(last()), 1, std::move(accepts));
+    }
     auto positions_reversed() noexcept { return this->walk(position(last()), position(first()), 0); }
     auto positions(position from, position to) noexcept { return this->walk(from, to, 1); }
     auto positions_reversed(position from, position to) noexcept { return this->walk(from, to, 0); }
@@ -576,7 +606,7 @@ template <class Iterator, class Sentinel>
 inline constexpr bool std::ranges::enable_borrowed_range<mova::iterator_range<Iterator, Sentinel>> = true;
 template <class Iterator, class Sentinel>
 inline constexpr bool std::ranges::enable_view<mova::iterator_range<Iterator, Sentinel>> = true;
-template <class Links, class Position>
-inline constexpr bool std::ranges::enable_view<mova::position_walk<Links, Position>> = true;
+template <class Links, class Position, class Accepts>
+inline constexpr bool std::ranges::enable_view<mova::position_walk<Links, Position, Accepts>> = true;
 
 #endif

@@ -9,6 +9,9 @@
        mova::colour_table::set(GE_WHITE, {255, 250, 240});
        mova::dynamic_colour sand({194, 178, 128});                 an index, given back at the end of its scope
 
+   Errors: the comments of the C functions that are named here say what each raises and what that leaves. A dynamic colour
+   that cannot be set has given its index back.
+
    The table is not the program's to own: it lives as long as the process, and every call may be made from anywhere. */
 #ifndef MOVA_CXX_COLOUR_TABLE_H
 #define MOVA_CXX_COLOUR_TABLE_H
@@ -76,6 +79,13 @@ public:
         } guard = {index_};
         colour_table::set(index_, c);
         guard.index = -1;
+    }
+    /* Owns an index that CLUT_new_index gave. */
+    static dynamic_colour adopt(std::int32_t index) noexcept
+    {
+        dynamic_colour adopted(nullptr);
+        adopted.index_ = index;
+        return adopted;
     }
     dynamic_colour(dynamic_colour &&other) noexcept : index_(other.release()) {}
     dynamic_colour &operator=(dynamic_colour &&other) noexcept

@@ -1,6 +1,8 @@
 /* SPDX-License-Identifier: MIT */
 /* Double list, typed: an open element list of doubles that sorts, thins and searches them by distance, as
-   mova/lists/double_list.h says. NaNs and the two zeroes are treated as there. A ring of doubles is element_ring<double>. */
+   mova/lists/double_list.h says. NaNs and the two zeroes are treated as there. A ring of doubles is element_ring<double>.
+
+   Errors: those of mova/cxx/element_list.h. After an exception the list is as it was, where a function says nothing else. */
 #ifndef MOVA_CXX_DOUBLE_LIST_H
 #define MOVA_CXX_DOUBLE_LIST_H
 
@@ -18,7 +20,7 @@ public:
        are as they were. */
     void sort() { DBLL_sort(get()); }
 
-    /* Sorts, then removes neighbours closer than `tolerance`: DBLL_remove_double_occ. */
+    /* Sorts, then removes neighbours closer than `tolerance`: DBLL_remove_double_occ. Only the sorting can fail. */
     void thin_out(double tolerance) { DBLL_remove_double_occ(get(), tolerance); }
 
     /* Inserts into a sorted list, unless a value lies within `tolerance`. Returns whether it was inserted. */

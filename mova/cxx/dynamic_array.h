@@ -6,8 +6,10 @@
        std::span<point> all = points;
 
    Ranges, walks and what edits do to them: mova/cxx/array.h. What makes an array grow, and that growth zeroes what it adds
-   while shortening does not: the C header. An array that could not grow (line 111) has lost its elements, as there; it is
-   good for clear_storage(), assigning to and the end. */
+   while shortening does not: the C header. Errors: after an exception out of the memory
+   service the array is as it was. Where that returns null instead, line 111 is raised, and the array has lost its elements, as
+   in C: it is good for clear_storage(), assigning to and the end. An array that is made or copied raises
+   line 33 or 271 then, and there is none. */
 #ifndef MOVA_CXX_DYNAMIC_ARRAY_H
 #define MOVA_CXX_DYNAMIC_ARRAY_H
 

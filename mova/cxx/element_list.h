@@ -10,7 +10,8 @@
 
    T is copied byte by byte. Positions and walks: mova/cxx/chain.h. What each edit does to positions: the C header.
 
-   Cost: constant, where nothing else is said. Errors: the two of the C functions, as mova::error. */
+   Cost: constant, where nothing else is said. Errors: lines 557 (replace) and 989 (roll), as mova::error. After an exception
+   the list is as it was, where a function says nothing else. */
 #ifndef MOVA_CXX_ELEMENT_LIST_H
 #define MOVA_CXX_ELEMENT_LIST_H
 
@@ -210,7 +211,7 @@ public:
         return position(EL_insert_before(get(), at.get(), &element));
     }
 
-    /* Makes `at` the first. */
+    /* Makes `at` the first. Raises line 989 where `at` has no predecessor, which every node of a ring has: EL_roll. */
     void roll(position at) { EL_roll(get(), at.get()); }
 
     /* Linear. After an exception there is no copy, and the ring is one again. */
@@ -231,7 +232,8 @@ public:
         return element_list<T>(this->given_up());
     }
 
-    /* Splits the ring into two lists: from its first to a copy of `at`, and from `at` to its last. Linear. */
+    /* Splits the ring into two lists: from its first to a copy of `at`, and from `at` to its last. Linear. After an exception
+       the ring is as it was. */
     std::pair<element_list<T>, element_list<T>> split(position at) &&
     {
         element_list<T> end_part(EL_remove_and_get_end_part(get(), at.get()));

@@ -6,7 +6,9 @@
        while (std::optional<point> at = open_points.pop())
            …
 
-   Pushing and popping are compiled into the caller. T is copied byte by byte. */
+   Pushing and popping are compiled into the caller. T is copied byte by byte.
+
+   Errors: only pushing allocates; after an exception the stack is as it was. Popping an empty stack returns nothing. */
 #ifndef MOVA_CXX_ELEMENT_STACK_H
 #define MOVA_CXX_ELEMENT_STACK_H
 

@@ -10,8 +10,8 @@
 
    As a forward range the table delivers pairs of a key and a value, in the order of its slots. What an edit does to an
    iterator: set() of a stored key nothing; a new key or a removal ends it. An iterator is as large as the C one. The look at
-   a key's home slot, where most keys stand, is compiled into the caller. A null table has no keys to read: it reads as empty
-   in size() and as a range only. */
+   a key's home slot, where most keys stand, is compiled into the caller. Errors: nothing raises; after an
+   exception out of the memory service the table is as it was. */
 #ifndef MOVA_CXX_HASH_TABLE_H
 #define MOVA_CXX_HASH_TABLE_H
 

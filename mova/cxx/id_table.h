@@ -6,7 +6,10 @@
        country *found = countries.find(id);                  null where the id is free, or none
 
    As a range the table delivers the pointers in the order of their ids, and passes over the free ones; a step of the range
-   knows its id. What lengthens the table ends its iterators. */
+   knows its id. What lengthens the table ends its iterators.
+
+   Errors: lines 140 and 155, and as mova/cxx/dynamic_array.h says where the table grows: after an exception out of the memory
+   service it is as it was; where that returns null the ids are lost. */
 #ifndef MOVA_CXX_ID_TABLE_H
 #define MOVA_CXX_ID_TABLE_H
 
@@ -71,7 +74,7 @@ public:
     const_iterator end() const noexcept { return const_iterator(from(words())); }
     bool empty() const noexcept { return begin() == end(); }
 
-    /* Gives the pointer the next id. After an exception the ids are lost, as the C header says of growth. */
+    /* Gives the pointer the next id. */
     std::int32_t add(T *pointer) { return io_lut_add(get(), word(pointer)); }
 
     /* Gives the id to the pointer; null frees it. Beyond the last id the table becomes longer. Raises line 140, unchanged,

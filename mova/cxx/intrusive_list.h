@@ -12,7 +12,9 @@
    For the C functions an item is the address of its links: at the front of a record that is the record.
 
    A list and a ring are two types, as in mova/cxx/element_list.h. A list of the caller's items that ends lets go of them;
-   their links mean nothing then. Positions and walks: mova/cxx/chain.h. What each edit does to them: the C header. */
+   their links mean nothing then. Positions and walks: mova/cxx/chain.h. What each edit does to them: the C header.
+
+   Errors: line 743, where a ring is rolled to what is not on it: SL_roll. Only heads are allocated; nothing else fails. */
 #ifndef MOVA_CXX_INTRUSIVE_LIST_H
 #define MOVA_CXX_INTRUSIVE_LIST_H
 
@@ -83,9 +85,7 @@ private:
     static_assert(std::is_same_v<decltype(Member), links T::*>,
                   "mova::intrusive_list: give the member that carries the links: a mova::links, as in "
                   "intrusive_list<job, &job::waiting>");
-    static_assert(stateless<Delete>,
-                  "mova::intrusive_list: a deleter must have no state: take a class whose operator() "
-                  "says how an item dies, or keep the items yourself");
+    static_assert(sizeof(deleter_guard<Delete>) != 0);
 
 protected:
     static constexpr bool is_ring = std::same_as<base, ring_chain<links_of, release_linked_items<links_of, Delete>>>;

@@ -13,11 +13,20 @@
        l.release()                        the head, which is the caller's from now on
        std::move(l)                       leaves `l` null
 
-   An owner that was moved from is null. A null owner reads as empty, where a class reads at all, and can be destroyed,
-   assigned to, swapped and released. Every edit requires a head, as the C functions do.
+   An owner that was moved from is null. A null owner is an empty range of size 0, and can be destroyed, assigned to, swapped,
+   compared and released. All else requires a head: edits, looking for something, and copies, as the C functions do.
 
-   What an edit leaves after an exception is what the C function leaves that its comment names, and unchanged where it says
-   nothing else. */
+   Errors are mova::error, or what the host throws in its place. What an exception leaves:
+
+       a constructor, a copy                  nothing: there is no object, and no block is lost
+       an edit                                all as it was, where its comment, or its class's, says nothing else
+       an edit whose comment names a C        what the comment of that function says
+         function, or a line
+       a predicate, a visitor, a hash, a      all as it was, unless the function had edited already: remove_if keeps what
+         comparison of the caller's           it has done, and a walk has passed what it asked for
+
+   An item that is given to an owning container and was not taken is deleted, or stays in the pointer that was given by
+   reference. What is noexcept does not fail. */
 #ifndef MOVA_CXX_OWNER_H
 #define MOVA_CXX_OWNER_H
 
@@ -76,6 +85,15 @@ struct borrowed {
 
 template <class Delete>
 inline constexpr bool owns_items = !std::same_as<Delete, borrowed>;
+
+/* What every such container says of a deleter that it cannot take. */
+template <class Delete>
+struct deleter_guard {
+    static_assert(
+        std::is_empty_v<Delete> && std::default_initializable<Delete>,
+        "mova: a deleter must have no state: take a class whose operator() says how an item dies, or keep the "
+        "items yourself");
+};
 
 /* Deletes an item that make_item made. */
 struct host_delete {

@@ -5,7 +5,9 @@
        mova::pointer_list<country, std::default_delete<country>> all;     the list's: `remove` deletes, and so does the end
 
    It delivers pointers, by value; a null pointer is an item like any other. Of a constant list they are pointers to
-   constants. Positions and walks: mova/cxx/chain.h. What each edit does to positions, and what it costs: the C header. */
+   constants. Positions and walks: mova/cxx/chain.h. What each edit does to positions, and what it costs: the C header.
+
+   Errors: only insertions and copies allocate, and nothing raises. After an exception the list is as it was. */
 #ifndef MOVA_CXX_POINTER_LIST_H
 #define MOVA_CXX_POINTER_LIST_H
 
@@ -55,8 +57,7 @@ struct release_pointer_list {
 template <class T, class Delete = borrowed>
 class pointer_list : public open_chain<pointer_links<T>, release_pointer_list<T, Delete>> {
     using base = open_chain<pointer_links<T>, release_pointer_list<T, Delete>>;
-    static_assert(stateless<Delete>, "mova::pointer_list: a deleter must have no state: take a class whose operator() "
-                                     "says how an item dies, or keep the items yourself");
+    static_assert(sizeof(deleter_guard<Delete>) != 0);
 
 public:
     using base::base, base::get;

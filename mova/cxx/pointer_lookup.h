@@ -4,8 +4,9 @@
        mova::pointer_lookup<window *, state *> states;                                  the values are the caller's
        mova::pointer_lookup<window *, state *, std::default_delete<state>> own_states;  the lookup's, until its end
 
-   A key that is added again hides its older value until it is removed. A value that owns is deleted at the end only: not when
-   it is removed or displaced. */
+   A key that is added again hides its older value until it is removed. A value that is owned is deleted at the end only: not
+   when it is removed or displaced. There are no positions. Errors: nothing raises; after an exception out of the memory service
+   the lookup is as it was. */
 #ifndef MOVA_CXX_POINTER_LOOKUP_H
 #define MOVA_CXX_POINTER_LOOKUP_H
 
@@ -34,16 +35,13 @@ class pointer_lookup : public owner<mova_lookup, release_lookup<Value, Delete>> 
         word_sized<Key> && word_sized<Value>,
         "mova::pointer_lookup: keys and values are pointers, integers or enumerations, no wider than a word: take "
         "mova::keyed_table for any other");
-    static_assert(stateless<Delete>,
-                  "mova::pointer_lookup: a deleter must have no state: take a class whose operator() says "
-                  "how a value dies");
+    static_assert(sizeof(deleter_guard<Delete>) != 0);
 
 public:
     using base::base, base::get;
     pointer_lookup() : base(mova_lu_create()) {}
 
-    /* Puts the pair in front. Returns the value of the pair that moved from there into the table. Unchanged after an
-       exception. */
+    /* Puts the pair in front. Returns the value of the pair that moved from there into the table */
     Value add(Key key, Value value) { return from_word<Value>(mova_lu_add(get(), to_word(key), to_word(value))); }
 
     /* The value of the key, or 0. */

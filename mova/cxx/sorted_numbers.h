@@ -7,7 +7,11 @@
        mova::companion edited(letters, selected);
        edited.remove(0);                                             0 and 2: b and d still
 
-   The numbers are a contiguous range of constants: std::span, std::ranges::lower_bound and the like apply. */
+   The numbers are a contiguous range of constants: std::span, std::ranges::lower_bound and the like apply.
+
+   Errors: as mova/cxx/dynamic_array.h says, of what adds numbers, and of companion_reversed() and companion_rolled(), which
+   may take a block for their work; after an exception out of the memory service the numbers are as they were. What an edit
+   does to pointers and iterators: whatever grows the array ends them all, a removal those from there on. */
 #ifndef MOVA_CXX_SORTED_NUMBERS_H
 #define MOVA_CXX_SORTED_NUMBERS_H
 

@@ -20,8 +20,9 @@
    as a pointer, and lives until it is removed.
 
    Ownership: the cache owns its entries and its head, which the C functions never free; the items are the caller's, and so is
-   the pool. Errors: line 334 where the pool has no room, as mova::error, and what fill() and write_back() throw: the C header
-   says what that leaves. */
+   the pool. Errors: line 334 where the pool has no room, as mova::error, and what the callbacks throw. The cache is usable then, and
+   nothing is lost: insert() has not inserted; a body() that was being fetched is out, and what was evicted for it stays out;
+   swap_out() and flush() have kept a body that could not be written back, dirty; clear() has let go of the items before. */
 #ifndef MOVA_CXX_SWAP_CACHE_H
 #define MOVA_CXX_SWAP_CACHE_H
 

@@ -207,6 +207,29 @@ TEST_F(TypedLists, WhatAWalkOverPositionsDeliveredMayBeRemoved)
     EXPECT_EQ(broken_invariant(*r.get()), 0);
 }
 
+TEST_F(TypedLists, AWalkPassesOverWhatIsNotAccepted)
+{
+    list l = {1, 2, 3, 4, 5, 6};
+    numbers asked;
+    for (auto at : l.positions_if([&asked](int number) { return asked.push_back(number), number % 2 == 0; }))
+        l.remove(at);
+    EXPECT_EQ(asked, (numbers{1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(items_of(l), (numbers{1, 3, 5}));
+    ring r = {1, 2, 3, 4};
+    for (auto at : r.positions_if([](int number) { return number > 2; }))
+        *at += 10;
+    EXPECT_EQ(items_of(r), (numbers{1, 2, 13, 14}));
+    for (auto at : l.positions_if([](int) { return false; }))
+        FAIL() << *at;
+    auto odd = l.positions_if([](int number) { return number == 3 ? throw number : true; });
+    auto step = odd.begin();
+    EXPECT_EQ(**step, 1);
+    EXPECT_THROW(++step, int);
+    ++step;
+    EXPECT_EQ(**step, 5) << "the walk has passed what the predicate threw for";
+    EXPECT_EQ(odd.get().current, l.position_at(2).get());
+}
+
 TEST_F(TypedLists, RemoveIfTakesPredicatesThatCaptureAndKeepsWhatFollowsAnException)
 {
     list l = {1, 2, 3, 4, 5, 6};

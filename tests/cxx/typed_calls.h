@@ -10,8 +10,12 @@
 
 #include <mova/cxx.h>
 
+#include <mova/clut/internal/table_state.h>
+#include <tests/support/recording_host.h>
+
 #include <cstring>
 #include <stdexcept>
+#include <vector>
 
 namespace mova::test {
 
@@ -29,6 +33,62 @@ auto lend(Head *head, Work work)
 
 template <class Owner>
 using position_of = typename std::remove_reference_t<Owner>::position;
+
+inline void require_same(bool same, const char *what)
+{
+    if (!same)
+        throw std::logic_error(what);
+}
+
+/* Does `work`, of which the log shall say nothing. */
+template <class Work>
+auto unrecorded(Work work)
+{
+    recording_host &host = recording_host::get();
+    struct put_back {
+        recording_host &host;
+        std::vector<std::string> kept;
+        ~put_back()
+        {
+            host.take_log();
+            for (std::string &line : kept)
+                host.write_down(std::move(line));
+        }
+    } guard = {host, host.take_log()};
+    return work();
+}
+
+/* Takes a step of a C iterator by a walk of the layer, whose predicate asks the iterator's test. Stores what was looked at
+   last, and returns whether it was accepted. */
+template <class Links, class Iterator>
+int step_by_walk(Iterator *iterator, typename Links::node *&reached)
+{
+    struct put_back {
+        Iterator *iterator;
+        decltype(Iterator::test) test;
+        ~put_back() { iterator->test = test; }
+    } guard = {iterator, std::exchange(iterator->test, nullptr)};
+    bool looked = false;
+    const auto accepts = [&](const auto &item) {
+        looked = true;
+        if constexpr (std::is_pointer_v<typename Links::value_type>)
+            return !guard.test || guard.test(const_cast<char *>(item));
+        else
+            return !guard.test || guard.test(const_cast<typename Links::value_type *>(std::addressof(item)));
+    };
+    mova::position_walk<Links, mova::circulator<Links>, decltype(accepts)> walk(*iterator, accepts);
+    bool more;
+    try {
+        more = walk.begin() != std::default_sentinel;
+    } catch (...) {
+        *iterator = walk.get();
+        throw;
+    }
+    *iterator = walk.get();
+    if (looked)
+        reached = static_cast<typename Links::node *>(iterator->current);
+    return more;
+}
 
 /* ---- pointer list ---- */
 
@@ -76,6 +136,59 @@ inline constexpr auto GL_copy = [](GL_list *list) {
 };
 inline constexpr auto GL_release = [](GL_list **list) { lent_pointers(std::exchange(*list, nullptr)); };
 
+inline constexpr auto GL_swap_item = [](GL_node *at, void **item) {
+    GL_list unread = {nullptr, nullptr, 0};
+    *item = lend<lent_pointers>(&unread, [=](auto &l) { return l.replace(lent_position(at), byte_at(*item)); });
+};
+inline constexpr auto GL_total_copy = [](GL_list *list, GL_copy_fn copy_item) {
+    return lend<lent_pointers>(list, [=](auto &l) {
+        return l.copy([=](const char *item) { return byte_at(copy_item(const_cast<char *>(item))); }).release();
+    });
+};
+inline constexpr auto GL_count_items = [](const GL_list *list) {
+    return static_cast<std::uint32_t>(
+        lend<lent_pointers>(const_cast<GL_list *>(list), [](auto &l) { return l.size(); }));
+};
+
+/* How the items of the list die that is made empty: by the callback, which is given the field of the node that dies next. */
+struct dies_by_callback {
+    void operator()(char *item) const
+    {
+        GL_node *const dying = std::exchange(next, next->next);
+        require_same(dying->item == item, "another item dies");
+        free_item(&dying->item);
+    }
+    static inline GL_node *next = nullptr;
+    static inline GL_free_fn free_item = nullptr;
+};
+using lent_owners = mova::pointer_list<char, dies_by_callback>;
+
+inline lent_owners owning(GL_list *list, GL_free_fn free_item)
+{
+    dies_by_callback::next = list ? list->first : nullptr;
+    dies_by_callback::free_item = free_item;
+    return lent_owners(list);
+}
+
+inline constexpr auto GL_total_make_empty = [](GL_list *list, GL_free_fn free_item) {
+    lent_owners lent = owning(list, free_item);
+    lent.clear();
+    static_cast<void>(lent.release());
+};
+inline constexpr auto GL_total_release = [](GL_list **list, GL_free_fn free_item) {
+    owning(std::exchange(*list, nullptr), free_item);
+};
+inline constexpr auto GL_next_position = [](GL_iterator *iterator, GL_node **position) {
+    return step_by_walk<mova::pointer_links<char>>(iterator, *position);
+};
+inline constexpr auto GL_next_item = [](GL_iterator *iterator, void **item) {
+    GL_node *reached = nullptr;
+    const int more = step_by_walk<mova::pointer_links<char>>(iterator, reached);
+    if (reached)
+        *item = reached->item;
+    return more;
+};
+
 /* ---- elements: of the sizes that the interpreters take ---- */
 
 template <std::size_t Size>
@@ -90,15 +203,17 @@ struct bytes {
     }
 };
 
-/* Calls `work` with a bytes<> of the size, or `otherwise`. */
+/* Calls `work` with a bytes<> of the size, or `otherwise`: no type has the size 0. */
 template <class Work, class Otherwise>
 auto with_element(std::size_t size, Work work, Otherwise otherwise)
 {
     switch (size) {
     case 1: return work(bytes<1>());
     case 3: return work(bytes<3>());
+    case 4: return work(bytes<4>());
     case 8: return work(bytes<8>());
     case 12: return work(bytes<12>());
+    case 16: return work(bytes<16>());
     case 40: return work(bytes<40>());
     default: return otherwise();
     }
@@ -171,6 +286,54 @@ inline constexpr auto EL_append_list = [](EL_list *target, EL_list **source) {
             lend<list>(target, [=](auto &l) { l.append(list(std::exchange(*source, nullptr))); });
         },
         [=] { ::EL_append_list(target, source); });
+};
+
+inline constexpr auto EL_total_copy_inbetween = [](EL_list *list, EL_node *from, EL_node *to) {
+    return with_element(
+        list->element_size,
+        [=](auto element) {
+            using open = mova::element_list<decltype(element)>;
+            using position = typename open::position;
+            return list->closed
+                       ? ::EL_total_copy_inbetween(list, from, to)
+                       : lend<open>(list, [=](auto &l) { return l.copy(position(from), position(to)).release(); });
+        },
+        [=] { return ::EL_total_copy_inbetween(list, from, to); });
+};
+inline constexpr auto EL_get_pos_at_index = [](const EL_list *list, int32_t index) {
+    return lend_elements(
+        const_cast<EL_list *>(list), [=](auto &l, auto) { return l.position_at(index).get(); },
+        [=] { return ::EL_get_pos_at_index(list, index); });
+};
+inline constexpr auto EL_count_items = [](const EL_list *list) {
+    return lend_elements(
+        const_cast<EL_list *>(list), [](auto &l, auto) { return static_cast<int32_t>(l.size()); },
+        [=] { return ::EL_count_items(list); });
+};
+/* A ring stays one, where the C function opens it. */
+inline constexpr auto EL_make_empty = [](EL_list *list) {
+    const bool was_closed = list->closed != 0;
+    lend_elements(
+        list, [](auto &l, auto) { l.clear(); }, [=] { ::EL_make_empty(list); });
+    if (was_closed && list->element_size != 0) {
+        require_same(list->closed != 0, "a ring was opened");
+        list->closed = 0;
+    }
+};
+inline constexpr auto EL_release = [](EL_list **list) {
+    if (*list)
+        lend_elements(
+            *list, [=](auto &l, auto) { l = nullptr, *list = nullptr; }, [=] { ::EL_release(list); });
+};
+inline constexpr auto EL_next_position = [](EL_iterator *iterator, EL_node **position) {
+    return step_by_walk<mova::element_links<char>>(iterator, *position);
+};
+inline constexpr auto EL_next_item = [](EL_iterator *iterator, void **item) {
+    EL_node *reached = nullptr;
+    const int more = step_by_walk<mova::element_links<char>>(iterator, reached);
+    if (reached)
+        *item = EL_element(reached);
+    return more;
 };
 
 /* The conversions take the head along. */
@@ -260,6 +423,19 @@ inline constexpr auto DBLL_find_index_of_nearest = [](DBLL_list *list, double va
     return found.index;
 };
 
+/* Of what is appended the C function may say 0 too. */
+inline constexpr auto DBLL_add_double_unique = [](DBLL_list *list, double value, double tolerance) {
+    if (list->closed || !list->last || !(value < *static_cast<double *>(EL_element(list->last))))
+        return ::DBLL_add_double_unique(list, value, tolerance);
+    return lend<mova::double_list>(list, [=](auto &l) { return l.insert_unique(value, tolerance) ? 1 : 0; });
+};
+inline constexpr auto DBLL_remove_double_occ = [](DBLL_list *list, double tolerance) {
+    lend<mova::double_list>(list, [=](auto &l) { l.thin_out(tolerance); });
+};
+inline constexpr auto DBLL_add_to_all = [](DBLL_list *list, double offset) {
+    lend<mova::double_list>(list, [=](auto &l) { l.add_to_all(offset); });
+};
+
 /* ---- intrusive list ---- */
 
 struct linked {
@@ -297,6 +473,42 @@ inline constexpr auto SL_reverse = [](SL_list *list) { lend_linked(list, [](auto
 inline constexpr auto SL_append_list = [](SL_list *target, SL_list **source) {
     using open = mova::intrusive_list<linked, &linked::links>;
     lend<open>(target, [=](auto &l) { l.append(open(std::exchange(*source, nullptr))); });
+};
+
+inline constexpr auto SL_set_closed = [](SL_list *list) {
+    static_cast<void>(mova::intrusive_list<linked, &linked::links>(list).close().release());
+};
+inline constexpr auto SL_reset_closed = [](SL_list *list) {
+    static_cast<void>(mova::intrusive_ring<linked, &linked::links>(list).open().release());
+};
+inline constexpr auto SL_next_item = [](SL_iterator *iterator, void **item) {
+    mova::links *reached = nullptr;
+    const int more = step_by_walk<mova::member_links<linked, &linked::links>>(iterator, reached);
+    if (more)
+        *item = reached;
+    return more;
+};
+
+/* How the records of a list die. */
+struct linked_dies_by_callback {
+    void operator()(linked *item) const
+    {
+        void *variable = item;
+        free_item(&variable);
+    }
+    static inline SL_free_fn free_item = nullptr;
+};
+using lent_linked_owners = mova::intrusive_list<linked, &linked::links, linked_dies_by_callback>;
+
+inline constexpr auto SL_make_empty = [](SL_list *list, SL_free_fn free_item) {
+    if (list->closed)
+        return ::SL_make_empty(list, free_item);
+    linked_dies_by_callback::free_item = free_item;
+    lend<lent_linked_owners>(list, [](auto &l) { l.clear(); });
+};
+inline constexpr auto SL_total_release = [](SL_list **list, SL_free_fn free_item) {
+    linked_dies_by_callback::free_item = free_item;
+    lent_linked_owners(std::exchange(*list, nullptr));
 };
 
 /* ---- arrays ---- */
@@ -349,6 +561,65 @@ inline constexpr auto GB_copy = [](GB_block *made, GB_block *source) {
         source, [=](auto &b, auto) { *made = b.copy().release(); }, [=] { ::GB_copy(made, source); });
 };
 
+/* The layer leaves the other without storage, the C function only without capacity. */
+inline constexpr auto GB_append_block = [](GB_block *block, GB_block *other) {
+    return lend_block(
+        block,
+        [=](auto &b, auto element) {
+            const std::size_t before = b.size();
+            mova::block_array<decltype(element)> given(*other);
+            struct give_back {
+                decltype(given) &lent;
+                ~give_back() { static_cast<void>(lent.release()); }
+            } guard = {given};
+            b.append(std::move(given));
+            require_same(!given.get()->data && given.empty() && given.capacity() == 0, "something is left");
+            other->capacity = 0;
+            return static_cast<int32_t>(before);
+        },
+        [=] { return ::GB_append_block(block, other); });
+};
+inline constexpr auto GB_copy_into = [](GB_block *target, const GB_block *source) {
+    lend_block(
+        target,
+        [=](auto &b, auto element) {
+            mova::block_array<decltype(element)> from(*source);
+            struct give_back {
+                decltype(from) &lent;
+                ~give_back() { static_cast<void>(lent.release()); }
+            } guard = {from};
+            b.assign(from);
+        },
+        [=] { ::GB_copy_into(target, source); });
+};
+inline constexpr auto GB_remove_last_item = [](GB_block *block) {
+    lend_block(
+        block, [](auto &b, auto) { b.remove_last(); }, [=] { ::GB_remove_last_item(block); });
+};
+inline constexpr auto GB_make_empty = [](GB_block *block) {
+    lend_block(
+        block, [](auto &b, auto) { b.clear(); }, [=] { ::GB_make_empty(block); });
+};
+inline constexpr auto GB_set_number_of_elements = [](GB_block *block, int32_t n) {
+    if (n < 0)
+        return ::GB_set_number_of_elements(block, n);
+    lend_block(
+        block, [=](auto &b, auto) { b.set_capacity(static_cast<std::size_t>(n)); },
+        [=] { ::GB_set_number_of_elements(block, n); });
+};
+inline constexpr auto GB_set_closed = [](GB_block *block) {
+    lend_block(
+        block, [](auto &b, auto) { b.close(); }, [=] { ::GB_set_closed(block); });
+};
+inline constexpr auto GB_reset_closed = [](GB_block *block) {
+    lend_block(
+        block, [](auto &b, auto) { b.open(); }, [=] { ::GB_reset_closed(block); });
+};
+inline constexpr auto GB_advance = [](GB_block *block, int32_t i, int32_t steps) {
+    return lend_block(
+        block, [=](auto &b, auto) { return b.advance(i, steps); }, [=] { return ::GB_advance(block, i, steps); });
+};
+
 template <class Work, class Otherwise>
 auto lend_array(DA_array *array, Work work, Otherwise otherwise)
 {
@@ -396,6 +667,53 @@ inline constexpr auto DA_roll = [](DA_array *array, int32_t n) {
         array, [=](auto &a, auto) { a.roll(n); }, [=] { ::DA_roll(array, n); });
 };
 
+inline constexpr auto DA_get_item = [](DA_array *array, int32_t i) -> void * {
+    return lend_array(
+        array, [=](auto &a, auto) -> void * { return &a.grow_to(static_cast<std::size_t>(i)); },
+        [=] { return ::DA_get_item(array, i); });
+};
+inline constexpr auto DA_extend = [](DA_array *array, int32_t n) {
+    if (n < 0)
+        return ::DA_extend(array, n);
+    lend_array(
+        array, [=](auto &a, auto) { a.reserve(static_cast<std::size_t>(n)); }, [=] { ::DA_extend(array, n); });
+};
+inline constexpr auto DA_setsize = [](DA_array *array, int32_t n) {
+    lend_array(
+        array, [=](auto &a, auto) { a.resize(static_cast<std::size_t>(n)); }, [=] { ::DA_setsize(array, n); });
+};
+inline constexpr auto DA_truncate = [](DA_array *array, int32_t n) {
+    lend_array(
+        array, [=](auto &a, auto) { a.truncate(static_cast<std::size_t>(n)); }, [=] { ::DA_truncate(array, n); });
+};
+inline constexpr auto DA_reset = [](DA_array *array) {
+    lend_array(
+        array, [](auto &a, auto) { a.clear(); }, [=] { ::DA_reset(array); });
+};
+inline constexpr auto DA_clear = [](DA_array *array) {
+    lend_array(
+        array, [](auto &a, auto) { a.clear_storage(); }, [=] { ::DA_clear(array); });
+};
+inline constexpr auto DA_reverse = [](DA_array *array) {
+    lend_array(
+        array, [](auto &a, auto) { a.reverse(); }, [=] { ::DA_reverse(array); });
+};
+inline constexpr auto DA_release = [](DA_array *array) {
+    if (array)
+        with_element(
+            array->element_size, [=](auto element) { mova::dynamic_array<decltype(element)> owner(array); },
+            [=] { ::DA_release(array); });
+};
+
+inline constexpr auto SA_adapt_for_insert = [](DA_array *array, int32_t at) {
+    lend<mova::sorted_numbers>(array, [=](auto &a) { a.companion_inserted(at); });
+};
+inline constexpr auto SA_adapt_for_reverse = [](DA_array *array, int32_t count) {
+    lend<mova::sorted_numbers>(array, [=](auto &a) { a.companion_reversed(count); });
+};
+inline constexpr auto SA_adapt_for_roll = [](DA_array *array, int32_t n, int32_t count) {
+    lend<mova::sorted_numbers>(array, [=](auto &a) { a.companion_rolled(n, count); });
+};
 inline constexpr auto SA_add_number = [](DA_array *array, int32_t number) {
     lend<mova::sorted_numbers>(array, [=](auto &a) { a.add(number); });
 };
@@ -414,6 +732,22 @@ inline constexpr auto io_lut_add = [](DA_array *table, void *pointer) {
 };
 inline constexpr auto io_lut_look_ptr = [](DA_array *table, int32_t id) -> void * {
     return lend<mova::id_table<char>>(table, [=](auto &t) { return t.find(id); });
+};
+
+inline constexpr auto io_lut_set = [](DA_array *table, void *pointer, int32_t id) {
+    lend<mova::id_table<char>>(table, [=](auto &t) { t.set(id, byte_at(pointer)); });
+};
+inline constexpr auto io_lut_get_ptr = [](DA_array *table, int32_t id) -> void * {
+    return lend<mova::id_table<char>>(table, [=](auto &t) { return std::addressof(t[id]); });
+};
+inline constexpr auto io_lut_look_id = [](DA_array *table, const void *pointer) {
+    return lend<mova::id_table<char>>(table, [=](auto &t) { return t.id_of(static_cast<const char *>(pointer)); });
+};
+inline constexpr auto io_lut_allow_reuse = [](DA_array *table) {
+    lend<mova::id_table<char>>(table, [](auto &t) { t.allow_reuse(); });
+};
+inline constexpr auto io_lut_release = [](DA_array **table) {
+    mova::id_table<char> owner(std::exchange(*table, nullptr));
 };
 
 /* ---- tables ---- */
@@ -494,6 +828,211 @@ inline constexpr auto GT_remove_item_global = [](GT_tree *t, GT_tree_item *at) {
 };
 inline constexpr auto GT_find_and_remove_item = [](GT_tree *t, void *item) {
     lend_tree(t, [=](auto &l) { static_cast<void>(l.take_item(item_at(item))); });
+};
+
+inline constexpr auto GT_remove_first_item = [](GT_tree *t) {
+    if (!t->first)
+        return ::GT_remove_first_item(t);
+    lend_tree(t, [](auto &l) { static_cast<void>(l.take_first()); });
+};
+inline constexpr auto GT_make_empty = [](GT_tree *t) { lend_tree(t, [](auto &l) { l.clear(); }); };
+inline constexpr auto GT_release = [](GT_tree **t) { lent_tree(std::exchange(*t, nullptr)); };
+
+/* A tree that frees items of the size that the interpreter takes. */
+struct eight_bytes {
+    std::int32_t each[2];
+};
+using lent_owning_tree = mova::balanced_multiset<eight_bytes, as_the_head_says, mova::host_delete>;
+
+inline constexpr auto GT_total_make_empty = [](GT_tree *t, std::size_t item_size) {
+    require_same(item_size == sizeof(eight_bytes), "items of another size");
+    lend<lent_owning_tree>(t, [](auto &l) { l.clear(); });
+};
+inline constexpr auto GT_total_release = [](GT_tree **t, std::size_t item_size) {
+    require_same(item_size == sizeof(eight_bytes), "items of another size");
+    lent_owning_tree(std::exchange(*t, nullptr));
+};
+
+/* The layer's sort asks other comparisons, and no host. Its result is held to that of the C function, which is called. */
+inline constexpr auto GT_sort = [](GT_tree *t) {
+    std::vector<void *> before, sorted;
+    for (const GT_tree_item *at = t->first; at; at = at->next)
+        before.push_back(at->item);
+    unrecorded([t] { lend_tree(t, [](auto &l) { l.sort(); }); });
+    auto next = before.begin();
+    for (GT_tree_item *at = t->first; at; at = at->next)
+        sorted.push_back(std::exchange(at->item, *next++));
+    ::GT_sort(t);
+    next = sorted.begin();
+    for (const GT_tree_item *at = t->first; at; at = at->next)
+        require_same(at->item == *next++, "sorting gave another order");
+};
+
+using lent_cursor = mova::tree_cursor<any_item>;
+
+inline constexpr auto GT_all_items = [](GT_tree *t) {
+    return lend_tree(t, [](auto &l) { return l.positions().release(); });
+};
+inline constexpr auto GT_next_position = [](GT_tree_iter *iterator, GT_tree_item **position) {
+    lent_cursor cursor(iterator);
+    const auto at = cursor.next();
+    static_cast<void>(cursor.release());
+    if (at.get())
+        *position = at.get();
+    return at.get() ? 1 : 0;
+};
+inline constexpr auto GT_from_current = [](GT_tree_iter *iterator) {
+    return lend<lent_cursor>(iterator, [](auto &c) { return c.from_current().release(); });
+};
+inline constexpr auto GT_from_next = [](GT_tree_iter *iterator) {
+    return lend<lent_cursor>(iterator, [](auto &c) { return c.from_next().release(); });
+};
+inline constexpr auto GT_end_iterator = [](GT_tree_iter *iterator) { lent_cursor ended(iterator); };
+
+/* ---- swap cache: the entries hold the layer's functions while it is asked for something, else the interpreter's ---- */
+
+struct cached {
+    void *as_pointer() { return this; }
+};
+
+struct entry_functions {
+    cc_size_fn size;
+    cc_swap_in_fn swap_in;
+    cc_write_back_fn write_back;
+    cc_release_fn release;
+};
+/* What the interpreter registers, and what the layer does. */
+inline entry_functions of_the_interpreter = {}, of_the_layer = {};
+
+struct asks_the_interpreter {
+    std::size_t size(const cached &item) const
+    {
+        return unrecorded([&] { return of_the_interpreter.size(const_cast<cached *>(&item)); });
+    }
+    void fill(cached &item, std::span<std::byte> body) const
+    {
+        of_the_interpreter.swap_in(&item, body.data(), static_cast<std::uint32_t>(body.size()));
+    }
+    void write_back(cached &item, std::span<std::byte> body) const
+    {
+        require_same(body.size() == size(item), "another size is written back");
+        of_the_interpreter.write_back(&item, body.data());
+    }
+    void let_go(cached &item) const { of_the_interpreter.release(&item); }
+};
+using lent_cache = mova::swap_cache<cached, std::byte, asks_the_interpreter>;
+
+/* The layer's size is compared with the interpreter's, which writes down that it is asked. */
+inline std::uint32_t asked_size(void *item)
+{
+    const std::uint32_t size = of_the_interpreter.size(item);
+    require_same(size == of_the_layer.size(item), "another size");
+    return size;
+}
+
+inline void register_all(cc_cache *cache, const entry_functions &functions)
+{
+    for (cc_entry *at = cache->first; at; at = at->next) {
+        at->size_fn = functions.size;
+        at->swap_in_fn = functions.swap_in;
+        at->write_back_fn = functions.write_back;
+        at->release_fn = functions.release;
+    }
+}
+
+/* Callbacks may call the cache: only the outermost call exchanges the functions. */
+template <class Work>
+auto lend_cache(cc_cache *cache, Work work)
+{
+    static int depth = 0;
+    struct give_back {
+        cc_cache *cache;
+        ~give_back()
+        {
+            if (--depth == 0)
+                register_all(cache, of_the_interpreter);
+        }
+    } guard = {cache};
+    if (depth++ == 0)
+        register_all(cache, {asked_size, of_the_layer.swap_in, of_the_layer.write_back, of_the_layer.release});
+    return lend<lent_cache>(cache, work);
+}
+
+using lent_entry = lent_cache::position;
+
+inline constexpr auto cc_insert = [](cc_cache *cache, void *item, mb_handle handle, cc_size_fn size,
+                                     cc_swap_in_fn swap_in, cc_write_back_fn write_back, cc_release_fn release) {
+    of_the_interpreter = {size, swap_in, write_back, release};
+    return lend_cache(cache, [=](auto &c) {
+        cc_entry *const made = c.insert(*static_cast<cached *>(item), handle).get();
+        of_the_layer = {made->size_fn, made->swap_in_fn, made->write_back_fn, made->release_fn};
+        return made;
+    });
+};
+inline constexpr auto cc_get = [](cc_cache *cache, cc_entry *entry) -> void * {
+    return lend_cache(cache, [=](auto &c) {
+        const auto body = c.body(lent_entry(entry));
+        require_same(body.size() == (body.data() ? asks_the_interpreter().size(*lent_entry(entry)) : 0),
+                     "a body of another size");
+        return body.data();
+    });
+};
+inline constexpr auto cc_lazy_swap_out = [](cc_cache *cache, cc_entry *entry) {
+    lend_cache(cache, [=](auto &c) { c.let_go_next(lent_entry(entry)); });
+};
+inline constexpr auto cc_swap_out = [](cc_cache *cache, cc_entry *entry) {
+    lend_cache(cache, [=](auto &c) { c.swap_out(lent_entry(entry)); });
+};
+inline constexpr auto cc_flush = [](cc_cache *cache) { lend_cache(cache, [](auto &c) { c.flush(); }); };
+inline constexpr auto cc_alloc = [](cc_cache *cache, std::uint32_t size) {
+    return lend_cache(cache, [=](auto &c) { return c.alloc(size); });
+};
+inline constexpr auto cc_free = [](cc_cache *cache, mb_handle *handle) {
+    lend_cache(cache, [=](auto &c) { c.free(*handle); });
+};
+inline constexpr auto cc_remove = [](cc_cache *cache, cc_entry **entry) {
+    const cc_entry *const successor = (*entry)->next;
+    const cc_entry *const next =
+        lend_cache(cache, [=](auto &c) { return c.remove(lent_entry(std::exchange(*entry, nullptr))).get(); });
+    require_same(next == successor, "removal gave another successor");
+};
+inline constexpr auto cc_make_empty = [](cc_cache *cache) { lend_cache(cache, [](auto &c) { c.clear(); }); };
+
+/* ---- colour table ---- */
+
+struct tells_the_interpreter {
+    void operator()(std::int32_t index, mova::colour c) const { told(index, c.red, c.green, c.blue); }
+    static inline CLUT_callback told = nullptr;
+};
+
+inline constexpr auto RGBLUT_init = [](std::int32_t entries, CLUT_callback callback, mova_word client_word) {
+    require_same(client_word == 0, "the layer gives no word");
+    if (!callback)
+        return mova::colour_table::make(entries);
+    tells_the_interpreter::told = callback;
+    mova::colour_table::make<tells_the_interpreter>(entries);
+};
+inline constexpr auto CLUT_alloc = [](std::int32_t index) { mova::colour_table::fix(index); };
+inline constexpr auto CLUT_set = [](std::int32_t index, std::int16_t red, std::int16_t green, std::int16_t blue) {
+    mova::colour_table::set(index, {red, green, blue});
+};
+/* Of an index below the table the C function leaves the three as they are. */
+inline constexpr auto CLUT_get = [](std::int32_t index, std::int16_t *red, std::int16_t *green, std::int16_t *blue) {
+    const mova::colour c = mova::colour_table::get(index);
+    if (index < 0 && index < clut::table.size)
+        return require_same(c == mova::colour{}, "a colour below the table");
+    *red = c.red;
+    *green = c.green;
+    *blue = c.blue;
+};
+inline constexpr auto CLUT_copy = [](std::int32_t to, std::int32_t from) { mova::colour_table::copy(to, from); };
+/* The end of an object cannot raise. */
+inline constexpr auto CLUT_release_index = [](std::int32_t index) {
+    const bool is_given = index >= 0 && index < clut::table.size && clut::table.states[index] == 2;
+    if (is_given)
+        mova::dynamic_colour::adopt(index);
+    else
+        ::CLUT_release_index(index);
 };
 
 } // namespace mova::test

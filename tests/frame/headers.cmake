@@ -42,4 +42,7 @@ endforeach()
 add_header_checks(c99 c stdio.h ${public_headers})
 add_header_checks(c11 c stdio.h ${public_headers})
 add_header_checks(c++11 cpp cstdio ${public_headers})
-add_header_checks(c++20 cpp cstdio ${public_headers})
+# The typed layer's are C++20 alone.
+get_directory_property(typed_headers DIRECTORY ${PROJECT_SOURCE_DIR}/mova DEFINITION cxx_headers)
+list(TRANSFORM typed_headers PREPEND mova/)
+add_header_checks(c++20 cpp cstdio ${public_headers} ${typed_headers})

@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-// mova::pointer_list: a deleter must have no state: take a class whose operator()
+// mova: a deleter must have no state: take a class whose operator() says how an item dies
 #include <mova/cxx/pointer_list.h>
 struct counted {
     int *count;
