@@ -16,7 +16,7 @@ set(family_table
     "dynamic_array        arrays  DA_                         model c bench checked"
     "id_lookup_table      arrays  io_lut_                     model c checked"
     "sorted_number_array  arrays  SA_                         model c checked"
-    "swap_cache           cache   cc_                         model c bench"
+    "swap_cache           cache   cc_                         model c bench checked"
     "colour_table         clut    CLUT_,RGBLUT_,clut_,GE_     model c bench"
     "hash_table           hash    HSH_,mova_hash_             model c bench checked"
     "pointer_lookup       hash    mova_lu_                    model c checked"

@@ -73,7 +73,8 @@ bool is_time_for_invariants(const owner &of, use how)
 {
     constexpr uint32_t now_and_then = 256;
     return asked_for().full || how >= use::empty ||
-           (of.calls % now_and_then == 0 && of.calls >= 16 * of.of->size(of.container));
+           (of.calls % now_and_then == 0 &&
+            of.calls >= 16 * (of.of->size ? of.of->size(of.container) : int64_t{of.entries}));
 }
 
 } // namespace
@@ -94,7 +95,7 @@ call::call(const char *function, place where) : finding_(function, where)
     else
         outermost_.depth = nullptr;
     own_ = &running.calls[running.count++];
-    *own_ = {this, function, where, {}, 0, 0, nullptr, false};
+    *own_ = {this, function, where, {}, 0, 0, nullptr, nullptr, false};
 }
 
 /* A call on another stack may have taken this one for left. */
@@ -217,12 +218,14 @@ owner_number call::judge_container(const family &of, const void *container, use 
     const auto uses_it = [number](const running_call &outer) {
         return std::find(outer.used, std::end(outer.used), number) != std::end(outer.used);
     };
-    if (const running_call *const outer = how != use::read ? outer_call(uses_it) : nullptr) {
+    if (const running_call *const outer = how >= use::edit ? outer_call(uses_it) : nullptr) {
         finding_.say("the %s is calling back in %s", of.noun, outer->function);
         finding_.show_container(number);
         return 0;
     }
     uses(number, nth);
+    if (how == use::nested && next_outer(own_))
+        return number;
     if (how != use::read || asked_for().full)
         judge_invariants(judged, number, how);
     return is_wrong() ? 0 : number;

@@ -45,6 +45,7 @@ namespace mova::checked {
 /* What a function does with a container that it is given. */
 enum class use {
     read,
+    nested, /* an edit that the container's own callbacks may make too */
     edit,
     empty,   /* an edit that goes through all of it */
     release, /* the container is gone afterwards */
@@ -67,6 +68,7 @@ struct running_call {
     owner_number blocks_of;       /* the container that the blocks are of that it allocates */
     owner_number expected;        /* the container that it makes */
     const raise_meaning *meaning; /* or null */
+    const void *position;         /* that it is about, where it matters to calls inside of it; or null */
     bool has_raised;
 };
 
@@ -77,6 +79,9 @@ running_call *innermost_call();
    host. With another, a block may have come and gone without them, and where there is no container to be asked about a
    position nothing is said. */
 bool sees_every_block();
+
+/* Whether pools of memory blocks are the default host's. It is not seen when one of those is asked for a block. */
+bool has_default_pools();
 
 /* The innermost call raises this line: reports what that means. */
 void note_raise(int32_t line);
@@ -119,6 +124,9 @@ public:
     /* What a role's before() tells its after(). */
     void remember(const void *address) { remembered_ = address; }
     const void *remembered() const { return remembered_; }
+
+    /* Of which position the call is, for outer_call. */
+    void is_about(const void *position) { own_->position = position; }
 
     /* What a raise of a line would mean. */
     void raise_means(const raise_meaning *meaning) { own_->meaning = meaning; }

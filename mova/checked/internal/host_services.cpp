@@ -31,16 +31,24 @@ void note_release(const void *block)
     mark_released(block, caller ? caller->where : nullptr);
 }
 
+bool is_of_default_host(void *service)
+{
+    Dl_info found;
+    return dladdr(service, &found) != 0 && found.dli_fname && std::strstr(found.dli_fname, "/libmova_host.so");
+}
+
 } // namespace
 
 bool sees_every_block()
 {
-    static const bool sees = [] {
-        Dl_info service;
-        return dladdr(reinterpret_cast<void *>(&MM_alloc_item), &service) != 0 && service.dli_fname &&
-               std::strstr(service.dli_fname, "/libmova_host.so");
-    }();
+    static const bool sees = is_of_default_host(reinterpret_cast<void *>(&MM_alloc_item));
     return sees;
+}
+
+bool has_default_pools()
+{
+    static const bool has = is_of_default_host(reinterpret_cast<void *>(&mb_get));
+    return has;
 }
 
 } // namespace mova::checked

@@ -31,7 +31,7 @@ struct family {
     const family *records; /* the family whose records it has and whose functions take them; null for its own */
     /* Returns the number of the invariant that the container breaks, or 0; null where there are none to ask. */
     int (*broken_invariant)(const void *container);
-    /* Returns how much work that is. */
+    /* Returns how much work that is; null where it is as much as the container has blocks. */
     int64_t (*size)(const void *container);
 };
 
