@@ -14,13 +14,13 @@ namespace mova::checked {
 
 namespace {
 
-void note_allocation(const void *block)
+void note_allocation(const void *block, size_t size)
 {
     const running_call *const caller = innermost_call();
     if (!block)
         return;
     const registry_lock lock;
-    book(block, kind::block, caller ? caller->blocks_of : 0, caller ? caller->where : nullptr);
+    book(block, kind::block, caller ? caller->blocks_of : 0, caller ? caller->where : nullptr, size);
 }
 
 /* Before the service has it: other threads may be given it at once. */
@@ -63,7 +63,7 @@ void mova_checked_EX_raise_exception_line(const char *module, int32_t line, int3
 void *mova_checked_MM_alloc_item(size_t size)
 {
     void *const block = MM_alloc_item(size);
-    mova::checked::note_allocation(block);
+    mova::checked::note_allocation(block, size);
     return block;
 }
 
@@ -79,7 +79,7 @@ void *mova_checked_MM_realloc_item(void *item, size_t old_size, size_t new_size)
     void *const block = MM_realloc_item(item, old_size, new_size);
     if (block && block != item)
         mova::checked::note_release(item);
-    mova::checked::note_allocation(block);
+    mova::checked::note_allocation(block, new_size);
     return block;
 }
 

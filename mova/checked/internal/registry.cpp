@@ -7,13 +7,6 @@
 #include <mutex>
 #include <utility>
 
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#define HAS_ONE_THREAD __libc_single_threaded
-#else
-#define HAS_ONE_THREAD false
-#endif
-
 namespace mova::checked {
 
 namespace {
@@ -27,193 +20,312 @@ void *map(size_t bytes)
     return memory;
 }
 
-/* ---- owners: an array that never moves, in pieces, each twice as long as the one before ---- */
+/* ---- owners ---- */
 
-constexpr unsigned first_piece_bits = 8;
-constexpr unsigned pieces = 24;
+using table::first_piece;
+using table::piece_of;
+using table::pieces;
 
 class owner_table {
 public:
-    owner &at(owner_number number)
-    {
-        const unsigned piece = piece_of(number);
-        return pieces_[piece][number + first_ - (first_ << piece)];
-    }
-
     owner_number take()
     {
         if (free_ != 0)
-            return std::exchange(free_, at(free_).joined_to);
+            return std::exchange(free_, owner_at(free_).joined_to);
         const unsigned piece = piece_of(used_);
-        if (!pieces_[piece])
-            pieces_[piece] = static_cast<owner *>(map((first_ << piece) * sizeof(owner)));
+        if (!pieces[piece])
+            pieces[piece] = static_cast<owner *>(map((first_piece << piece) * sizeof(owner)));
         return used_++;
     }
 
     void give_back(owner_number number)
     {
-        at(number).joined_to = free_;
+        owner_at(number).joined_to = free_;
         free_ = number;
     }
 
 private:
-    /* Numbers 0 to 255 are in piece 0, the next 512 in piece 1, and so on. */
-    static unsigned piece_of(owner_number number)
-    {
-        return 31 - first_piece_bits - static_cast<unsigned>(__builtin_clz(number + first_));
-    }
-
-    static constexpr owner_number first_ = 1u << first_piece_bits;
-
-    owner *pieces_[pieces] = {};
     owner_number used_ = 1, free_ = 0;
 };
 
-/* ---- entries: open addressing, probed one after the other ---- */
+/* ---- entries of small blocks ----
+
+   Containers allocate their nodes in rows. So memory is seen in windows of 256 bytes, and a window in which there is a small
+   block has a slot for each word of it: for nodes of three words that is 48 bytes a node, and the next node's entry lies
+   beside this one's.
+
+       window 0x7f…d8200:   | slot of 0x7f…d820000 | slot of …08 | slot of …10 | slot of …18 | …  */
+
+using table::recent;
+using table::recent_windows;
+using table::tag_of;
+using table::window;
+using table::window_bits;
+using table::window_slots;
+using table::word_bits;
+
+constexpr size_t largest_small_block = 5 * sizeof(void *);
+
+constexpr uintptr_t scattered(uintptr_t number)
+{
+    return static_cast<uintptr_t>((static_cast<uint64_t>(number) * 0x9E3779B97F4A7C15u) >> 32);
+}
+
+class window_table {
+public:
+    /* The slot of a word, or null where its window has none. */
+    entry *slot_of(uintptr_t address)
+    {
+        const uintptr_t tag = tag_of(address);
+        const window &known = recent[tag % recent_windows];
+        return known.tag == tag ? slot_in(known, address) : look_up(tag, address);
+    }
+
+    /* As slot_of, and makes the window. */
+    entry *make_slot(uintptr_t address)
+    {
+        if (entry *const made = slot_of(address))
+            return made;
+        if (2 * used_ >= size_)
+            grow();
+        window &free = probe(tag_of(address));
+        free = {tag_of(address), take_slots()};
+        ++used_;
+        return slot_in(free, address);
+    }
+
+    template <class Visit>
+    void for_each(Visit visit)
+    {
+        for (size_t i = 0; i < size_; ++i) {
+            for (size_t word = 0; windows_[i].slots && word < window_slots; ++word) {
+                if (windows_[i].slots[word].known)
+                    visit((~windows_[i].tag << window_bits) + (word << word_bits), windows_[i].slots[word]);
+            }
+        }
+    }
+
+private:
+    static entry *slot_in(const window &of, uintptr_t address)
+    {
+        return &of.slots[(address >> word_bits) % window_slots];
+    }
+
+    window &probe(uintptr_t tag)
+    {
+        size_t i = scattered(tag) & (size_ - 1);
+        while (windows_[i].slots && windows_[i].tag != tag)
+            i = (i + 1) & (size_ - 1);
+        return windows_[i];
+    }
+
+    entry *look_up(uintptr_t tag, uintptr_t address)
+    {
+        if (size_ == 0)
+            return nullptr;
+        const window &found = probe(tag);
+        if (!found.slots)
+            return nullptr;
+        recent[tag % recent_windows] = found;
+        return slot_in(found, address);
+    }
+
+    void grow()
+    {
+        window *const old = windows_;
+        const size_t old_size = size_;
+        size_ = old_size ? 2 * old_size : 1024;
+        windows_ = static_cast<window *>(map(size_ * sizeof(window)));
+        for (size_t i = 0; i < old_size; ++i) {
+            if (old[i].slots)
+                probe(old[i].tag) = old[i];
+        }
+        if (old)
+            munmap(old, old_size * sizeof(window));
+    }
+
+    /* Slots of many windows are mapped at once. */
+    entry *take_slots()
+    {
+        constexpr size_t windows_at_once = 1024;
+        if (left_ == 0) {
+            fresh_ = static_cast<entry *>(map(windows_at_once * window_slots * sizeof(entry)));
+            left_ = windows_at_once;
+        }
+        --left_;
+        return std::exchange(fresh_, fresh_ + window_slots);
+    }
+
+    window *windows_ = nullptr;
+    size_t size_ = 0, used_ = 0;
+    entry *fresh_ = nullptr;
+    size_t left_ = 0;
+};
+
+/* ---- entries of all else: open addressing, probed one after the other ---- */
 
 class entry_table {
 public:
-    /* Where the address is, or could be. */
-    entry *probe(uintptr_t address)
-    {
-        size_t slot = home_of(address);
-        while (slots_[slot].address != 0 && slots_[slot].address != address)
-            slot = (slot + 1) & mask_;
-        return &slots_[slot];
-    }
-
     entry *find(uintptr_t address)
     {
         if (!slots_)
             return nullptr;
-        entry *found = probe(address);
-        return found->address != 0 ? found : nullptr;
+        slot &found = probe(address);
+        return found.address != 0 ? &found.noted : nullptr;
     }
 
     entry *insert(uintptr_t address)
     {
         if (used_ >= limit_)
             rebuild();
-        entry *place = probe(address);
-        used_ += place->address == 0;
-        return place;
+        slot &place = probe(address);
+        used_ += place.address == 0;
+        place.address = address;
+        return &place.noted;
     }
 
     /* Takes the entry out, and moves up those behind that would not be found past the gap. */
-    void erase(entry *out)
+    void erase(uintptr_t address)
     {
-        size_t gap = static_cast<size_t>(out - slots_);
-        for (size_t slot = (gap + 1) & mask_; slots_[slot].address != 0; slot = (slot + 1) & mask_) {
-            const size_t home = home_of(slots_[slot].address);
-            if (((slot - home) & mask_) >= ((slot - gap) & mask_)) {
-                slots_[gap] = slots_[slot];
-                gap = slot;
+        size_t gap = static_cast<size_t>(&probe(address) - slots_);
+        for (size_t at = (gap + 1) & mask_; slots_[at].address != 0; at = (at + 1) & mask_) {
+            const size_t home = home_of(slots_[at].address);
+            if (((at - home) & mask_) >= ((at - gap) & mask_)) {
+                slots_[gap] = slots_[at];
+                gap = at;
             }
         }
         slots_[gap] = {};
         --used_;
     }
 
-    size_t live = 0;
-
     template <class Visit>
     void for_each(Visit visit)
     {
-        for (size_t slot = 0; slots_ && slot <= mask_; ++slot) {
-            if (slots_[slot].address != 0)
-                visit(slots_[slot]);
+        for (size_t at = 0; slots_ && at <= mask_; ++at) {
+            if (slots_[at].address != 0)
+                visit(slots_[at].address, slots_[at].noted);
         }
     }
 
 private:
-    /* Blocks of one window of memory lie close together in the table too, as far as there is room: containers go through
-       their nodes as they lie in memory. */
-    size_t home_of(uintptr_t address) const
+    struct slot {
+        uintptr_t address;
+        entry noted;
+    };
+
+    /* Where the address is, or could be. */
+    slot &probe(uintptr_t address)
     {
-        constexpr unsigned window_bits = 8;
-        constexpr unsigned grain_bits = 4;
-        const uint64_t window = (address >> window_bits) * 0x9E3779B97F4A7C15u;
-        return (static_cast<size_t>(window >> 32) + ((address >> grain_bits) & 15)) & mask_;
+        size_t at = home_of(address);
+        while (slots_[at].address != 0 && slots_[at].address != address)
+            at = (at + 1) & mask_;
+        return slots_[at];
     }
+
+    size_t home_of(uintptr_t address) const { return scattered(address >> word_bits) & mask_; }
 
     /* The live ones move to a table of which they take a quarter to a half, and of the released ones as many as leave a
        third free. */
     void rebuild();
 
-    entry *slots_ = nullptr;
+    slot *slots_ = nullptr;
     size_t mask_ = 0, used_ = 0, limit_ = 0;
 };
 
 owner_table owners;
+window_table windows;
 entry_table entries;
 std::mutex mutex;
+
+bool is_word(uintptr_t address)
+{
+    return address % (uintptr_t{1} << word_bits) == 0;
+}
 
 /* What named the owner does no longer. */
 void unname(owner_number number)
 {
     if (number != 0) {
-        --owners.at(number).entries;
+        --owner_at(number).entries;
         drop_if_unused(number);
     }
 }
 
 void entry_table::rebuild()
 {
+    size_t live = 0;
+    for_each([&live](uintptr_t, const entry &known) { live += known.live; });
     size_t size = 1024;
     while (size / 2 < live)
         size *= 2;
-    entry *const old = slots_;
+    slot *const old = slots_;
     const size_t old_size = mask_ + 1;
     size_t released_kept = size * 5 / 8 - live;
-    slots_ = static_cast<entry *>(map(size * sizeof(entry)));
+    slots_ = static_cast<slot *>(map(size * sizeof(slot)));
     mask_ = size - 1;
     limit_ = size - size / 4;
     used_ = 0;
     if (!old)
         return;
-    for (size_t slot = 0; slot < old_size; ++slot) {
-        const entry &moved = old[slot];
+    for (size_t at = 0; at < old_size; ++at) {
+        const slot &moved = old[at];
         if (moved.address == 0)
             continue;
-        if (!moved.live && released_kept == 0) {
-            unname(moved.owner);
+        if (!moved.noted.live && released_kept == 0) {
+            unname(moved.noted.owner);
             continue;
         }
-        released_kept -= !moved.live;
-        *probe(moved.address) = moved;
+        released_kept -= !moved.noted.live;
+        probe(moved.address) = moved;
         ++used_;
     }
-    munmap(old, old_size * sizeof(entry));
+    munmap(old, old_size * sizeof(slot));
 }
 
 } // namespace
 
-registry_lock::registry_lock() : locked_(!HAS_ONE_THREAD)
+namespace table {
+
+window recent[recent_windows];
+owner *pieces[24];
+
+entry *find_slowly(uintptr_t address)
 {
-    if (locked_)
-        mutex.lock();
+    if (entry *const small = is_word(address) ? windows.slot_of(address) : nullptr; small && small->known)
+        return small;
+    return entries.find(address);
 }
 
-registry_lock::~registry_lock()
+} // namespace table
+
+void registry_lock::lock()
 {
-    if (locked_)
-        mutex.unlock();
+    mutex.lock();
 }
 
-entry *find(const void *address)
+void registry_lock::unlock()
 {
-    return entries.find(reinterpret_cast<uintptr_t>(address));
+    mutex.unlock();
 }
 
-entry *book(const void *address, kind what, owner_number of, place where)
+/* An address has an entry in one of the tables only. */
+entry *book(const void *address, kind what, owner_number of, place where, size_t size)
 {
-    entry *booked = entries.insert(reinterpret_cast<uintptr_t>(address));
+    const auto number = reinterpret_cast<uintptr_t>(address);
+    entry *booked = is_word(number) ? windows.slot_of(number) : nullptr;
+    if (!booked && size <= largest_small_block && is_word(number))
+        booked = windows.make_slot(number);
+    if (booked && !booked->known)
+        forget(address);
+    if (!booked)
+        booked = entries.insert(number);
     const owner_number before = booked->owner;
-    entries.live += !booked->live;
-    *booked = {reinterpret_cast<uintptr_t>(address), where, of, what, true};
+    *booked = {where, of, what, true, true};
     if (of != 0)
-        ++owners.at(of).entries;
-    unname(before);
+        ++owner_at(of).entries;
+    if (before != 0)
+        unname(before);
     return booked;
 }
 
@@ -224,17 +336,16 @@ void mark_released(const void *address, place where)
         return;
     released->live = false;
     released->last_place = where;
-    --entries.live;
     if (released->what == kind::head && released->owner != 0) {
-        owners.at(released->owner).live = false;
-        owners.at(released->owner).released = where;
+        owner_at(released->owner).live = false;
+        owner_at(released->owner).released = where;
     }
 }
 
 void hand_over(const void *address, owner_number to)
 {
     if (entry *const handed = find(address)) {
-        ++owners.at(to).entries;
+        ++owner_at(to).entries;
         unname(std::exchange(handed->owner, to));
     }
 }
@@ -244,27 +355,25 @@ void forget(const void *address)
     entry *const known = find(address);
     if (!known)
         return;
-    entries.live -= known->live;
     const owner_number before = known->owner;
-    entries.erase(known);
+    const auto number = reinterpret_cast<uintptr_t>(address);
+    if (known == entries.find(number))
+        entries.erase(number);
+    else
+        *known = {};
     unname(before);
-}
-
-owner &owner_at(owner_number number)
-{
-    return owners.at(number);
 }
 
 owner_number new_owner(const family &of, place made)
 {
     const owner_number number = owners.take();
-    owners.at(number) = {nullptr, &of, made, nullptr, 0, 0, 0, 0, true, false, false};
+    owner_at(number) = {nullptr, &of, made, nullptr, 0, 0, 0, 0, true, false, false};
     return number;
 }
 
 void drop_if_unused(owner_number number)
 {
-    owner &unused = owners.at(number);
+    owner &unused = owner_at(number);
     if (unused.entries != 0)
         return;
     const owner_number next = unused.joined_to;
@@ -272,46 +381,43 @@ void drop_if_unused(owner_number number)
     unname(next);
 }
 
-owner_number resolved(owner_number number)
-{
-    while (number != 0 && owners.at(number).joined_to != 0)
-        number = owners.at(number).joined_to;
-    return number;
-}
-
 owner_number join(owner_number from, owner_number to)
 {
-    owner &old = owners.at(from);
+    owner &old = owner_at(from);
     owner_number fresh = 0;
     if (entry *const head = find(old.container); head && head->live && head->owner == from) {
         fresh = new_owner(*old.of, old.made);
-        owners.at(fresh) = {old.container, old.of, old.made,    nullptr,    0, 1, 0,
-                            old.edits,     true,   old.excused, old.foreign};
+        owner_at(fresh) = {old.container, old.of, old.made,    nullptr,    0, 1, 0,
+                           old.edits,     true,   old.excused, old.foreign};
         head->owner = fresh;
         --old.entries;
     }
     old.joined_to = to;
-    ++owners.at(to).entries;
+    ++owner_at(to).entries;
     drop_if_unused(from);
     return fresh;
+}
+
+void for_each_live(void (*visit)(const void *address, const entry &, void *context), void *context)
+{
+    const auto visit_live = [=](uintptr_t address, const entry &known) {
+        if (known.live)
+            visit(reinterpret_cast<const void *>(address), known, context);
+    };
+    windows.for_each(visit_live);
+    entries.for_each(visit_live);
 }
 
 tally count_live()
 {
     tally count = {};
-    entries.for_each([&count](const entry &known) {
-        if (known.live)
-            ++(known.what == kind::head ? count.containers : count.blocks);
-    });
+    for_each_live(
+        [](const void *, const entry &known, void *counted) {
+            auto *const to = static_cast<tally *>(counted);
+            ++(known.what == kind::head ? to->containers : to->blocks);
+        },
+        &count);
     return count;
-}
-
-void for_each_live(void (*visit)(const entry &, void *context), void *context)
-{
-    entries.for_each([=](const entry &known) {
-        if (known.live)
-            visit(known, context);
-    });
 }
 
 } // namespace mova::checked

@@ -6,7 +6,7 @@
                                                                       |
                                               joined_to, where its nodes moved to another container
 
-   Entries lie in one table by address; owners in another by number, where 0 is nobody. Whoever was seen released stays known
+   Entries lie in tables by address; owners in one by number, where 0 is nobody. Whoever was seen released stays known
    until its address is used again or room is needed, so that a late use of it can be told from a stranger's. What was never
    seen is unknown, and nothing is said against it.
 
@@ -16,6 +16,10 @@
 
 #include <cstddef>
 #include <cstdint>
+
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#endif
 
 namespace mova::checked {
 
@@ -48,14 +52,14 @@ enum class kind : uint8_t { head, block, iterator, item };
 using owner_number = uint32_t;
 
 struct entry {
-    uintptr_t address;
     place last_place; /* where it was made, or where it was released */
     owner_number owner;
     kind what;
     bool live;
+    bool known; /* false where nothing is known of the address */
 };
 
-struct owner {
+struct alignas(64) owner {
     const void *container;
     const family *of;
     place made, released;
@@ -71,20 +75,92 @@ struct owner {
 /* Holds the lock while it lives. What is declared below asks for it. */
 class registry_lock {
 public:
-    registry_lock();
-    ~registry_lock();
+    registry_lock() : locked_(!has_one_thread())
+    {
+        if (locked_)
+            lock();
+    }
+    ~registry_lock()
+    {
+        if (locked_)
+            unlock();
+    }
     registry_lock(const registry_lock &) = delete;
     registry_lock &operator=(const registry_lock &) = delete;
 
 private:
+    static bool has_one_thread()
+    {
+#if __has_include(<sys/single_threaded.h>)
+        return __libc_single_threaded;
+#else
+        return false;
+#endif
+    }
+    static void lock();
+    static void unlock();
+
     bool locked_;
 };
 
-/* The entry of an address, or null. It may move with the next insertion. */
-entry *find(const void *address);
+/* Where entries and owners lie: registry.cpp says how. */
+namespace table {
 
-/* Notes what lies at the address from now on, whatever lay there before. */
-entry *book(const void *address, kind what, owner_number of, place where);
+constexpr unsigned window_bits = 8;
+constexpr unsigned word_bits = sizeof(void *) == 8 ? 3 : 2;
+constexpr size_t window_slots = size_t{1} << (window_bits - word_bits);
+constexpr size_t recent_windows = 64;
+
+/* A piece of memory, and a slot for each word in it. */
+struct window {
+    uintptr_t tag; /* its address, less the bits within it, inverted: no address has the tag 0 */
+    entry *slots;  /* null where there is none */
+};
+
+inline uintptr_t tag_of(uintptr_t address)
+{
+    return ~(address >> window_bits);
+}
+
+extern window recent[recent_windows];
+
+entry *find_slowly(uintptr_t address);
+
+/* Owners are in pieces, each twice as long as the one before, that never move. */
+constexpr unsigned first_piece_bits = 8;
+constexpr owner_number first_piece = owner_number{1} << first_piece_bits;
+extern owner *pieces[24];
+
+/* Numbers 0 to 255 are in piece 0, the next 512 in piece 1, and so on. */
+inline unsigned piece_of(owner_number number)
+{
+    return 31 - first_piece_bits - static_cast<unsigned>(__builtin_clz(number + first_piece));
+}
+
+} // namespace table
+
+/* The entry of an address, or null. It may move with the next insertion. */
+inline entry *find(const void *address)
+{
+    const auto number = reinterpret_cast<uintptr_t>(address);
+    const uintptr_t tag = table::tag_of(number);
+    const table::window &recent = table::recent[tag % table::recent_windows];
+    if (recent.tag == tag && number % sizeof(void *) == 0) {
+        entry *const slot = &recent.slots[(number >> table::word_bits) % table::window_slots];
+        if (slot->known)
+            return slot;
+    }
+    return table::find_slowly(number);
+}
+
+inline owner &owner_at(owner_number number)
+{
+    const unsigned piece = table::piece_of(number);
+    return table::pieces[piece][number + table::first_piece - (table::first_piece << piece)];
+}
+
+/* Notes what lies at the address from now on, whatever lay there before, and how large it is where that is known. */
+entry *book(const void *address, kind what, owner_number of, place where, size_t size = SIZE_MAX);
 
 /* Notes that it lies there no longer. Knows nothing of it where nobody had booked it. */
 void mark_released(const void *address, place where);
@@ -95,8 +171,6 @@ void hand_over(const void *address, owner_number to);
 /* Forgets the address. */
 void forget(const void *address);
 
-owner &owner_at(owner_number number);
-
 /* The number of a new owner without a container yet. */
 owner_number new_owner(const family &of, place made);
 
@@ -104,7 +178,12 @@ owner_number new_owner(const family &of, place made);
 void drop_if_unused(owner_number number);
 
 /* The owner that the nodes of `number` are in now. */
-owner_number resolved(owner_number number);
+inline owner_number resolved(owner_number number)
+{
+    while (number != 0 && owner_at(number).joined_to != 0)
+        number = owner_at(number).joined_to;
+    return number;
+}
 
 /* All nodes of `from` are of `to` from now on: in constant time, by naming `to` in the owner that they name. The container
    of `from` gets another owner, whose number is returned; 0 where it is gone. */
@@ -117,8 +196,8 @@ struct tally {
 /* How many containers and blocks live. */
 tally count_live();
 
-/* Calls `visit(entry, context)` for every live entry. */
-void for_each_live(void (*visit)(const entry &, void *context), void *context);
+/* Calls `visit(address, entry, context)` for every live entry. */
+void for_each_live(void (*visit)(const void *address, const entry &, void *context), void *context);
 
 } // namespace mova::checked
 
