@@ -166,6 +166,7 @@ inline constexpr row HSH_release{hsh::gone};
 inline constexpr row HSH_set_value{hsh::edit, hsh::key{}, hsh::room{}, hsh::stores{}};
 inline constexpr row HSH_get_value{hsh::read};
 inline constexpr row HSH_contains_key{hsh::read};
+inline constexpr row mova_hash_find_slot{role{}};
 inline constexpr row HSH_remove_entry{hsh::edit, hsh::removes{}};
 inline constexpr row HSH_all_entries{hsh::read};
 inline constexpr row HSH_next{hsh::walks{}};

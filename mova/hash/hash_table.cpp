@@ -69,22 +69,6 @@ void use_arrays(HSH_table *table, arrays fresh, int32_t capacity)
     table->values = fresh.values;
 }
 
-/* The slot that holds `key`, or the empty slot where it belongs. Most keys stand in their home slot. */
-size_t probe_from_home(const HSH_table *table, mova_word key)
-{
-    assert(table->count < table->capacity); /* invariant 4: an empty slot ends every search */
-    const mova_word *keys = table->keys;
-    const size_t home = home_of(table, key);
-    if (!keys[home] || keys[home] == key)
-        return home;
-    return probe(keys, mask_of(table), home, key);
-}
-
-void prefetch_value(const HSH_table *table, mova_word key)
-{
-    __builtin_prefetch(table->values + home_of(table, key));
-}
-
 /* Stores an entry whose key is not in the table, which has room for it. */
 void place(HSH_table *table, mova_word key, mova_word value)
 {
@@ -139,12 +123,12 @@ void shrink_without(HSH_table *table, size_t slot)
 /* The slot of `key`, which is put into the table where it is absent. Its value is the caller's to store. */
 size_t slot_for(HSH_table *table, mova_word key)
 {
-    size_t slot = probe_from_home(table, key);
+    size_t slot = mova_hsh_slot(table, key);
     if (table->keys[slot])
         return slot;
     if (table->count >= table->high_water_mark) {
         grow(table);
-        slot = probe_from_home(table, key);
+        slot = mova_hsh_slot(table, key);
     }
     ++table->count;
     table->keys[slot] = key;
@@ -175,28 +159,21 @@ mova_word HSH_set_value(HSH_table *table, mova_word key, mova_word value)
 {
     if (!key)
         return 0;
-    prefetch_value(table, key);
+    __builtin_prefetch(table->values + home_of(table, key));
     const size_t slot = slot_for(table, key); /* which may give the table other arrays */
     table->values[slot] = value;
     assert(intact(broken_record_invariant(*table)));
     return value;
 }
 
-mova_word HSH_get_value(const HSH_table *table, mova_word key)
+size_t mova_hash_find_slot(const mova_word *keys, size_t mask, size_t slot, mova_word key)
 {
-    prefetch_value(table, key);
-    const size_t slot = probe_from_home(table, key);
-    return table->keys[slot] ? table->values[slot] : 0;
-}
-
-int HSH_contains_key(const HSH_table *table, mova_word key)
-{
-    return table->keys[probe_from_home(table, key)] != 0;
+    return probe(keys, mask, slot, key);
 }
 
 int HSH_remove_entry(HSH_table *table, mova_word key)
 {
-    const size_t slot = probe_from_home(table, key);
+    const size_t slot = mova_hsh_slot(table, key);
     if (!table->keys[slot])
         return -1;
     if (table->count > table->low_water_mark)

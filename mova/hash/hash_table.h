@@ -68,17 +68,10 @@
 #ifndef MOVA_HASH_HASH_TABLE_H
 #define MOVA_HASH_HASH_TABLE_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include <mova/frame/host.h>
-#include <mova/frame/inline.h>
-
-/* The source file that owns the symbols of the functions whose bodies stand here says so. */
-#ifdef MOVA_OWN_HASH_TABLE
-#define HSH_INLINE
-#else
-#define HSH_INLINE MOVA_INLINE
-#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -133,32 +126,21 @@ mova_word HSH_get_value(const HSH_table *table, mova_word key);
 /* Returns 1 where `key` is stored, else 0. */
 int HSH_contains_key(const HSH_table *table, mova_word key);
 
+/* Returns the first of a table's slots, from `slot` on and around the end, that holds `key` or is empty. The three above go on
+   with it where the key's home slot is another key's; programs have no use for it. `mask` is the table's. Linear in the
+   number of slots that are passed. */
+size_t mova_hash_find_slot(const mova_word *keys, size_t mask, size_t slot, mova_word key);
+
 /* Removes `key` and its value. Returns -1 where the key is absent, else a number that is not negative and says nothing
    more. May resize the table: then linear. */
 int HSH_remove_entry(HSH_table *table, mova_word key);
 
 /* Returns an iterator over all entries, in the order of their slots. It allocates nothing. */
-HSH_INLINE HSH_iterator HSH_all_entries(HSH_table *table)
-{
-    HSH_iterator iterator = {table, table->count ? 0 : table->capacity};
-    return iterator;
-}
+HSH_iterator HSH_all_entries(HSH_table *table);
 
 /* Stores the next key and its value and returns 1, or returns 0 and stores nothing when the iteration is over. Linear
    in the number of empty slots that are passed. */
-HSH_INLINE int HSH_next(HSH_iterator *iterator, mova_word *key, mova_word *value)
-{
-    const HSH_table *table = iterator->table;
-    while (iterator->index < table->capacity) {
-        const int32_t slot = iterator->index++;
-        if (table->keys[slot]) {
-            *key = table->keys[slot];
-            *value = table->values[slot];
-            return 1;
-        }
-    }
-    return 0;
-}
+int HSH_next(HSH_iterator *iterator, mova_word *key, mova_word *value);
 
 /* Returns how well the keys are spread, to find out why a table is slow: where `mean_hit` is above 3 or `longest_miss` in
    the thousands, make the table with `best_shift`, or mix the keys before they are stored. Changes nothing. Allocates 4
@@ -170,6 +152,9 @@ mova_hash_statistics mova_hash_table_statistics(const HSH_table *table);
 #ifdef __cplusplus
 }
 #endif
-#undef HSH_INLINE
+
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_HASH_TABLE
+#include <mova/hash/inline/hash_table.h>
+#endif
 
 #endif

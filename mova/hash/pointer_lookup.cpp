@@ -1,4 +1,5 @@
 /* SPDX-License-Identifier: MIT */
+#define MOVA_OWN_POINTER_LOOKUP
 #include <mova/hash/pointer_lookup.h>
 
 #include <mova/frame/internal/assert.h>
@@ -56,11 +57,6 @@ mova_word mova_lu_add(mova_lookup *lookup, mova_word key, mova_word value)
     lookup->front_key = key;
     lookup->front_value = value;
     return moved;
-}
-
-mova_word mova_lu_get(const mova_lookup *lookup, mova_word key)
-{
-    return key == lookup->front_key ? lookup->front_value : HSH_get_value(lookup->table, key);
 }
 
 void mova_lu_remove(mova_lookup *lookup, mova_word key)

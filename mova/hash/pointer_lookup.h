@@ -83,4 +83,8 @@ mova_hash_statistics mova_lu_statistics(const mova_lookup *lookup);
 }
 #endif
 
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_POINTER_LOOKUP
+#include <mova/hash/inline/pointer_lookup.h>
+#endif
+
 #endif

@@ -65,17 +65,8 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <string.h>
 
 #include <mova/frame/inline.h>
-#include <mova/lists/iterator_step.h>
-
-/* The source file that owns the symbols of the functions whose bodies stand here says so. */
-#ifdef MOVA_OWN_ELEMENT_LIST
-#define EL_INLINE
-#else
-#define EL_INLINE MOVA_INLINE
-#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -235,86 +226,36 @@ EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position) __attribut
 /* Returns an iterator that delivers, of the nodes from `from` to `to`, both inclusive, those whose element `test`
    accepts. A null test accepts all. Walks along `next` where `forward` is non-zero, else along `prev`; on a ring it
    may cross the seam. */
-EL_INLINE EL_iterator EL_tested_items_inbetween(const EL_list *list, EL_node *from, EL_node *to, int forward,
-                                                EL_test test)
-{
-    EL_iterator iterator = {NULL, from, to, forward, list->element_size, test};
-    return iterator;
-}
+EL_iterator EL_tested_items_inbetween(const EL_list *list, EL_node *from, EL_node *to, int forward, EL_test test);
 
 /* As EL_tested_items_inbetween, without a test. */
-EL_INLINE EL_iterator EL_all_items_inbetween(const EL_list *list, EL_node *from, EL_node *to, int forward)
-{
-    return EL_tested_items_inbetween(list, from, to, forward, NULL);
-}
+EL_iterator EL_all_items_inbetween(const EL_list *list, EL_node *from, EL_node *to, int forward);
 
 /* Returns an iterator over all elements, first to last. */
-EL_INLINE EL_iterator EL_all_items(const EL_list *list)
-{
-    return EL_all_items_inbetween(list, list->first, list->last, 1);
-}
+EL_iterator EL_all_items(const EL_list *list);
 
 /* Returns an iterator over all elements, last to first. */
-EL_INLINE EL_iterator EL_all_items_reversed(const EL_list *list)
-{
-    return EL_all_items_inbetween(list, list->last, list->first, 0);
-}
-
-/* Makes `next` the current node and fetches its successor. */
-MOVA_INLINE_PART EL_node *mova_el_take_next_node(EL_iterator *iterator)
-{
-    EL_node *node = iterator->next;
-    iterator->current = node;
-    iterator->next =
-        MOVA_POINTER(EL_node, mova_iterator_step(node, iterator->end, iterator->forward, node->prev, node->next));
-    return node;
-}
+EL_iterator EL_all_items_reversed(const EL_list *list);
 
 /* Returns 1 and stores the next accepted node in `*position`, or returns 0 when the iteration is over. The node is
    stored before the test is asked, so after a 0 that follows rejected ones `*position` holds the last of them.
    Linear in the number of rejected elements. */
-EL_INLINE int EL_next_position(EL_iterator *iterator, EL_node **position)
-{
-    while (iterator->next) {
-        EL_node *node = mova_el_take_next_node(iterator);
-        *position = node;
-        if (!iterator->test || iterator->test(mova_el_element(node)))
-            return 1;
-    }
-    return 0;
-}
+int EL_next_position(EL_iterator *iterator, EL_node **position);
 
 /* As EL_next_position, but stores a pointer to the element inside the node. */
-EL_INLINE int EL_next_item(EL_iterator *iterator, void **element)
-{
-    while (iterator->next) {
-        EL_node *node = mova_el_take_next_node(iterator);
-        *element = mova_el_element(node);
-        if (!iterator->test || iterator->test(mova_el_element(node)))
-            return 1;
-    }
-    return 0;
-}
+int EL_next_item(EL_iterator *iterator, void **element);
 
 /* Returns 1 and copies the next accepted element into `buffer`, or returns 0 when the iteration is over. Unlike the
    two above it copies only what was accepted: after a 0 the buffer is untouched. */
-EL_INLINE int EL_next_item_copy(EL_iterator *iterator, void *buffer)
-{
-    while (iterator->next) {
-        EL_node *node = mova_el_take_next_node(iterator);
-        if (!iterator->test || iterator->test(mova_el_element(node))) {
-            if (iterator->element_size != 0)
-                memcpy(buffer, mova_el_element(node), iterator->element_size);
-            return 1;
-        }
-    }
-    return 0;
-}
+int EL_next_item_copy(EL_iterator *iterator, void *buffer);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif
-#undef EL_INLINE
+
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_ELEMENT_LIST
+#include <mova/lists/inline/element_list.h>
+#endif
 
 #endif

@@ -65,16 +65,6 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include <mova/frame/inline.h>
-#include <mova/lists/iterator_step.h>
-
-/* The source file that owns the symbols of the functions whose bodies stand here says so. */
-#ifdef MOVA_OWN_GENERIC_LIST
-#define GL_INLINE
-#else
-#define GL_INLINE MOVA_INLINE
-#endif
-
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -188,88 +178,41 @@ void GL_swap_item(GL_node *position, void **item);
 /* ---- iteration: none of these allocates ---- */
 
 /* Returns an iterator that delivers nothing. */
-GL_INLINE GL_iterator GL_empty_iter(void)
-{
-    GL_iterator iterator = {NULL, NULL, NULL, 1, NULL};
-    return iterator;
-}
+GL_iterator GL_empty_iter(void);
 
 /* Returns an iterator that delivers, of the nodes from `from` to `to`, both inclusive, those whose item `test`
    accepts. A null test accepts all. Walks towards the back where `forward` is non-zero, else towards the front.
    The list argument is not used. */
-GL_INLINE GL_iterator GL_tested_items_inbetween(const GL_list *list, GL_node *from, GL_node *to, int forward,
-                                                GL_test test)
-{
-    GL_iterator iterator = {NULL, from, to, forward, test};
-    (void)list;
-    return iterator;
-}
+GL_iterator GL_tested_items_inbetween(const GL_list *list, GL_node *from, GL_node *to, int forward, GL_test test);
 
 /* As GL_tested_items_inbetween, without a test. */
-GL_INLINE GL_iterator GL_all_items_inbetween(const GL_list *list, GL_node *from, GL_node *to, int forward)
-{
-    return GL_tested_items_inbetween(list, from, to, forward, NULL);
-}
+GL_iterator GL_all_items_inbetween(const GL_list *list, GL_node *from, GL_node *to, int forward);
 
 /* Returns an iterator over the items that `test` accepts, first to last. */
-GL_INLINE GL_iterator GL_tested_items(const GL_list *list, GL_test test)
-{
-    return GL_tested_items_inbetween(list, list->first, list->last, 1, test);
-}
+GL_iterator GL_tested_items(const GL_list *list, GL_test test);
 
 /* Returns an iterator over all items, first to last. */
-GL_INLINE GL_iterator GL_all_items(const GL_list *list)
-{
-    return GL_tested_items(list, NULL);
-}
+GL_iterator GL_all_items(const GL_list *list);
 
 /* Returns an iterator over all items, last to first. */
-GL_INLINE GL_iterator GL_all_items_reversed(const GL_list *list)
-{
-    return GL_tested_items_inbetween(list, list->last, list->first, 0, NULL);
-}
-
-/* Makes `next` the current node and fetches its successor. */
-MOVA_INLINE_PART GL_node *mova_gl_take_next_node(GL_iterator *iterator)
-{
-    GL_node *node = iterator->next;
-    iterator->current = node;
-    iterator->next =
-        MOVA_POINTER(GL_node, mova_iterator_step(node, iterator->end, iterator->forward, node->prev, node->next));
-    return node;
-}
+GL_iterator GL_all_items_reversed(const GL_list *list);
 
 /* Returns 1 and stores the next accepted item in `*item`, or returns 0 when the iteration is over. The item is stored
    before the test is asked, so after a 0 that follows rejected items `*item` holds the last of them; after a 0 with
    nothing left to deliver it is untouched. Linear in the number of rejected items. An item that the test throws or jumps
    for has been passed: the next step delivers what comes after it. */
-GL_INLINE int GL_next_item(GL_iterator *iterator, void **item)
-{
-    while (iterator->next) {
-        GL_node *node = mova_gl_take_next_node(iterator);
-        *item = node->item;
-        if (!iterator->test || iterator->test(node->item))
-            return 1;
-    }
-    return 0;
-}
+int GL_next_item(GL_iterator *iterator, void **item);
 
 /* As GL_next_item, but stores the node. The test is asked about the node's item. */
-GL_INLINE int GL_next_position(GL_iterator *iterator, GL_node **position)
-{
-    while (iterator->next) {
-        GL_node *node = mova_gl_take_next_node(iterator);
-        *position = node;
-        if (!iterator->test || iterator->test(node->item))
-            return 1;
-    }
-    return 0;
-}
+int GL_next_position(GL_iterator *iterator, GL_node **position);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif
-#undef GL_INLINE
+
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_GENERIC_LIST
+#include <mova/lists/inline/generic_list.h>
+#endif
 
 #endif

@@ -51,16 +51,6 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include <mova/frame/inline.h>
-#include <mova/lists/iterator_step.h>
-
-/* The source file that owns the symbols of the functions whose bodies stand here says so. */
-#ifdef MOVA_OWN_SIMPLE_LIST
-#define SL_INLINE
-#else
-#define SL_INLINE MOVA_INLINE
-#endif
-
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -197,73 +187,40 @@ void SL_roll(SL_list *list, void *item);
 /* ---- iteration: none of these allocates ---- */
 
 /* Returns an iterator that delivers nothing. */
-SL_INLINE SL_iterator SL_empty_iter(void)
-{
-    SL_iterator iterator = {NULL, NULL, NULL, 1, 0, NULL};
-    return iterator;
-}
+SL_iterator SL_empty_iter(void);
 
 /* Returns an iterator that delivers, of the items from `from` to `to`, both inclusive, those that `test` accepts. A
    null test accepts all. Walks along `next` where `forward` is non-zero, else along `prev`; on a ring it may cross
    the seam. The list argument is not used. */
-SL_INLINE SL_iterator SL_tested_items_inbetween(const SL_list *list, void *from, void *to, int forward, SL_test test)
-{
-    SL_iterator iterator = {NULL, from, to, forward, 0, test};
-    (void)list;
-    return iterator;
-}
+SL_iterator SL_tested_items_inbetween(const SL_list *list, void *from, void *to, int forward, SL_test test);
 
 /* As SL_tested_items_inbetween, without a test. */
-SL_INLINE SL_iterator SL_all_items_inbetween(const SL_list *list, void *from, void *to, int forward)
-{
-    return SL_tested_items_inbetween(list, from, to, forward, NULL);
-}
+SL_iterator SL_all_items_inbetween(const SL_list *list, void *from, void *to, int forward);
 
 /* Returns an iterator over the items that `test` accepts, first to last. */
-SL_INLINE SL_iterator SL_tested_items(const SL_list *list, SL_test test)
-{
-    return SL_tested_items_inbetween(list, list->first, list->last, 1, test);
-}
+SL_iterator SL_tested_items(const SL_list *list, SL_test test);
 
 /* Returns an iterator over the items that `test` accepts, last to first. */
-SL_INLINE SL_iterator SL_tested_items_reversed(const SL_list *list, SL_test test)
-{
-    return SL_tested_items_inbetween(list, list->last, list->first, 0, test);
-}
+SL_iterator SL_tested_items_reversed(const SL_list *list, SL_test test);
 
 /* Returns an iterator over all items, first to last. */
-SL_INLINE SL_iterator SL_all_items(const SL_list *list)
-{
-    return SL_tested_items(list, NULL);
-}
+SL_iterator SL_all_items(const SL_list *list);
 
 /* Returns an iterator over all items, last to first. */
-SL_INLINE SL_iterator SL_all_items_reversed(const SL_list *list)
-{
-    return SL_tested_items_reversed(list, NULL);
-}
+SL_iterator SL_all_items_reversed(const SL_list *list);
 
 /* Returns 1 and stores the next accepted item in `*item`, or returns 0 and leaves `*item` when the iteration is
    over: unlike a pointer list's, this iterator stores only what was accepted. Linear in the number of rejected
    items. */
-SL_INLINE int SL_next_item(SL_iterator *iterator, void **item)
-{
-    while (iterator->upcoming) {
-        mova_sl_links *node = MOVA_POINTER(mova_sl_links, iterator->upcoming);
-        iterator->current = node;
-        iterator->upcoming = mova_iterator_step(node, iterator->end, iterator->forward, node->prev, node->next);
-        if (!iterator->test || iterator->test(node)) {
-            *item = node;
-            return 1;
-        }
-    }
-    return 0;
-}
+int SL_next_item(SL_iterator *iterator, void **item);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif
-#undef SL_INLINE
+
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_SIMPLE_LIST
+#include <mova/lists/inline/simple_list.h>
+#endif
 
 #endif

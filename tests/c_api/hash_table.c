@@ -30,6 +30,7 @@ static void set_get_and_contain(void)
     CHECK(HSH_set_value(table, 9, 0) == 0);
     CHECK(HSH_get_value(table, 9) == 0 && HSH_contains_key(table, 9) == 1);
     CHECK(HSH_get_value(table, 101) == 0 && HSH_contains_key(table, 101) == 0);
+    CHECK(table->keys[mova_hash_find_slot(table->keys, (size_t)table->mask, 0, 0)] == 0);
     CHECK(mova_hash_table_statistics(table).longest_hit >= 1);
     CHECK(HSH_set_value(table, 0, 1) == 0 && table->count == 100);
     HSH_release(&table);

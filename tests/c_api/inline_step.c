@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /* A caller's loops, which an optimising compiler is to put together without a call of the library. */
 #include <mova/hash/hash_table.h>
+#include <mova/hash/pointer_lookup.h>
 #include <mova/lists/element_list.h>
 #include <mova/lists/generic_list.h>
 #include <mova/lists/simple_list.h>
@@ -11,6 +12,7 @@ long sum_of_copied_elements(const EL_list *list);
 long number_of_positions(const EL_list *list);
 long sum_of_records(const SL_list *list);
 mova_word sum_of_entries(HSH_table *table);
+mova_word value_of(const mova_lookup *lookup, mova_word key);
 
 struct record {
     struct record *prev, *next;
@@ -74,4 +76,10 @@ mova_word sum_of_entries(HSH_table *table)
     while (HSH_next(&iterator, &key, &value))
         sum += key + value;
     return sum;
+}
+
+/* Where the keys stand in their home slots. */
+mova_word value_of(const mova_lookup *lookup, mova_word key)
+{
+    return HSH_contains_key(lookup->table, key) ? mova_lu_get(lookup, key) : 0;
 }

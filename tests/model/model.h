@@ -31,9 +31,14 @@ bool add_model(model added);
 const std::vector<model> &models();
 const model &model_of(const std::string &family);
 
+/* Whether the interpreters call the exported functions, not the bodies that some have in the headers. */
+inline bool calls_exported_form = false;
+
+/* The last byte chooses the form: hardly an interpreter sees that one. */
 template <class Interpreter>
 void run_interpreter(std::span<const uint8_t> bytes)
 {
+    calls_exported_form = !bytes.empty() && bytes.back() % 2 != 0;
     Interpreter(byte_source(bytes)).run();
     require(recording_host::get().live_blocks() == 0, "memory is left");
 }

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-#include <mova/hash/hash_table.h>
+#include <mova/hash/inline/hash_table.h>
 
 namespace mova::hash {
 
@@ -16,7 +16,7 @@ inline size_t mask_of(const HSH_table *table)
 
 inline size_t home_of(const HSH_table *table, mova_word key)
 {
-    return (static_cast<uint32_t>(key) >> table->shift) & mask_of(table);
+    return mova_hsh_home(table, key);
 }
 
 } // namespace mova::hash
