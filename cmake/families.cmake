@@ -17,7 +17,7 @@ set(family_table
     "id_lookup_table      arrays  io_lut_                     model c checked"
     "sorted_number_array  arrays  SA_                         model c checked"
     "swap_cache           cache   cc_                         model c bench checked"
-    "colour_table         clut    CLUT_,RGBLUT_,clut_,GE_     model c bench"
+    "colour_table         clut    CLUT_,RGBLUT_,clut_,GE_     model c bench checked"
     "hash_table           hash    HSH_,mova_hash_             model c bench checked"
     "pointer_lookup       hash    mova_lu_                    model c checked"
     "double_list          lists   DBLL_                       model c checked"

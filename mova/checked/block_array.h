@@ -78,7 +78,8 @@ struct index : role {
         const int32_t i = std::get<1>(arguments);
         if (i >= 0 && i < in->count + (may_be_end ? 1 : 0))
             return;
-        made.wrong().say("the index %d is not in an array of %d elements", i, in->count);
+        made.wrong().say("the index is out of range");
+        made.wrong().add(nullptr, "%-10s %d of %d elements", "index", i, in->count);
         show(made, in);
     }
 
@@ -107,7 +108,7 @@ struct one_more_element : role {
         if (in->count < in->capacity)
             return;
         if (in->increment < 1)
-            made.wrong().say("the array is full, and its increment is %d", in->increment);
+            made.wrong().say("the array is full, and its increment is below 1");
         else if (in->count > most_elements - in->increment)
             made.wrong().say("the array would have more than %d elements", most_elements);
         else if (in->capacity > 0 && lies_in(element, in->data, elements_bytes(in->capacity, in->element_size)))

@@ -41,7 +41,7 @@ struct not_negative : role {
     void before(call &made, const auto &arguments) const
     {
         if (std::get<Argument>(arguments) < 0)
-            made.wrong().say("the %s is %d", what, std::get<Argument>(arguments));
+            made.wrong().say("the %s is negative", what);
     }
 
     const char *what;
@@ -51,7 +51,7 @@ struct increment : role {
     static void before(call &made, const auto &arguments)
     {
         if (std::get<1>(arguments) < 1)
-            made.wrong().say("the increment is %d", std::get<1>(arguments));
+            made.wrong().say("the increment is below 1");
     }
 };
 
@@ -127,7 +127,8 @@ struct deletes : role {
         const auto [array, i, n] = arguments;
         if (made.used(0) == 0 || int64_t{i} + n <= array->nitems)
             return;
-        made.wrong().say("there are no %d elements from %d on", n, i);
+        made.wrong().say("the elements reach past the end");
+        made.wrong().add(nullptr, "%-10s %d from %d on, of %d", "elements", n, i, array->nitems);
         made.wrong().show_container(made.used(0));
     }
 };

@@ -41,7 +41,7 @@ struct sets : role {
     {
         const int32_t id = std::get<2>(arguments);
         if (id < 1)
-            made.wrong().say("the id is %d", id);
+            made.wrong().say("the id is below 1");
         else
             da::judge_growth(made, std::get<0>(arguments), int64_t{id} + 1, int64_t{id} + 1);
     }

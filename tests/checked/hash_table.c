@@ -185,9 +185,9 @@ static const misuse_cell cells[] = {
     {"walked anew", 11, "HSH_next: the table was edited while it is walked", walked_anew},
     {"walk outlived its table", 4, "HSH_next: the table was released", walk_outlived_its_table},
     {"key 0", 11, "HSH_set_value: the key is 0", zero_key},
-    {"too large", 7, "HSH_create: a table cannot have 1073741825 slots", too_large},
-    {"negative shift", 7, "HSH_create: the maximum shift is -1", negative_shift},
-    {"too many slots", 7, "HSH_set_value: the table would have more than 1073741824 slots", too_many_slots},
+    {"too large", 7, "HSH_create: the size is above 2^30", too_large},
+    {"negative shift", 7, "HSH_create: the maximum shift is negative", negative_shift},
+    {"too many slots", 7, "HSH_set_value: the table would have more than 2^30 slots", too_many_slots},
     {"damaged count", 13, "HSH_release: the table breaks its invariant 4", damaged_count},
     {"damaged key", 13, "HSH_release: the table breaks its invariant 5", damaged_key},
 };

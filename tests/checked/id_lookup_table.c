@@ -130,7 +130,7 @@ static const misuse_cell cells[] = {
     {"storage was released", 11, "io_lut_next_item: the storage that the iterator reads was released",
      storage_was_released},
     {"became longer", 11, "io_lut_next_item: the table became longer since the iterator was made", became_longer},
-    {"id 0", 7, "io_lut_set: the id is 0", id_zero},
+    {"id 0", 7, "io_lut_set: the id is below 1", id_zero},
     {"too large an id", 7, "io_lut_set: the array would have more than 2147483647 elements", too_large_an_id},
     {"damaged length", 13, "io_lut_release: the table breaks its invariant 3", damaged_length},
 };
