@@ -44,8 +44,9 @@ namespace hsh {
 
 /* ---- edits while a table is walked ----
 
-   An iterator is the program's record, and nothing is known of its copies. So each step notes where it has left the record at
-   that address; a later one that finds it there goes on with that walk. */
+   An iterator is the program's record, and nothing is known of its copies. So a walk is followed from its first step on: each
+   notes where it has left the record at that address, and one that finds it there goes on with that walk. Any other is not
+   followed, for other steps may have been compiled into the program. */
 
 struct walk {
     const HSH_iterator *iterator;
@@ -70,9 +71,12 @@ struct walks : role {
         if (!iterator)
             return made.wrong().say("the iterator is null");
         const owner_number table = made.judge_container(hash_table, iterator->table, use::read);
-        const walk &noted = walk_of(iterator);
-        if (table == 0 || noted.iterator != iterator || noted.table != table || noted.index != iterator->index ||
-            noted.edits == owner_at(table).edits || iterator->index >= iterator->table->capacity)
+        walk &followed = walk_of(iterator);
+        if (followed.iterator != iterator || followed.table != table || followed.index != iterator->index) {
+            followed.iterator = table != 0 && iterator->index == 0 ? iterator : nullptr;
+            return;
+        }
+        if (table == 0 || followed.edits == owner_at(table).edits || iterator->index >= iterator->table->capacity)
             return;
         made.wrong().say("the table was edited while it is walked");
         made.wrong().show_container(table);
@@ -81,9 +85,10 @@ struct walks : role {
     static void after(call &made, const auto &arguments, int goes_on)
     {
         const HSH_iterator *const iterator = std::get<0>(arguments);
+        walk &followed = walk_of(iterator);
         const owner_number table = made.used(0);
-        if (table != 0)
-            walk_of(iterator) = {goes_on ? iterator : nullptr, table, owner_at(table).edits, iterator->index};
+        if (table != 0 && followed.iterator == iterator)
+            followed = {goes_on ? iterator : nullptr, table, owner_at(table).edits, iterator->index};
     }
 };
 
