@@ -13,17 +13,6 @@ namespace mova::checked {
 
 namespace {
 
-/* The calls of a thread that are running, the innermost last. */
-struct running_calls {
-    static constexpr unsigned most = 32;
-
-    running_call calls[most];
-    unsigned count;
-};
-
-/* Present in every thread from the start: the library is loaded with the program. */
-__attribute__((tls_model("initial-exec"))) thread_local running_calls running;
-
 /* Further apart than this, two calls of a thread stand on different stacks, and nothing is known of their order. */
 constexpr uintptr_t one_stack = uintptr_t{1} << 28;
 
@@ -68,10 +57,10 @@ void leave(running_call &left)
         drop_if_unused(std::exchange(left.expected, 0));
 }
 
-/* A container's invariants are asked where all of it is gone through anyway, at its release above all, and after so many calls that it costs them next to nothing. */
-bool is_time_for_invariants(const owner &of, use how)
+/* A container's invariants are asked where all of it is gone through anyway, at its release above all, and after so many
+   calls that it costs them next to nothing. */
+bool is_time_for_invariants(const owner &of, use how, uint32_t now_and_then)
 {
-    constexpr uint32_t now_and_then = 256;
     return asked_for().full || how >= use::empty ||
            (of.calls % now_and_then == 0 &&
             of.calls >= 16 * (of.of->size ? of.of->size(of.container) : int64_t{of.entries}));
@@ -79,12 +68,9 @@ bool is_time_for_invariants(const owner &of, use how)
 
 } // namespace
 
-running_call *innermost_call()
-{
-    return running.count != 0 ? &running.calls[running.count - 1] : nullptr;
-}
+constinit thread_local running_calls running;
 
-call::call(const char *function, place where) : finding_(function, where)
+void call::make_room()
 {
     while (running.count != 0 && was_left(*innermost_call(), this)) {
         const registry_lock lock;
@@ -92,24 +78,12 @@ call::call(const char *function, place where) : finding_(function, where)
     }
     if (running.count == running_calls::most)
         outermost_ = running.calls[--running.count];
-    else
-        outermost_.depth = nullptr;
-    own_ = &running.calls[running.count++];
-    *own_ = {this, function, where, {}, 0, 0, nullptr, nullptr, false};
 }
 
-/* A call on another stack may have taken this one for left. */
-call::~call()
+void call::leave_running()
 {
-    if (own_->depth != this)
-        return;
-    if (!completed_ || own_->has_raised) {
-        const registry_lock lock;
-        leave(*own_);
-    }
-    running.count = static_cast<unsigned>(own_ - running.calls);
-    if (outermost_.depth)
-        running.calls[running.count++] = outermost_;
+    const registry_lock lock;
+    leave(*own_);
 }
 
 const running_call *call::next_outer(const running_call *of)
@@ -170,7 +144,7 @@ void call::container_is(const family &of, const void *made)
 void call::judge_invariants(owner &of, owner_number number, use how)
 {
     ++of.calls;
-    if (of.excused || !of.of->broken_invariant || !is_time_for_invariants(of, how))
+    if (of.excused || !of.of->broken_invariant || !is_time_for_invariants(of, how, now_and_then))
         return;
     of.calls = 0;
     if (const int broken = of.of->broken_invariant(of.container)) {
@@ -179,7 +153,7 @@ void call::judge_invariants(owner &of, owner_number number, use how)
     }
 }
 
-owner_number call::judge_container(const family &of, const void *container, use how, int nth, bool may_be_hand_made)
+owner_number call::look_at_container(const family &of, const void *container, use how, int nth, bool may_be_hand_made)
 {
     if (!container) {
         finding_.say("the %s is null", of.noun);
@@ -231,7 +205,7 @@ owner_number call::judge_container(const family &of, const void *container, use 
     return is_wrong() ? 0 : number;
 }
 
-void call::judge_position(const family &of, owner_number in, const void *position, const char *role)
+void call::look_at_position(const family &of, owner_number in, const void *position, const char *role)
 {
     if (!position) {
         finding_.say("the %s is null", role);

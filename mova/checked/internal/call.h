@@ -72,8 +72,22 @@ struct running_call {
     bool has_raised;
 };
 
+/* The calls of a thread that are running, the innermost last. */
+struct running_calls {
+    static constexpr unsigned most = 32;
+
+    running_call calls[most];
+    unsigned count;
+};
+
+/* Present in every thread from the start: the library is loaded with the program. */
+extern constinit __attribute__((tls_model("initial-exec"))) thread_local running_calls running;
+
 /* The innermost call of this thread, or null. */
-running_call *innermost_call();
+inline running_call *innermost_call()
+{
+    return running.count != 0 ? &running.calls[running.count - 1] : nullptr;
+}
 
 /* Whether every block that is allocated and freed goes past the checks, the program's own calls included: with the checked
    host. With another, a block may have come and gone without them, and where there is no container to be asked about a
@@ -90,8 +104,22 @@ void note_raise(int32_t line);
    not on its stack, where those that a jump has left could not be read any more. */
 class call {
 public:
-    call(const char *function, place where);
-    ~call();
+    call(const char *function, place where) : finding_(function, where)
+    {
+        outermost_.depth = nullptr;
+        if (running.count != 0)
+            make_room();
+        own_ = &running.calls[running.count++];
+        *own_ = {this, function, where, {}, 0, 0, nullptr, nullptr, false};
+    }
+
+    /* A call on another stack may have taken this one for left. */
+    ~call()
+    {
+        if (own_->depth == this)
+            end();
+    }
+
     call(const call &) = delete;
     call &operator=(const call &) = delete;
 
@@ -107,14 +135,26 @@ public:
        nth that this call uses. Returns its number, or 0 where it is wrong or unknown. A container that may be made by hand
        may be unknown. */
     owner_number judge_container(const family &of, const void *container, use how, int nth = 0,
-                                 bool may_be_hand_made = false);
+                                 bool may_be_hand_made = false)
+    {
+        const entry *const known = find(container);
+        if (!known || !is_plainly_right(of, *known, how))
+            return look_at_container(of, container, how, nth, may_be_hand_made);
+        uses(known->owner, nth);
+        return known->owner;
+    }
 
     /* The nth container that the call uses, or 0. */
     owner_number used(int nth) const { return own_->used[nth]; }
     void uses(owner_number number, int nth) { own_->used[nth] = number; }
 
     /* Judges a position of the container `in`, or of any of that family where it is 0. A null one is wrong. */
-    void judge_position(const family &of, owner_number in, const void *position, const char *role = "position");
+    void judge_position(const family &of, owner_number in, const void *position, const char *role = "position")
+    {
+        const entry *const known = find(position);
+        if (!known || !known->live || known->owner != in || (known->what != kind::block && known->what != kind::item))
+            look_at_position(of, in, position, role);
+    }
 
     /* Judges an iterator that will deliver `next`, up to and including `end`. Its container is the first that the call uses:
        its test must not edit it. Where it stops anyway its end may be elsewhere. */
@@ -165,6 +205,38 @@ public:
     }
 
 private:
+    static constexpr uint32_t now_and_then = 256;
+
+    /* Whether all is as it is nearly always; counts an edit then. */
+    bool is_plainly_right(const family &of, const entry &known, use how)
+    {
+        if (!known.live || known.what != kind::head || chosen_options.full)
+            return false;
+        owner &judged = owner_at(known.owner);
+        if (judged.of != &of)
+            return false;
+        if (how == use::read)
+            return true;
+        if (how != use::edit || own_ != running.calls || (judged.calls + 1) % now_and_then == 0)
+            return false;
+        ++judged.calls;
+        return true;
+    }
+
+    void make_room();
+    void leave_running();
+
+    void end()
+    {
+        if (!completed_ || own_->has_raised)
+            leave_running();
+        running.count = static_cast<unsigned>(own_ - running.calls);
+        if (outermost_.depth)
+            running.calls[running.count++] = outermost_;
+    }
+
+    owner_number look_at_container(const family &of, const void *container, use how, int nth, bool may_be_hand_made);
+    void look_at_position(const family &of, owner_number in, const void *position, const char *role);
     void judge_invariants(owner &of, owner_number number, use how);
     static const running_call *next_outer(const running_call *of);
     static bool still_runs(const running_call &outer);
@@ -175,6 +247,20 @@ private:
     const void *remembered_ = nullptr;
     bool completed_ = false;
 };
+
+/* Whether a role has something to note after the call. */
+template <class Role, class... Of>
+constexpr bool concludes = requires(const Role &role, Of &...of)
+{
+    role.after(of...);
+};
+
+template <class Role, class... Of>
+void conclude_role(const Role &role, Of &...of)
+{
+    if constexpr (concludes<Role, Of...>)
+        role.after(of...);
+}
 
 /* A role may also have a function that asks the program's own callbacks, ask(call, arguments, result), for MOVA_CHECK=order.
    It is asked without the lock. */
@@ -189,6 +275,9 @@ void ask_role(const Role &role, Of &...of)
 template <class... Roles>
 struct row {
     constexpr explicit row(Roles... roles) : all(roles...) {}
+
+    template <class... Of>
+    static constexpr bool concludes = (checked::concludes<Roles, Of...> || ...);
 
     std::tuple<Roles...> all;
 };
@@ -209,9 +298,11 @@ __attribute__((always_inline)) inline Result make(call &made, const Row &checked
     made.report_misuse();
     const auto conclude = [&](auto &...result) {
         made.completed();
-        {
+        if constexpr (Row::template concludes<call, decltype(arguments),
+                                              std::remove_reference_t<decltype(result)>...>) {
             const registry_lock lock;
-            std::apply([&](const auto &...role) { (role.after(made, arguments, result...), ...); }, checked.all);
+            std::apply([&](const auto &...role) { (conclude_role(role, made, arguments, result...), ...); },
+                       checked.all);
         }
         if (asked_for().order)
             std::apply([&](const auto &...role) { (ask_role(role, made, arguments, result...), ...); }, checked.all);

@@ -28,10 +28,10 @@ std::atomic<void *> receiver_context;
 
 /* ---- options ---- */
 
-options read_options()
+options options_of(const char *word)
 {
     options chosen;
-    const char *word = std::getenv("MOVA_CHECK");
+    chosen.are_read = true;
     while (word && *word) {
         const size_t length = std::strcspn(word, ",");
         const auto is = [=](const char *name) {
@@ -129,10 +129,13 @@ void write_report(const finding &misuse, text &out)
 
 } // namespace
 
-const options &asked_for()
+constinit options chosen_options;
+
+/* At the latest when the library has been loaded. */
+__attribute__((constructor)) void read_options()
 {
-    static const options chosen = read_options();
-    return chosen;
+    if (!chosen_options.are_read)
+        chosen_options = options_of(std::getenv("MOVA_CHECK"));
 }
 
 void write_out(const char *text)

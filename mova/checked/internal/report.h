@@ -13,9 +13,18 @@ enum class way { abort, log, raise };
 struct options {
     way after_report = way::abort;
     bool full = false, order = false, leaks = false;
+    bool are_read = false;
 };
 
-const options &asked_for();
+extern options chosen_options;
+void read_options();
+
+inline const options &asked_for()
+{
+    if (!chosen_options.are_read)
+        read_options();
+    return chosen_options;
+}
 
 /* One line of a report below the first: a text, and a place where there is one. */
 struct note {

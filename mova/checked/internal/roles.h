@@ -10,10 +10,9 @@
 
 namespace mova::checked {
 
-/* What a role does that does not say otherwise: nothing. */
+/* What a role does before the call where it does not say otherwise: nothing. */
 struct role {
     static void before(call &, const auto &) {}
-    static void after(call &, const auto &, auto &...) {}
 };
 
 /* ---- containers ---- */
