@@ -244,8 +244,8 @@ void call::look_at_position(const family &of, owner_number in, const void *posit
         finding_.show_container(in);
 }
 
-void call::judge_iterator(const family &of, const void *next, const void *end,
-                          bool (*stops_anyway)(const void *container))
+void call::look_at_iterator(const family &of, const void *next, const void *end,
+                            bool (*stops_anyway)(const void *container))
 {
     const entry *const rests_on = next ? find(next) : nullptr;
     if (!rests_on || rests_on->owner == 0)

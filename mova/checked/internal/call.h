@@ -134,8 +134,8 @@ public:
     /* Judges a container: null, never made, released, of another family, edited while it is calling back. Notes it as the
        nth that this call uses. Returns its number, or 0 where it is wrong or unknown. A container that may be made by hand
        may be unknown. */
-    owner_number judge_container(const family &of, const void *container, use how, int nth = 0,
-                                 bool may_be_hand_made = false)
+    __attribute__((always_inline)) owner_number judge_container(const family &of, const void *container, use how,
+                                                                int nth = 0, bool may_be_hand_made = false)
     {
         const entry *const known = find(container);
         if (!known || !is_plainly_right(of, *known, how))
@@ -149,7 +149,8 @@ public:
     void uses(owner_number number, int nth) { own_->used[nth] = number; }
 
     /* Judges a position of the container `in`, or of any of that family where it is 0. A null one is wrong. */
-    void judge_position(const family &of, owner_number in, const void *position, const char *role = "position")
+    __attribute__((always_inline)) void judge_position(const family &of, owner_number in, const void *position,
+                                                       const char *role = "position")
     {
         const entry *const known = find(position);
         if (!known || !known->live || known->owner != in || (known->what != kind::block && known->what != kind::item))
@@ -158,8 +159,15 @@ public:
 
     /* Judges an iterator that will deliver `next`, up to and including `end`. Its container is the first that the call uses:
        its test must not edit it. Where it stops anyway its end may be elsewhere. */
-    void judge_iterator(const family &of, const void *next, const void *end,
-                        bool (*stops_anyway)(const void *container) = nullptr);
+    __attribute__((always_inline)) void judge_iterator(const family &of, const void *next, const void *end,
+                                                       bool (*stops_anyway)(const void *container) = nullptr)
+    {
+        const entry *const rests_on = find(next), *const ends_at = rests_on ? find(end) : nullptr;
+        if (!ends_at || !rests_on->live || !ends_at->live || rests_on->owner != ends_at->owner ||
+            rests_on->owner == 0 || owner_at(rests_on->owner).of != &of || owner_at(rests_on->owner).joined_to != 0)
+            return look_at_iterator(of, next, end, stops_anyway);
+        uses(rests_on->owner, 0);
+    }
 
     /* What a role's before() tells its after(). */
     void remember(const void *address) { remembered_ = address; }
@@ -237,6 +245,8 @@ private:
 
     owner_number look_at_container(const family &of, const void *container, use how, int nth, bool may_be_hand_made);
     void look_at_position(const family &of, owner_number in, const void *position, const char *role);
+    void look_at_iterator(const family &of, const void *next, const void *end,
+                          bool (*stops_anyway)(const void *container));
     void judge_invariants(owner &of, owner_number number, use how);
     static const running_call *next_outer(const running_call *of);
     static bool still_runs(const running_call &outer);
@@ -290,7 +300,7 @@ __attribute__((always_inline)) inline Result make(call &made, const Row &checked
     const std::tuple<Arguments &...> arguments(given...);
     {
         const registry_lock lock;
-        count_call();
+        ++calls_checked;
         std::apply([&](const auto &...role) { ((made.is_wrong() || (role.before(made, arguments), true)) && ...); },
                    checked.all);
     }

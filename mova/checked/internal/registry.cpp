@@ -111,9 +111,12 @@ private:
         return &of.slots[(address >> word_bits) % window_slots];
     }
 
+    /* Eight windows in a row lie together. */
+    size_t home_of(uintptr_t tag) const { return ((scattered(tag >> 3) << 3) + tag % 8) & (size_ - 1); }
+
     window &probe(uintptr_t tag)
     {
-        size_t i = scattered(tag) & (size_ - 1);
+        size_t i = home_of(tag);
         while (windows_[i].slots && windows_[i].tag != tag)
             i = (i + 1) & (size_ - 1);
         return windows_[i];
@@ -297,6 +300,19 @@ entry *find_slowly(uintptr_t address)
     return entries.find(address);
 }
 
+/* An address has an entry in one of the tables only. */
+entry *make_entry(uintptr_t address, size_t size)
+{
+    entry *made = is_word(address) ? windows.slot_of(address) : nullptr;
+    if (!made && size <= largest_small_block && is_word(address))
+        made = windows.make_slot(address);
+    if (!made)
+        return entries.insert(address);
+    if (!made->known)
+        forget(reinterpret_cast<const void *>(address));
+    return made;
+}
+
 } // namespace table
 
 void registry_lock::lock()
@@ -307,26 +323,6 @@ void registry_lock::lock()
 void registry_lock::unlock()
 {
     mutex.unlock();
-}
-
-/* An address has an entry in one of the tables only. */
-entry *book(const void *address, kind what, owner_number of, place where, size_t size)
-{
-    const auto number = reinterpret_cast<uintptr_t>(address);
-    entry *booked = is_word(number) ? windows.slot_of(number) : nullptr;
-    if (!booked && size <= largest_small_block && is_word(number))
-        booked = windows.make_slot(number);
-    if (booked && !booked->known)
-        forget(address);
-    if (!booked)
-        booked = entries.insert(number);
-    const owner_number before = booked->owner;
-    *booked = {where, of, what, true, true};
-    if (of != 0)
-        ++owner_at(of).entries;
-    if (before != 0)
-        unname(before);
-    return booked;
 }
 
 void mark_released(const void *address, place where)

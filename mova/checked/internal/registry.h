@@ -125,6 +125,7 @@ inline uintptr_t tag_of(uintptr_t address)
 extern window recent[recent_windows];
 
 entry *find_slowly(uintptr_t address);
+entry *make_entry(uintptr_t address, size_t size);
 
 /* Owners are in pieces, each twice as long as the one before, that never move. */
 constexpr unsigned first_piece_bits = 8;
@@ -139,18 +140,26 @@ inline unsigned piece_of(owner_number number)
 
 } // namespace table
 
+namespace table {
+
+/* The entry of an address in a window that was looked at not long ago, or null. */
+inline entry *find_at_once(uintptr_t address)
+{
+    const uintptr_t tag = tag_of(address);
+    const window &in = recent[tag % recent_windows];
+    if (in.tag != tag || address % sizeof(void *) != 0)
+        return nullptr;
+    entry *const slot = &in.slots[(address >> word_bits) % window_slots];
+    return slot->known ? slot : nullptr;
+}
+
+} // namespace table
+
 /* The entry of an address, or null. It may move with the next insertion. */
 inline entry *find(const void *address)
 {
-    const auto number = reinterpret_cast<uintptr_t>(address);
-    const uintptr_t tag = table::tag_of(number);
-    const table::window &recent = table::recent[tag % table::recent_windows];
-    if (recent.tag == tag && number % sizeof(void *) == 0) {
-        entry *const slot = &recent.slots[(number >> table::word_bits) % table::window_slots];
-        if (slot->known)
-            return slot;
-    }
-    return table::find_slowly(number);
+    entry *const found = table::find_at_once(reinterpret_cast<uintptr_t>(address));
+    return found ? found : table::find_slowly(reinterpret_cast<uintptr_t>(address));
 }
 
 inline owner &owner_at(owner_number number)
@@ -159,8 +168,23 @@ inline owner &owner_at(owner_number number)
     return table::pieces[piece][number + table::first_piece - (table::first_piece << piece)];
 }
 
+/* Gives it back where nothing names it and its container is gone. */
+void drop_if_unused(owner_number number);
+
 /* Notes what lies at the address from now on, whatever lay there before, and how large it is where that is known. */
-entry *book(const void *address, kind what, owner_number of, place where, size_t size = SIZE_MAX);
+inline entry *book(const void *address, kind what, owner_number of, place where, size_t size = SIZE_MAX)
+{
+    entry *booked = table::find_at_once(reinterpret_cast<uintptr_t>(address));
+    if (!booked)
+        booked = table::make_entry(reinterpret_cast<uintptr_t>(address), size);
+    const owner_number before = booked->owner;
+    *booked = {where, of, what, true, true};
+    if (of != 0)
+        ++owner_at(of).entries;
+    if (before != 0 && --owner_at(before).entries == 0)
+        drop_if_unused(before);
+    return booked;
+}
 
 /* Notes that it lies there no longer. Knows nothing of it where nobody had booked it. */
 void mark_released(const void *address, place where);
@@ -173,9 +197,6 @@ void forget(const void *address);
 
 /* The number of a new owner without a container yet. */
 owner_number new_owner(const family &of, place made);
-
-/* Gives it back where nothing names it and its container is gone. */
-void drop_if_unused(owner_number number);
 
 /* The owner that the nodes of `number` are in now. */
 inline owner_number resolved(owner_number number)

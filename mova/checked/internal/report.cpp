@@ -22,7 +22,6 @@ namespace mova::checked {
 namespace {
 
 std::atomic<long> misuses;
-long calls; /* guarded by the registry's lock */
 std::atomic<mova_misuse_fn> receiver;
 std::atomic<void *> receiver_context;
 
@@ -130,6 +129,7 @@ void write_report(const finding &misuse, text &out)
 } // namespace
 
 constinit options chosen_options;
+long calls_checked;
 
 /* At the latest when the library has been loaded. */
 __attribute__((constructor)) void read_options()
@@ -194,11 +194,6 @@ void finding::show_member(const char *role, const void *address, const entry &kn
 
 /* ---- reporting ---- */
 
-void count_call()
-{
-    ++calls;
-}
-
 void report(const finding &misuse)
 {
     const int kept_errno = errno;
@@ -235,7 +230,7 @@ __attribute__((destructor)) void close_with_a_line()
     const registry_lock lock;
     const tally left = count_live();
     text out;
-    out.add("mova: %ld calls checked, %ld misuses; %zu containers and %zu blocks left\n", calls, misuses.load(),
+    out.add("mova: %ld calls checked, %ld misuses; %zu containers and %zu blocks left\n", calls_checked, misuses.load(),
             left.containers, left.blocks);
     write_out(out.get());
 }

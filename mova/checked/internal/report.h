@@ -71,8 +71,8 @@ void report(const finding &misuse);
 /* Writes to MOVA_CHECK_LOG, or stderr. */
 void write_out(const char *text);
 
-/* Counts a call of the program. Under the lock. */
-void count_call();
+/* The calls that the program has made; guarded by the registry's lock. */
+extern long calls_checked;
 
 } // namespace mova::checked
 
