@@ -15,10 +15,32 @@ install(TARGETS mova_container mova_container_static mova_host mova_host_static
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
+# ---- the checked libraries: in a directory of their own, by the names of the ordinary ones ----
+
+if(MOVA_BUILD_CHECKED)
+    set(checked_directory ${CMAKE_INSTALL_LIBDIR}/mova-checked)
+    set_target_properties(mova_container_checked PROPERTIES INSTALL_RPATH "$ORIGIN:$ORIGIN/..")
+    install(TARGETS mova_container_checked LIBRARY DESTINATION ${checked_directory} NAMELINK_SKIP)
+    install(TARGETS mova_container_checked_static EXPORT mova-checked ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(FILES checked/checked.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mova/checked)
+    if(IS_ABSOLUTE ${checked_directory})
+        configure_script(${checked_directory} installed/mova-check)
+    else()
+        file(RELATIVE_PATH checked_from_script ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_PREFIX}/${checked_directory})
+        configure_script("\$own/${checked_from_script}" installed/mova-check)
+    endif()
+    install(PROGRAMS ${CMAKE_CURRENT_BINARY_DIR}/installed/mova-check DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(FILES checked/mova-check.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
+
 # ---- the CMake package ----
 
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/mova)
 install(EXPORT mova NAMESPACE mova:: FILE mova-targets.cmake DESTINATION ${package_directory})
+# By themselves: they may come later than the others.
+if(MOVA_BUILD_CHECKED)
+    install(EXPORT mova-checked NAMESPACE mova:: FILE mova-checked-targets.cmake DESTINATION ${package_directory})
+endif()
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/mova-config.cmake.in mova-config.cmake
     INSTALL_DESTINATION ${package_directory} NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(mova-config-version.cmake COMPATIBILITY SameMajorVersion)
@@ -42,8 +64,9 @@ foreach(directory libdir includedir)
     endif()
 endforeach()
 
-# install_pkg_config(<library> <description> <libraries required> <options of a static link>)
+# install_pkg_config(<library> <description> <libraries required> <options of a static link> [<options of every link>])
 function(install_pkg_config name description requires libs_private)
+    list(JOIN ARGN " " libs)
     configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${name}.pc @ONLY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
@@ -53,3 +76,9 @@ set(host_private "-l${cxx_runtime} -lm ${CMAKE_THREAD_LIBS_INIT}")
 install_pkg_config(mova_host "The default memory, message and error services of mova_container" "" "${host_private}")
 install_pkg_config(mova_host_system "The same services with every block from malloc, for valgrind and sanitizers" ""
                    "${host_private}")
+if(MOVA_BUILD_CHECKED)
+    # There is an archive alone: what a link of it needs is named always.
+    list(TRANSFORM CMAKE_DL_LIBS PREPEND -l OUTPUT_VARIABLE dl)
+    install_pkg_config(mova_container_checked "mova_container with checks of how a program uses it" mova_host ""
+                       "-l${cxx_runtime} -lm ${dl}")
+endif()
