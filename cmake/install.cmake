@@ -19,9 +19,11 @@ install(TARGETS mova_container mova_container_static mova_host mova_host_static
 
 if(MOVA_BUILD_CHECKED)
     set(checked_directory ${CMAKE_INSTALL_LIBDIR}/mova-checked)
-    set_target_properties(mova_container_checked PROPERTIES INSTALL_RPATH "$ORIGIN:$ORIGIN/..")
-    install(TARGETS mova_container_checked LIBRARY DESTINATION ${checked_directory} NAMELINK_SKIP)
-    install(TARGETS mova_container_checked_static EXPORT mova-checked ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    set_target_properties(mova_container_checked PROPERTIES INSTALL_RPATH "$ORIGIN")
+    install(TARGETS mova_container_checked mova_host_checked
+            LIBRARY DESTINATION ${checked_directory} NAMELINK_SKIP)
+    install(TARGETS mova_container_checked_static mova_host_checked_static EXPORT mova-checked
+            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
     install(FILES checked/checked.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mova/checked)
     if(IS_ABSOLUTE ${checked_directory})
         configure_script(${checked_directory} installed/mova-check)
@@ -77,8 +79,10 @@ install_pkg_config(mova_host "The default memory, message and error services of 
 install_pkg_config(mova_host_system "The same services with every block from malloc, for valgrind and sanitizers" ""
                    "${host_private}")
 if(MOVA_BUILD_CHECKED)
-    # There is an archive alone: what a link of it needs is named always.
+    # There are archives alone: what a link of them needs is named always.
     list(TRANSFORM CMAKE_DL_LIBS PREPEND -l OUTPUT_VARIABLE dl)
-    install_pkg_config(mova_container_checked "mova_container with checks of how a program uses it" mova_host ""
+    install_pkg_config(mova_host_checked "mova_host with checks of the memory that it gives" "" ""
+                       "-l${cxx_runtime} -lm ${CMAKE_THREAD_LIBS_INIT}")
+    install_pkg_config(mova_container_checked "mova_container with checks of how a program uses it" mova_host_checked ""
                        "-l${cxx_runtime} -lm ${dl}")
 endif()

@@ -2,6 +2,7 @@
 /* What the containers ask of their host, on its way there. Their objects are linked with these names in place of the
    services': each passes the call on as it is, and notes what it means. The service may be the default host's, checked or not,
    or the program's own. */
+#include "blocks.h"
 #include "call.h"
 
 #include <mova/frame/host.h>
@@ -31,6 +32,19 @@ void note_release(const void *block)
     mark_released(block, caller ? caller->where : nullptr);
 }
 
+place place_of_call()
+{
+    const running_call *const caller = innermost_call();
+    return caller ? caller->where : nullptr;
+}
+
+/* Whether the checked host serves: it is told where in the program each call came from. */
+bool has_checked_host()
+{
+    static const bool has = mova_checked_is_service && mova_checked_is_service(&MM_alloc_item);
+    return has;
+}
+
 bool is_of_default_host(void *service)
 {
     Dl_info found;
@@ -53,6 +67,8 @@ bool has_default_pools()
 
 } // namespace mova::checked
 
+using namespace mova::checked;
+
 extern "C" {
 
 void *mova_checked_MM_alloc_item(size_t size);
@@ -62,30 +78,59 @@ void mova_checked_EX_raise_exception_line(const char *module, int32_t line, int3
 
 void *mova_checked_MM_alloc_item(size_t size)
 {
-    void *const block = MM_alloc_item(size);
-    mova::checked::note_allocation(block, size);
+    void *const block = has_checked_host() ? mova_checked_allocate(size, place_of_call()) : MM_alloc_item(size);
+    note_allocation(block, size);
     return block;
 }
 
 void mova_checked_MM_dealloc_item(void *item, size_t size)
 {
-    mova::checked::note_release(item);
-    MM_dealloc_item(item, size);
+    note_release(item);
+    if (has_checked_host())
+        mova_checked_release(item, size, place_of_call());
+    else
+        MM_dealloc_item(item, size);
 }
 
 /* Where it fails, the old block is as it was. */
 void *mova_checked_MM_realloc_item(void *item, size_t old_size, size_t new_size)
 {
-    void *const block = MM_realloc_item(item, old_size, new_size);
+    void *const block = has_checked_host() ? mova_checked_reallocate(item, old_size, new_size, place_of_call())
+                                           : MM_realloc_item(item, old_size, new_size);
     if (block && block != item)
-        mova::checked::note_release(item);
-    mova::checked::note_allocation(block, new_size);
+        note_release(item);
+    note_allocation(block, new_size);
     return block;
 }
 
 void mova_checked_EX_raise_exception_line(const char *module, int32_t line, int32_t code)
 {
-    mova::checked::note_raise(line);
+    note_raise(line);
     EX_raise_exception_line(module, line, code);
 }
+}
+
+/* ---- what the checked host tells ---- */
+
+void mova_checked_report_block(const block_misuse *misuse)
+{
+    finding found(misuse->function, misuse->where);
+    found.say("%s", misuse->what);
+    if (misuse->made)
+        found.add(misuse->made, "block %p of %zu bytes   made in  ", misuse->block, misuse->size);
+    if (misuse->released)
+        found.add(misuse->released, "%-10s released in   ", "");
+    report(found);
+}
+
+void mova_checked_note_released(const void *block, const void *where)
+{
+    const registry_lock lock;
+    mark_released(block, where);
+}
+
+void mova_checked_note_allocated(const void *block)
+{
+    const registry_lock lock;
+    forget(block);
 }

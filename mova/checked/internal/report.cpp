@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 #include "report.h"
 
+#include "closing.h"
 #include "symbols.h"
 
 #include <mova/checked/checked.h>
@@ -224,11 +225,12 @@ namespace {
 /* mova-check asks for the closing line. */
 __attribute__((destructor)) void close_with_a_line()
 {
-    const char *const asked = std::getenv("MOVA_CHECK_CLOSE");
-    if (!asked)
+    const bool has_line = std::getenv("MOVA_CHECK_CLOSE");
+    if (!has_line && !asked_for().leaks)
         return;
-    const registry_lock lock;
-    const tally left = count_live();
+    const tally left = close_program(asked_for().leaks);
+    if (!has_line)
+        return;
     text out;
     out.add("mova: %ld calls checked, %ld misuses; %zu containers and %zu blocks left\n", calls_checked, misuses.load(),
             left.containers, left.blocks);

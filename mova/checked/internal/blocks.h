@@ -1,0 +1,57 @@
+/* SPDX-License-Identifier: MIT */
+/* What the checked container library and the checked host tell each other. Each is of use without the other: what is declared
+   here is weak, and null where the other is not there.
+
+       program  ----------------------->  MM_alloc_item   \
+          |                                                 checked host: sizes, guards, double releases
+          v                                               /
+       containers  -> mova_checked_allocate             */
+#ifndef MOVA_CHECKED_INTERNAL_BLOCKS_H
+#define MOVA_CHECKED_INTERNAL_BLOCKS_H
+
+#include <cstddef>
+
+namespace mova::checked {
+
+/* What is wrong with a block of the memory service. Of `made` and `released` null is not shown. */
+struct block_misuse {
+    const char *function;
+    const char *what;
+    const void *where;
+    const void *block;
+    size_t size;
+    const void *made, *released;
+};
+
+/* Whose blocks a visit of all that live is told of. */
+using block_visitor = void (*)(const void *block, size_t size, const void *made, void *context);
+
+} // namespace mova::checked
+
+#pragma GCC visibility push(default)
+extern "C" {
+
+/* ---- the checked host's ---- */
+
+/* Whether that function is the checked host's, and not the program's own. */
+__attribute__((weak)) bool mova_checked_is_service(void *(*allocate)(size_t));
+
+/* The services, told of the place in the program that the call came from, and not of any in the containers. */
+__attribute__((weak)) void *mova_checked_allocate(size_t size, const void *where);
+__attribute__((weak)) void mova_checked_release(void *item, size_t size, const void *where);
+__attribute__((weak)) void *mova_checked_reallocate(void *item, size_t old_size, size_t new_size, const void *where);
+
+/* Looks at the guards of what lives and at what was released: the program ends. Then names what lives. */
+__attribute__((weak)) void mova_checked_close_blocks(mova::checked::block_visitor visit, void *context);
+
+/* ---- the checked containers' ---- */
+
+__attribute__((weak)) void mova_checked_report_block(const mova::checked::block_misuse *misuse);
+
+/* The program itself released the block, or was given it. */
+__attribute__((weak)) void mova_checked_note_released(const void *block, const void *where);
+__attribute__((weak)) void mova_checked_note_allocated(const void *block);
+}
+#pragma GCC visibility pop
+
+#endif
