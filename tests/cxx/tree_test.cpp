@@ -236,6 +236,56 @@ log edits_of_a_list()
     return lines;
 }
 
+struct counted_order {
+    std::int32_t operator()(const entry &a, const entry &b) const
+    {
+        asked = asked * 31 + static_cast<std::uint32_t>(a.number * 7 + b.number);
+        return a.key - b.key;
+    }
+    static inline std::uint32_t asked = 0; /* of which items, in which order */
+};
+
+/* More levels than are gone down in one way. An item that is equal is refused on all of them. */
+TEST_F(TypedTree, ALargeTreeIsThatOfTheCFunctions)
+{
+    using tree = mova::balanced_set<entry, counted_order>;
+    std::vector<entry> entries(12000);
+    for (int i = 0; i < 12000; ++i)
+        entries[static_cast<std::size_t>(i)] = {i / 2, i};
+    std::shuffle(entries.begin(), entries.end(), std::mt19937(3));
+    tree typed, c;
+    const auto asked_by = [](auto call) {
+        counted_order::asked = 0;
+        const GT_tree_item *const at = call();
+        return std::pair(counted_order::asked, static_cast<entry *>(at->item)->number);
+    };
+    for (entry &each : entries)
+        ASSERT_EQ(asked_by([&] { return typed.insert(each).first.get(); }),
+                  asked_by([&] { return GT_insert_item(c.get(), &each); }));
+    const auto same = [&] {
+        const GT_tree_item *of_c = c.get()->first;
+        for (const GT_tree_item *at = typed.get()->first; at; at = at->next, of_c = of_c->next) {
+            ASSERT_TRUE(of_c && at->item == of_c->item && at->balance == of_c->balance);
+            ASSERT_TRUE(!at->left == !of_c->left && (!at->left || at->left->item == of_c->left->item));
+            ASSERT_TRUE(!at->right == !of_c->right && (!at->right || at->right->item == of_c->right->item));
+        }
+        ASSERT_EQ(of_c, nullptr);
+    };
+    same();
+    EXPECT_EQ(typed.count_items(), 6000u);
+    for (entry &each : entries) {
+        if (each.key % 3 != 0)
+            continue;
+        GT_tree_item *at;
+        const bool found = GT_search_item(c.get(), &each, &at) != 0;
+        if (found)
+            GT_remove_item(c.get(), at);
+        ASSERT_EQ(typed.remove_equal(each), found);
+    }
+    same();
+    EXPECT_EQ(typed.count_items(), 4000u);
+}
+
 TEST_F(TypedTree, ATreeWhoseBalancesAreWrongIsEditedAsTheCFunctionsDo)
 {
     EXPECT_EQ(edits_of_a_list<typed_calls<false>>(), edits_of_a_list<c_calls<false>>());
