@@ -159,6 +159,36 @@ void elements_c(benchmark::State &state, size_t count)
     });
 }
 
+mova::element_ring<int64_t> ring_of(size_t count)
+{
+    mova::element_ring<int64_t> ring;
+    for (size_t i = 0; i < count; ++i)
+        ring.append(static_cast<int64_t>(i));
+    return ring;
+}
+
+void ring_typed(benchmark::State &state, size_t count)
+{
+    const mova::element_ring<int64_t> ring = ring_of(count);
+    repeat(state, [&ring] {
+        int64_t sum = 0;
+        for (const int64_t each : ring)
+            sum += each;
+        DoNotOptimize(sum);
+    });
+}
+void ring_c(benchmark::State &state, size_t count)
+{
+    mova::element_ring<int64_t> ring = ring_of(count);
+    repeat(state, [c = ring.get()] {
+        int64_t sum = 0;
+        EL_iterator iterator = EL_all_items(c);
+        for (void *each; EL_next_item(&iterator, &each);)
+            sum += *static_cast<int64_t *>(each);
+        DoNotOptimize(sum);
+    });
+}
+
 void stack_typed(benchmark::State &state, size_t count)
 {
     mova::element_stack<int64_t> stack;
@@ -400,6 +430,7 @@ void add_operations(size_t count, const std::string &text)
                                 {"pointer list, walk back", walk_back_typed, walk_back_c},
                                 {"pointer list, remove walking", remove_walking_typed, remove_walking_c},
                                 {"element list, append and walk", elements_typed, elements_c},
+                                {"element ring, walk", ring_typed, ring_c},
                                 {"element stack, push and pop", stack_typed, stack_c},
                                 {"intrusive list, append and walk", linked_typed, linked_c},
                                 {"dynamic array, append and read", dynamic_typed, dynamic_c},
@@ -551,6 +582,28 @@ void walk(benchmark::State &state, size_t count)
     }
 }
 
+void cursor_typed(benchmark::State &state, size_t count)
+{
+    std::vector<record> records = shuffled_records(count, 1);
+    typed_tree tree;
+    fill(tree, records);
+    repeat(state, [&tree] {
+        for (const auto at : tree.t.positions())
+            DoNotOptimize(at.get());
+    });
+}
+void cursor_c(benchmark::State &state, size_t count)
+{
+    std::vector<record> records = shuffled_records(count, 1);
+    c_tree tree;
+    fill(tree, records);
+    repeat(state, [&tree] {
+        GT_tree_iter *iterator = GT_all_items(tree.t);
+        for (GT_tree_item *at; GT_next_position(iterator, &at);)
+            DoNotOptimize(at);
+    });
+}
+
 void add_tree(size_t count, const std::string &text, double target)
 {
     const auto add = [&](const char *name, auto typed, auto c, auto standard, auto abseil) {
@@ -561,6 +614,7 @@ void add_tree(size_t count, const std::string &text, double target)
     add("search", search<typed_tree>, search<c_tree>, search<standard_set>, search<abseil_set>);
     add("remove", remove<typed_tree>, remove<c_tree>, remove<standard_set>, remove<abseil_set>);
     add("walk", walk<typed_tree>, walk<c_tree>, walk<standard_set>, walk<abseil_set>);
+    scoreboard::add_sized("X2", "tree, cursor, " + text, count, cursor_typed, {{"C calls", cursor_c, 0.98}});
 }
 
 /* ---- records found by strings ---------------------------------------------------------------------------------- */

@@ -107,13 +107,7 @@ public:
     explicit tree_cursor(GT_tree_iter *adopted) noexcept : iterator_(adopted) {}
 
     /* The next position, or one past the end; then the iterator is over, and every further step is the same. */
-    position next()
-    {
-        GT_tree_item *at = nullptr;
-        if (iterator_ && !GT_next_position(iterator_.get(), &at))
-            static_cast<void>(iterator_.release());
-        return position(at);
-    }
+    position next() { return position(step()); }
 
     /* The position that was delivered last, or one past the end where it was removed, or none was delivered. */
     position current() const noexcept { return position(iterator_ ? iterator_->current : nullptr); }
@@ -136,24 +130,35 @@ public:
         using iterator_concept = std::input_iterator_tag;
 
         iterator() = default;
-        explicit iterator(tree_cursor *cursor) : cursor_(cursor), at_(cursor->next()) {}
-        position operator*() const noexcept { return at_; }
+        explicit iterator(tree_cursor *cursor) : cursor_(cursor), at_(cursor->step()) {}
+        position operator*() const noexcept { return position(at_); }
         iterator &operator++()
         {
-            at_ = cursor_->next();
+            at_ = cursor_->step();
             return *this;
         }
         void operator++(int) { ++*this; }
-        friend bool operator==(const iterator &step, std::default_sentinel_t) noexcept { return !*step.cursor_; }
+        friend bool operator==(const iterator &at, std::default_sentinel_t) noexcept { return !at.at_; }
 
     private:
         tree_cursor *cursor_ = nullptr;
-        position at_;
+        GT_tree_item *at_ = nullptr;
     };
     iterator begin() { return iterator(this); }
     std::default_sentinel_t end() const noexcept { return {}; }
 
 private:
+    GT_tree_item *step()
+    {
+        GT_tree_item *at;
+        if (!iterator_)
+            return nullptr;
+        if (GT_next_position(iterator_.get(), &at))
+            return at;
+        static_cast<void>(iterator_.release());
+        return nullptr;
+    }
+
     struct end_it {
         /* The record of an iterator that outlived its tree is nobody's. The library goes on counting it. */
         void operator()(GT_tree_iter *ended) const noexcept

@@ -11,8 +11,8 @@
    past the end are equal: a loop that has taken end() before its first step may append.
 
    A node of a ring does not know whether it is the first. So a position in a ring is a circulator, which walks around for
-   ever in both directions. The iterator of a walk once around also knows the node where that began, and is as large as two
-   positions; it converts to the one where it stands. The bit is set where the walk has come back to its beginning.
+   ever in both directions. The iterator of a walk once around also knows the node where that began, with the bit, which is set
+   where the walk has come back to there: so it is as large as two positions. It converts to the one where it stands.
 
        range                       concept                    delivers
        list                        bidirectional, sized       items
@@ -225,7 +225,7 @@ public:
     friend bool operator==(circulator a, circulator b) noexcept { return a.word_ == b.word_; }
 };
 
-/* A step of a walk once around a ring. Marked, it has come back to where the walk began. */
+/* A step of a walk once around a ring. */
 template <class Links>
 class ring_iterator : public marked_node<Links> {
     using base = marked_node<Links>;
@@ -238,22 +238,21 @@ public:
 
     ring_iterator() = default;
     /* `at`, in a walk that began at `origin`, and the end of such a walk before `at`. */
-    ring_iterator(node *at, node *origin) noexcept : base(base::word_of(at)), origin_(origin) {}
+    ring_iterator(node *at, node *origin) noexcept : base(base::word_of(origin)), at_(at) {}
     static ring_iterator end(node *at, node *origin) noexcept
     {
         ring_iterator end(at, origin);
-        if (at && at == origin)
-            end.word_ |= mark;
+        end.word_ |= static_cast<std::uintptr_t>(at && at == origin);
         return end;
     }
 
     template <class Other>
     requires(std::same_as<typename Other::constant, Links> && !std::same_as<Other, Links>)
         ring_iterator(const ring_iterator<Other> &other)
-    noexcept : base(other.word()), origin_(other.origin()) {}
+    noexcept : base(other.word()), at_(other.get()) {}
 
-    node *get() const noexcept { return base::node_of(word_ & ~mark); }
-    node *origin() const noexcept { return origin_; }
+    node *get() const noexcept { return at_; }
+    /* Where the walk began, marked where it has come back to there. */
     std::uintptr_t word() const noexcept { return word_; }
 
     /* The position that this step stands at. */
@@ -267,15 +266,38 @@ public:
     reference operator*() const noexcept { return Links::item(get()); }
     auto *operator->() const noexcept requires std::is_reference_v<reference> { return std::addressof(**this); }
 
-    ring_iterator &operator++() noexcept { return *this = end(Links::next(get()), origin_); }
-    ring_iterator &operator--() noexcept { return *this = ring_iterator(Links::prev(get()), origin_); }
-    ring_iterator operator++(int) noexcept { return std::exchange(*this, end(Links::next(get()), origin_)); }
-    ring_iterator operator--(int) noexcept { return std::exchange(*this, ring_iterator(Links::prev(get()), origin_)); }
+    ring_iterator &operator++() noexcept
+    {
+        at_ = Links::next(at_);
+        word_ |= static_cast<std::uintptr_t>(base::word_of(at_) == word_);
+        return *this;
+    }
+    ring_iterator &operator--() noexcept
+    {
+        at_ = Links::prev(at_);
+        word_ &= ~mark;
+        return *this;
+    }
+    ring_iterator operator++(int) noexcept
+    {
+        ring_iterator before = *this;
+        ++*this;
+        return before;
+    }
+    ring_iterator operator--(int) noexcept
+    {
+        ring_iterator before = *this;
+        --*this;
+        return before;
+    }
 
-    friend bool operator==(ring_iterator a, ring_iterator b) noexcept { return a.word_ == b.word_; }
+    friend bool operator==(ring_iterator a, ring_iterator b) noexcept
+    {
+        return a.at_ == b.at_ && a.marked() == b.marked();
+    }
 
 private:
-    node *origin_ = nullptr;
+    node *at_ = nullptr;
 };
 
 /* ---- ranges ---- */

@@ -146,7 +146,7 @@ inline constexpr auto GL_total_copy = [](GL_list *list, GL_copy_fn copy_item) {
     });
 };
 inline constexpr auto GL_count_items = [](const GL_list *list) {
-    return static_cast<std::uint32_t>(
+    return static_cast<std::int32_t>(
         lend<lent_pointers>(const_cast<GL_list *>(list), [](auto &l) { return l.size(); }));
 };
 
