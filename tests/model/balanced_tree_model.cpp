@@ -18,26 +18,14 @@ namespace {
 constexpr std::size_t key_count = 24;
 constexpr std::size_t most_iterators = 8, most_items = 48;
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes) {}
-
-    void run()
-    {
-        compare();
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        for (modelled_tree &t : trees_)
-            left_behind_ += t.release(false);
-        expected_.require_nothing_left();
-    }
+    using byte_interpreter::byte_interpreter;
 
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::insert,         &interpreter::insert,         &interpreter::insert,
@@ -53,7 +41,14 @@ private:
         tree_ = &trees_[bytes_.below(trees_.size())];
         tree_->set_raises(bytes_.below(2) == 1 ? modelled_tree::raises::are_thrown
                                                : modelled_tree::raises::are_returned_from);
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        for (modelled_tree &t : trees_)
+            left_behind_ += t.release(false);
+        expected_.require_nothing_left();
     }
 
     /* ---- what the operations choose ---- */
@@ -192,7 +187,7 @@ private:
 
     /* ---- comparison ---- */
 
-    void compare() const
+    void compare() override
     {
         std::size_t nodes = 0, iterators = 0;
         for (const modelled_tree &t : trees_) {
@@ -210,7 +205,6 @@ private:
                 "another counter of iterators");
     }
 
-    byte_source bytes_;
     const tree_module_record before_ = modules.gentree;
     expected_calls expected_;
     std::array<modelled_tree, 2> trees_{modelled_tree(expected_, true), modelled_tree(expected_, false)};

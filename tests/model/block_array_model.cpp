@@ -26,31 +26,19 @@ struct model_block {
     element_vector::iterator at(int32_t index) { return storage.begin() + index; }
 };
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes), plain_(bytes_.below(2) == 0)
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2) == 0)
     {
         element_size_ = element_sizes[bytes_.below(element_sizes.size())];
         for (selected_ = 0; selected_ < blocks_.size(); ++selected_)
             initialise(selected_);
-        compare();
-    }
-
-    void run()
-    {
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        for (std::size_t i = 0; i < blocks_.size(); ++i)
-            release(i);
-        expected_.require_nothing_left();
     }
 
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::append,        &interpreter::append,        &interpreter::append,
@@ -64,7 +52,14 @@ private:
             &interpreter::release_one,   &interpreter::start_again,
         };
         selected_ = bytes_.below(blocks_.size());
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        for (std::size_t i = 0; i < blocks_.size(); ++i)
+            release(i);
+        expected_.require_nothing_left();
     }
 
     /* ---- what the operations choose ---- */
@@ -326,7 +321,7 @@ private:
 
     /* ---- comparison ---- */
 
-    void compare()
+    void compare() override
     {
         for (std::size_t i = 0; i < blocks_.size(); ++i)
             compare_block(blocks_[i], models_[i]);
@@ -348,7 +343,6 @@ private:
         require_elements(block.data, model.storage);
     }
 
-    byte_source bytes_;
     plain_code plain_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;

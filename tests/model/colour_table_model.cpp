@@ -266,9 +266,9 @@ private:
     bool initialised_ = false, static_phase_ = true, warned_ = false;
 };
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes)
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes)
     {
         restart_colour_table();
         model_.host_throws = bytes_.below(4) != 0;
@@ -278,20 +278,10 @@ public:
             init();
     }
 
-    void run()
-    {
-        compare();
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        expected_.require_nothing_left();
-    }
-
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::new_index, &interpreter::new_index,  &interpreter::new_index, &interpreter::release,
@@ -299,8 +289,10 @@ private:
             &interpreter::set,       &interpreter::set_rgb,    &interpreter::get,       &interpreter::copy,
             &interpreter::copy,      &interpreter::statistics, &interpreter::set_level, &interpreter::alloc_or_init,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
     }
+
+    void finish() override { expected_.require_nothing_left(); }
 
     /* Calls the model, then the library; both must end alike. */
     template <class OnModel, class OnTable>
@@ -400,13 +392,12 @@ private:
 
     void set_level() { clut_debug = model_.level = static_cast<int32_t>(bytes_.below(5)) - 1; }
 
-    void compare()
+    void compare() override
     {
         expected_.compare();
         model_.compare();
     }
 
-    byte_source bytes_;
     expected_calls expected_;
     model_table model_{expected_};
 };

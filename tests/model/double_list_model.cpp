@@ -49,7 +49,7 @@ public:
 private:
     using operation = void (interpreter::*)();
 
-    void operate() override
+    void operate_on_selected() override
     {
         static constexpr operation operations[] = {
             &interpreter::add,
@@ -78,13 +78,13 @@ private:
             &interpreter::reverse,
             &interpreter::roll,
             &interpreter::make_empty,
-            &interpreter::release_one,
+            &interpreter::release_selected,
             &interpreter::start_iterator,
             &interpreter::step_iterator,
             &interpreter::step_iterator,
             &interpreter::step_iterator,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
     }
 
     std::string text_of(const node &tested) const override { return std::to_string(tested.value); }
@@ -212,7 +212,7 @@ private:
         std::vector<node> sorted = selected().nodes;
         for (auto begin = sorted.begin(); begin != sorted.end();) {
             const auto end = std::find_if(begin, sorted.end(), is_nan);
-            std::stable_sort(begin, end, is_less);
+            sort_stably(begin, end, is_less);
             begin = std::find_if_not(end, sorted.end(), is_nan);
         }
         for (std::size_t i = 0; i < sorted.size(); ++i)
@@ -411,31 +411,18 @@ private:
             selected().roll_to(position);
     }
 
-    void expect_release_of_nodes(std::size_t index)
-    {
-        for (const node &each : models_[index].nodes)
-            expected_.dealloc(each.position, node_size);
-        note_emptied(index);
-    }
-
     void make_empty()
     {
-        expect_release_of_nodes(selected_);
+        expect_release_of_nodes(selected_, node_size);
         DBLL_make_empty(list());
     }
 
     void release(std::size_t index) override
     {
-        expect_release_of_nodes(index);
+        expect_release_of_nodes(index, node_size);
         expected_.dealloc(lists_[index], sizeof(DBLL_list));
         DBLL_release(&lists_[index]);
         require(!lists_[index], "release left the variable");
-    }
-
-    void release_one()
-    {
-        release(selected_);
-        lists_[selected_] = created();
     }
 
     /* ---- iterators ---- */

@@ -58,31 +58,18 @@ struct iterator_pair {
     bool alive;
 };
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes), plain_(bytes_.below(2) == 0)
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2) == 0)
     {
         for (std::size_t i = 0; i < arrays_.size(); ++i)
             create(i);
-        compare();
-    }
-
-    void run()
-    {
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        for (std::size_t i = 0; i < arrays_.size(); ++i)
-            release(i);
-        DA_release(nullptr);
-        expected_.require_nothing_left();
     }
 
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::append,        &interpreter::append,        &interpreter::insert,
@@ -96,7 +83,15 @@ private:
             &interpreter::step_iterator, &interpreter::step_iterator, &interpreter::step_iterator,
         };
         selected_ = bytes_.below(arrays_.size());
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        for (std::size_t i = 0; i < arrays_.size(); ++i)
+            release(i);
+        DA_release(nullptr);
+        expected_.require_nothing_left();
     }
 
     /* ---- what the operations choose ---- */
@@ -436,7 +431,7 @@ private:
 
     /* ---- comparison ---- */
 
-    void compare()
+    void compare() override
     {
         for (std::size_t i = 0; i < arrays_.size(); ++i)
             compare_array(*arrays_[i], models_[i]);
@@ -469,7 +464,6 @@ private:
         require(real.test == model.test, "iterator: another test");
     }
 
-    byte_source bytes_;
     plain_code plain_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;

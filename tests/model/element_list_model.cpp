@@ -54,22 +54,22 @@ private:
     using operation = void (interpreter::*)();
     using element_buffer = std::array<uint8_t, sizes.back()>;
 
-    void operate() override
+    void operate_on_selected() override
     {
         static constexpr operation operations[] = {
-            &interpreter::append,         &interpreter::append,          &interpreter::prepend,
-            &interpreter::insert_before,  &interpreter::insert_after,    &interpreter::insert_at_index,
-            &interpreter::remove,         &interpreter::remove_at_index, &interpreter::remove_range,
-            &interpreter::replace,        &interpreter::replace_range,   &interpreter::close_or_open,
-            &interpreter::close_or_open,  &interpreter::advance,         &interpreter::look_up,
-            &interpreter::count_range,    &interpreter::total_copy,      &interpreter::copy_range,
-            &interpreter::join,           &interpreter::reverse,         &interpreter::roll,
-            &interpreter::roll,           &interpreter::cut_open,        &interpreter::split,
-            &interpreter::make_empty,     &interpreter::release_one,     &interpreter::start_iterator,
-            &interpreter::start_iterator, &interpreter::step_iterator,   &interpreter::step_iterator,
+            &interpreter::append,         &interpreter::append,           &interpreter::prepend,
+            &interpreter::insert_before,  &interpreter::insert_after,     &interpreter::insert_at_index,
+            &interpreter::remove,         &interpreter::remove_at_index,  &interpreter::remove_range,
+            &interpreter::replace,        &interpreter::replace_range,    &interpreter::close_or_open,
+            &interpreter::close_or_open,  &interpreter::advance,          &interpreter::look_up,
+            &interpreter::count_range,    &interpreter::total_copy,       &interpreter::copy_range,
+            &interpreter::join,           &interpreter::reverse,          &interpreter::roll,
+            &interpreter::roll,           &interpreter::cut_open,         &interpreter::split,
+            &interpreter::make_empty,     &interpreter::release_selected, &interpreter::start_iterator,
+            &interpreter::start_iterator, &interpreter::step_iterator,    &interpreter::step_iterator,
             &interpreter::step_iterator,  &interpreter::step_iterator,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
     }
 
     std::string text_of(const node &tested) const override { return std::to_string(tested.value); }
@@ -355,31 +355,18 @@ private:
         adopt_values(end_part, values, false);
     }
 
-    void expect_release_of_nodes(std::size_t index)
-    {
-        for (const node &each : models_[index].nodes)
-            expected_.dealloc(each.position, node_size());
-        note_emptied(index);
-    }
-
     void make_empty()
     {
-        expect_release_of_nodes(selected_);
+        expect_release_of_nodes(selected_, node_size());
         EL_make_empty(list());
     }
 
     void release(std::size_t index) override
     {
-        expect_release_of_nodes(index);
+        expect_release_of_nodes(index, node_size());
         expected_.dealloc(lists_[index], sizeof(EL_list));
         EL_release(&lists_[index]);
         require(!lists_[index], "release left the variable");
-    }
-
-    void release_one()
-    {
-        release(selected_);
-        lists_[selected_] = created();
     }
 
     /* ---- iterators ---- */

@@ -20,22 +20,11 @@ constexpr uint8_t filling = 0xEE;
 
 using element_buffer = std::array<uint8_t, sizes.back()>;
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes), element_size_(sizes[bytes_.below(sizes.size())])
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), element_size_(sizes[bytes_.below(sizes.size())])
     {
         create();
-        compare();
-    }
-
-    void run()
-    {
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        release();
-        expected_.require_nothing_left();
     }
 
 private:
@@ -46,14 +35,20 @@ private:
         uint8_t value;
     };
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::push,       &interpreter::push, &interpreter::push,        &interpreter::pop,
             &interpreter::pop,        &interpreter::pop,  &interpreter::inspect,     &interpreter::count,
             &interpreter::make_empty, &interpreter::turn, &interpreter::start_again,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        release();
+        expected_.require_nothing_left();
     }
 
     std::size_t node_size() const { return sizeof(EL_node) + element_size_; }
@@ -146,7 +141,7 @@ private:
         create();
     }
 
-    void compare()
+    void compare() override
     {
         const int broken = broken_invariant(*stack_);
         require(broken == 0, "invariant " + std::to_string(broken) + " is broken");
@@ -163,7 +158,6 @@ private:
         expected_.compare();
     }
 
-    byte_source bytes_;
     expected_calls expected_;
     std::size_t element_size_;
     ES_stack *stack_ = nullptr;

@@ -88,7 +88,7 @@ public:
 private:
     using operation = void (interpreter::*)();
 
-    void operate() override
+    void operate_on_selected() override
     {
         static constexpr operation operations[] = {
             &interpreter::append,
@@ -119,7 +119,7 @@ private:
             &interpreter::next_position,
             &interpreter::next_position,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
     }
 
     std::string text_of(const node &tested) const override { return text(tested.item); }
@@ -307,9 +307,9 @@ private:
 
     void release_one()
     {
-        release(selected_);
-        GL_release(&lists_[selected_]);
-        lists_[selected_] = created();
+        GL_list *none = nullptr;
+        GL_release(&none);
+        release_selected();
     }
 
     void total_release()

@@ -18,33 +18,19 @@ namespace mova::test {
 
 namespace {
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
     explicit interpreter(byte_source bytes)
-        : bytes_(bytes), plain_(bytes_.below(2) == 0), key_(key_shapes[bytes_.below(key_shapes.size())])
+        : byte_interpreter(bytes), plain_(bytes_.below(2) == 0), key_(key_shapes[bytes_.below(key_shapes.size())])
     {
         host_.reset();
         create();
-        compare();
-    }
-
-    void run()
-    {
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        compare_all_entries();
-        release();
-        compare_calls();
-        require(host_.live_blocks() == 0, "blocks are left");
-        require(host_.take_complaints().empty(), "the host complained");
     }
 
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::set,      &interpreter::set,         &interpreter::set,    &interpreter::set,
@@ -52,7 +38,16 @@ private:
             &interpreter::set_many, &interpreter::remove_many, &interpreter::get,    &interpreter::contains,
             &interpreter::iterate,  &interpreter::step,        &interpreter::step,   &interpreter::create_anew,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        compare_all_entries();
+        release();
+        compare_calls();
+        require(host_.live_blocks() == 0, "blocks are left");
+        require(host_.take_complaints().empty(), "the host complained");
     }
 
     mova_word any_key() { return key_(bytes_.next()); }
@@ -159,7 +154,7 @@ private:
 
     /* ---- comparison ---- */
 
-    void compare()
+    void compare() override
     {
         require(literal_->equals(*table_), "another record or slot");
         require(static_cast<std::size_t>(table_->count) == map_.size(), "another count");
@@ -180,7 +175,6 @@ private:
         require(delivered == map_, "other entries");
     }
 
-    byte_source bytes_;
     plain_code plain_;
     key_shape key_;
     recording_host &host_ = recording_host::get();

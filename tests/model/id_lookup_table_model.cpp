@@ -21,28 +21,14 @@ constexpr int32_t line_of_get_id = 108, line_of_set = 140, line_of_get_ptr = 155
 /* Never read. */
 std::array<char, 8> things;
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes), plain_(bytes_.below(2) == 0)
-    {
-        create();
-        compare();
-    }
-
-    void run()
-    {
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        release();
-        expected_.require_nothing_left();
-    }
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2) == 0) { create(); }
 
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::add,
@@ -62,7 +48,13 @@ private:
             &interpreter::rarely_start_again,
             &interpreter::shorten,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        release();
+        expected_.require_nothing_left();
     }
 
     /* ---- what the operations choose ---- */
@@ -223,7 +215,7 @@ private:
 
     /* ---- comparison ---- */
 
-    void compare()
+    void compare() override
     {
         const int broken = broken_invariant_of_table(*table_);
         require(broken == 0, "invariant " + std::to_string(broken) + " is broken");
@@ -234,7 +226,6 @@ private:
         expected_.compare();
     }
 
-    byte_source bytes_;
     plain_code plain_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;

@@ -5,6 +5,7 @@
 #define MOVA_TESTS_MODEL_LIST_INTERPRETER_H
 
 #include "expected_calls.h"
+#include "model.h"
 
 #include <mova/lists/internal/invariants.h>
 
@@ -62,24 +63,15 @@ auto &next_of(Iterator &iterator)
 }
 
 template <class List, class Iterator, class Node>
-class list_interpreter {
+class list_interpreter : public byte_interpreter {
 public:
-    explicit list_interpreter(byte_source bytes) : bytes_(bytes) {}
-    virtual ~list_interpreter() = default;
+    using byte_interpreter::byte_interpreter;
 
     void run()
     {
         for (List *&each : lists_)
             each = created();
-        compare();
-        while (!bytes_.empty()) {
-            selected_ = bytes_.below(lists_.size());
-            operate();
-            compare();
-        }
-        for (std::size_t i = 0; i < lists_.size(); ++i)
-            release(i);
-        expected_.require_nothing_left();
+        byte_interpreter::run();
     }
 
 protected:
@@ -95,7 +87,7 @@ protected:
 
     /* ---- what differs ---- */
 
-    virtual void operate() = 0;
+    virtual void operate_on_selected() = 0;
 
     /* Makes a list, and releases the one with this index, with all that it holds. */
     virtual List *created() = 0;
@@ -107,6 +99,35 @@ protected:
 
     /* Throws mismatch where the node in the list's order is not the one in the model. */
     virtual void compare_node(const void *node, const Node &expected) const = 0;
+
+    /* ---- the frame ---- */
+
+    void operate() final
+    {
+        selected_ = bytes_.below(lists_.size());
+        operate_on_selected();
+    }
+
+    void finish() final
+    {
+        for (std::size_t i = 0; i < lists_.size(); ++i)
+            release(i);
+        expected_.require_nothing_left();
+    }
+
+    /* The list's nodes go back, first to last. */
+    void expect_release_of_nodes(std::size_t index, std::size_t node_size)
+    {
+        for (const Node &each : models_[index].nodes)
+            expected_.dealloc(each.position, node_size);
+        note_emptied(index);
+    }
+
+    void release_selected()
+    {
+        release(selected_);
+        lists_[selected_] = created();
+    }
 
     /* ---- what the operations choose ---- */
 
@@ -224,7 +245,7 @@ protected:
 
     /* ---- comparison ---- */
 
-    virtual void compare()
+    void compare() override
     {
         for (std::size_t i = 0; i < lists_.size(); ++i)
             compare_list(*lists_[i], models_[i]);
@@ -261,7 +282,6 @@ protected:
             require(real.element_size == expected.element_size, "iterator: another element size");
     }
 
-    byte_source bytes_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;
     std::array<List *, 3> lists_{};

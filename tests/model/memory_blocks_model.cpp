@@ -30,26 +30,14 @@ struct model_block {
 
 using model_blocks = std::map<mb_handle, model_block>;
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes), budget_(chosen_budget()), pool_(made_pool()) {}
-
-    void run()
-    {
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        while (!blocks_.empty())
-            release_at(blocks_.begin());
-        compare();
-        require(host_.take_complaints().empty(), "the host complained");
-    }
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), budget_(chosen_budget()), pool_(made_pool()) {}
 
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::allocate_small,
@@ -67,7 +55,15 @@ private:
             &interpreter::release,
             &interpreter::write,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        while (!blocks_.empty())
+            release_at(blocks_.begin());
+        compare();
+        require(host_.take_complaints().empty(), "the host complained");
     }
 
     /* ---- what the operations choose ---- */
@@ -200,7 +196,7 @@ private:
 
     /* ---- comparison ---- */
 
-    void compare() const
+    void compare() override
     {
         const int broken = broken_invariant(pool_);
         require(broken == 0, "invariant " + std::to_string(broken) + " is broken");
@@ -213,7 +209,6 @@ private:
             require(!pool_.get(handle), "a dead handle names a block");
     }
 
-    byte_source bytes_;
     recording_host &host_ = recording_host::get();
     std::size_t budget_;
     block_pool pool_;

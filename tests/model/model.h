@@ -8,6 +8,7 @@
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host.h>
 
+#include <algorithm>
 #include <string>
 
 namespace mova::test {
@@ -30,6 +31,49 @@ bool add_model(model added);
 
 const std::vector<model> &models();
 const model &model_of(const std::string &family);
+
+/* The frame of every interpreter. Compares before the first operation and after each, until the bytes are used up. */
+class byte_interpreter {
+public:
+    explicit byte_interpreter(byte_source bytes) : bytes_(bytes) {}
+    virtual ~byte_interpreter() = default;
+
+    void run()
+    {
+        compare();
+        while (!bytes_.empty()) {
+            operate();
+            compare();
+        }
+        finish();
+    }
+
+protected:
+    /* Does what the next bytes say. */
+    virtual void operate() = 0;
+
+    /* Throws mismatch where container and model differ. */
+    virtual void compare() = 0;
+
+    /* Releases what is left, and sees that it is all. */
+    virtual void finish() = 0;
+
+    template <class Interpreter, std::size_t count>
+    void do_one_of(void (Interpreter::*const (&operations)[count])())
+    {
+        (static_cast<Interpreter &>(*this).*operations[bytes_.below(count)])();
+    }
+
+    byte_source bytes_;
+};
+
+/* Sorts by insertion: equal ones stay in order. (The standard library's own makes clang 19 warn of libstdc++ 12.) */
+template <class Iterator, class Less>
+void sort_stably(Iterator begin, Iterator end, Less less)
+{
+    for (Iterator next = begin; next != end; ++next)
+        std::rotate(std::upper_bound(begin, next, *next, less), next, next + 1);
+}
 
 /* Whether the interpreters call the exported functions, not the bodies that some have in the headers. */
 inline bool calls_exported_form = false;

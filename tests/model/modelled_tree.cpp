@@ -1,6 +1,8 @@
 /* SPDX-License-Identifier: MIT */
 #include "modelled_tree.h"
 
+#include "model.h"
+
 #include <mova/tree/internal/invariants.h>
 
 #include <cstring>
@@ -330,7 +332,7 @@ void modelled_tree::sort_with_keys(const std::vector<std::pair<std::size_t, int3
     for (const auto &[index, key] : changed)
         items[index]->key = key;
     sorted = items;
-    std::stable_sort(sorted.begin(), sorted.end(), by_key());
+    sort_stably(sorted.begin(), sorted.end(), by_key());
     order_ = std::multiset<record *, by_key>(sorted.begin(), sorted.end());
     for (int bound = static_cast<int>(items.size()); items.size() >= 2 && bound > 0;)
         bound = pass(items, static_cast<std::size_t>(bound));

@@ -30,37 +30,32 @@ void write_down_release(mova_word *value)
     recording_host::get().write_down(release_call(value == &being_released->front_value, *value));
 }
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
     explicit interpreter(byte_source bytes)
-        : bytes_(bytes), plain_(bytes_.below(2) == 0), key_(key_shapes[bytes_.below(key_shapes.size())])
+        : byte_interpreter(bytes), plain_(bytes_.below(2) == 0), key_(key_shapes[bytes_.below(key_shapes.size())])
     {
         host_.reset();
         create();
-        compare();
-    }
-
-    void run()
-    {
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        release();
-        require(host_.live_blocks() == 0, "blocks are left");
-        require(host_.take_complaints().empty(), "the host complained");
     }
 
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::add, &interpreter::add,    &interpreter::add,    &interpreter::add_many,
             &interpreter::get, &interpreter::remove, &interpreter::remove, &interpreter::create_anew,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        release();
+        require(host_.live_blocks() == 0, "blocks are left");
+        require(host_.take_complaints().empty(), "the host complained");
     }
 
     mova_word any_key() { return key_(bytes_.next()); }
@@ -150,7 +145,7 @@ private:
 
     /* ---- comparison ---- */
 
-    void compare()
+    void compare() override
     {
         require(lookup_->front_key == front_key_, "another key in front");
         require(lookup_->front_value == front_value_, "another value in front");
@@ -160,7 +155,6 @@ private:
         require(host_.take_log() == memory_.take_calls(), "other host calls");
     }
 
-    byte_source bytes_;
     plain_code plain_;
     key_shape key_;
     recording_host &host_ = recording_host::get();

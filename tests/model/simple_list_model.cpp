@@ -84,7 +84,7 @@ public:
 private:
     using operation = void (interpreter::*)();
 
-    void operate() override
+    void operate_on_selected() override
     {
         static constexpr operation operations[] = {
             &interpreter::append,
@@ -109,14 +109,14 @@ private:
             &interpreter::roll,
             &interpreter::make_empty,
             &interpreter::release_one,
-            &interpreter::total_release_one,
+            &interpreter::release_selected,
             &interpreter::start_iterator,
             &interpreter::start_iterator,
             &interpreter::step_iterator,
             &interpreter::step_iterator,
             &interpreter::step_iterator,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
     }
 
     std::string text_of(const node &tested) const override { return number_of(tested.position); }
@@ -331,12 +331,6 @@ private:
         expected_.dealloc(lists_[index], sizeof(SL_list));
         SL_total_release(&lists_[index], free_item);
         require(!lists_[index], "total release left the variable");
-    }
-
-    void total_release_one()
-    {
-        release(selected_);
-        lists_[selected_] = created();
     }
 
     /* A list with items raises and stays, where the raise throws. */

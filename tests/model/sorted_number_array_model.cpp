@@ -25,37 +25,21 @@ struct tracked_array {
     std::vector<int32_t> numbers;
 };
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes), plain_(bytes_.below(2) == 0)
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2) == 0)
     {
         for (tracked_array *made : {&selection_, &loose_}) {
             made->increment = 1 + static_cast<int32_t>(bytes_.below(20));
             expected_.alloc(sizeof(DA_array));
             made->array = DA_create(4, made->increment);
         }
-        compare();
-    }
-
-    void run()
-    {
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        for (const tracked_array *made : {&selection_, &loose_}) {
-            if (made->nalloc)
-                expected_.dealloc(made->array->data, 4 * static_cast<std::size_t>(made->nalloc));
-            expected_.dealloc(made->array, sizeof(DA_array));
-            DA_release(made->array);
-        }
-        expected_.require_nothing_left();
     }
 
 private:
     using operation = void (interpreter::*)();
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::select,       &interpreter::select,        &interpreter::deselect,
@@ -64,7 +48,18 @@ private:
             &interpreter::roll,         &interpreter::add_loose,     &interpreter::add_loose,
             &interpreter::remove_loose, &interpreter::look_up_loose,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        for (const tracked_array *made : {&selection_, &loose_}) {
+            if (made->nalloc)
+                expected_.dealloc(made->array->data, 4 * static_cast<std::size_t>(made->nalloc));
+            expected_.dealloc(made->array, sizeof(DA_array));
+            DA_release(made->array);
+        }
+        expected_.require_nothing_left();
     }
 
     int32_t index_up_to(std::size_t bound) { return static_cast<int32_t>(bytes_.below(bound + 1)); }
@@ -236,7 +231,7 @@ private:
 
     /* ---- comparison ---- */
 
-    void compare()
+    void compare() override
     {
         compare_array(selection_);
         compare_array(loose_);
@@ -255,7 +250,6 @@ private:
                 "other numbers");
     }
 
-    byte_source bytes_;
     plain_code plain_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;

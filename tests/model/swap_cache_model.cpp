@@ -90,9 +90,9 @@ struct held_block {
     std::size_t size;
 };
 
-class interpreter {
+class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : bytes_(bytes)
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes)
     {
         cc_debug = 0;
         host_.pool().set_budget(budget_ = bytes_.next());
@@ -102,29 +102,11 @@ public:
             items_[i].name = static_cast<char>('A' + i);
     }
 
-    void run()
-    {
-        compare();
-        while (!bytes_.empty()) {
-            operate();
-            compare();
-        }
-        while (!held_.empty())
-            free_held();
-        make_empty();
-        compare();
-        expected_.dealloc(cache_, sizeof(cc_cache));
-        MM_dealloc_item(cache_, sizeof(cc_cache));
-        expected_.require_nothing_left();
-        require(host_.pool().live_blocks() == 0, "blocks of the pool are left");
-        cc_debug = 0;
-    }
-
 private:
     using operation = void (interpreter::*)();
     using model_list = std::vector<model_entry>;
 
-    void operate()
+    void operate() override
     {
         static constexpr operation operations[] = {
             &interpreter::insert_out,
@@ -152,7 +134,20 @@ private:
             &interpreter::set_raise_mode,
             &interpreter::empty_sometimes,
         };
-        (this->*operations[bytes_.below(std::size(operations))])();
+        do_one_of(operations);
+    }
+
+    void finish() override
+    {
+        while (!held_.empty())
+            free_held();
+        make_empty();
+        compare();
+        expected_.dealloc(cache_, sizeof(cc_cache));
+        MM_dealloc_item(cache_, sizeof(cc_cache));
+        expected_.require_nothing_left();
+        require(host_.pool().live_blocks() == 0, "blocks of the pool are left");
+        cc_debug = 0;
     }
 
     /* ---- the model ---- */
@@ -463,7 +458,7 @@ private:
 
     /* ---- comparison ---- */
 
-    void compare()
+    void compare() override
     {
         const int broken =
             broken_invariant(*cache_, [this](mb_handle handle) { return host_.pool().name_of(handle)[0] == 'b'; });
@@ -502,7 +497,6 @@ private:
                     "another body");
     }
 
-    byte_source bytes_;
     recording_host &host_ = recording_host::get();
     expected_calls expected_;
     std::array<item, 12> items_{};
