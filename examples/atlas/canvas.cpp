@@ -88,55 +88,68 @@ void Canvas::line(Pixel from, Pixel to)
     if (side.to.y < bounds().top || side.from.y >= bounds().bottom)
         return;
     const Columns near = columns_between<1>(side, bounds().top - 1, bounds().bottom);
-    const int left = open_column(near.from, near.end);
-    int right = std::min(near.end, bounds().right);
-    while (left < right && !open_[index(right - 1)])
-        --right;
+    const int left = open_column(near.from, near.end), right = std::min(near.end, bounds().right);
     if (left >= right)
         return;
     const int across = to.x - from.x, down = to.y - from.y;
+    const int x_sign = across < 0 ? -1 : 1, y_sign = down < 0 ? -1 : 1;
     const bool is_wide = std::abs(across) >= std::abs(down);
-    const int length = std::max(std::abs(across), std::abs(down)), steps = std::max(length, 1);
+    const int length = std::max(std::abs(across), std::abs(down)), steps = std::max(length, 1), turn = 2 * steps;
     const std::int64_t whole = std::abs(is_wide ? down : across);
     /* How far it goes from `start` until it comes to the bounds, and until it leaves them. */
-    const auto ways = [](int start, int way, int low, int end) {
-        return way < 0 ? Columns{start - end + 1, start - low + 1} : Columns{low - start, end - start};
+    const auto ways = [](int start, int sign, int low, int end) {
+        return sign < 0 ? Columns{start - end + 1, start - low + 1} : Columns{low - start, end - start};
     };
-    const Columns over_columns = ways(from.x, across, left, right);
-    const Columns over_rows = ways(from.y, down, bounds().top, bounds().bottom);
+    const Columns over_columns = ways(from.x, x_sign, left, right);
+    const Columns over_rows = ways(from.y, y_sign, bounds().top, bounds().bottom);
     const Columns along = is_wide ? over_columns : over_rows, aside = is_wide ? over_rows : over_columns;
     /* The first step after which it has gone so many places to the side. */
     const auto first_step = [=](std::int64_t places) {
         if (places <= 0 || places > whole)
             return places <= 0 ? 0 : length + 1;
-        return static_cast<int>(ceil_divided(2 * steps * places - steps + 1, 2 * whole));
+        return static_cast<int>(ceil_divided(turn * places - steps + 1, 2 * whole));
     };
     const int first = std::max({0, along.from, first_step(aside.from)});
     const int end = std::min({length + 1, along.end, first_step(aside.end)});
-    if (first >= end)
-        return;
-    steps_ += static_cast<std::size_t>(end - first);
-    const std::int64_t sum = 2 * first * whole + steps - 1;
-    const int places = static_cast<int>(sum / (2 * steps)), turn = 2 * steps, rise = static_cast<int>(2 * whole);
-    const int x_sign = across < 0 ? -1 : 1, y_sign = down < 0 ? -1 : 1;
-    int x = from.x - bounds().left + x_sign * (is_wide ? first : places);
-    int y = from.y - bounds().top + y_sign * (is_wide ? places : first);
-    waiting_.from = std::min(waiting_.from, left);
-    waiting_.end = std::max(waiting_.end, right);
-    Rows rows = 0;
-    for (int step = first, carried = static_cast<int>(sum % turn); step < end; ++step) {
-        rows |= Rows{1} << y;
-        carried += rise;
-        const bool is_aside = carried >= turn;
-        carried -= is_aside ? turn : 0;
-        y += !is_wide || is_aside ? y_sign : 0;
-        if (is_wide || is_aside) {
-            lines_[static_cast<std::size_t>(x)] |= std::exchange(rows, 0);
-            x += x_sign;
+    waiting_ = {std::min(waiting_.from, left), std::max(waiting_.end, right)};
+
+    /* A wide line goes to the right here, from one column that is not full to the next, and looks for one after every 32. */
+    const int forwards = is_wide ? x_sign : 1;
+    const std::int64_t rise = 2 * whole * forwards;
+    const int slope = static_cast<int>(floor_divided(rise, turn)),
+              carry = static_cast<int>(rise - std::int64_t{slope} * turn);
+    for (int count = end - first, step = forwards < 0 ? end - 1 : first; count > 0;) {
+        if (is_wide) {
+            const int column = from.x + x_sign * step, skipped = open_column(column, right) - column;
+            step += forwards * skipped;
+            count -= skipped;
         }
+        const int run = std::clamp(count, 0, is_wide ? 32 : count);
+        const std::int64_t sum = 2 * step * whole + steps - 1;
+        const int places = static_cast<int>(sum / turn);
+        int carried = static_cast<int>(sum % turn);
+        if (is_wide) {
+            Rows *column = &lines_[index(from.x + x_sign * step)];
+            int y = from.y - bounds().top + y_sign * places;
+            for (Rows *const last = column + run; column < last; ++column) {
+                *column |= Rows{1} << y;
+                carried += carry - turn;
+                y += y_sign * (slope + (carried >= 0));
+                carried += carried < 0 ? turn : 0;
+            }
+        } else {
+            int x = from.x - bounds().left + x_sign * places, y = from.y - bounds().top + y_sign * step;
+            for (int i = 0; i < run; ++i, y += y_sign) {
+                lines_[static_cast<std::size_t>(x)] |= Rows{1} << y;
+                carried += carry - turn;
+                x += carried >= 0 ? x_sign : 0;
+                carried += carried < 0 ? turn : 0;
+            }
+        }
+        step += forwards * run;
+        count -= run;
+        steps_ += static_cast<std::size_t>(run);
     }
-    if (rows)
-        lines_[static_cast<std::size_t>(x)] |= rows;
     if (steps_ - looked_for_ > 8 * static_cast<std::size_t>(waiting_.end - waiting_.from))
         draw_lines();
 }

@@ -1,96 +1,33 @@
 /* SPDX-License-Identifier: MIT */
 #include "labels.h"
 
-#include <array>
-#include <cstddef>
+#include <algorithm>
+#include <iterator>
 
 namespace atlas {
 
-/* ---- glyphs ---- */
+/* Seven rows of five dots each, from the left; the last row is in the lowest five bits. */
+static constexpr std::string_view glyphs = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 .,-'()&/?";
+static constexpr std::uint64_t dots[] = {
+    0x3a31fc631, 0x7a31f463e, 0x3a308422e, 0x7a318c63e, 0x7e10f421f, 0x7e10f4210, 0x3a30bc62e, 0x4631fc631,
+    0x7c842109f, 0x1c4210a4c, 0x4654c5251, 0x42108421f, 0x4775ac631, 0x47359c631, 0x3a318c62e, 0x7a31f4210,
+    0x3a318d64d, 0x7a31f5251, 0x3e107043e, 0x7c8421084, 0x46318c62e, 0x46318c544, 0x4631ad771, 0x462a22a31,
+    0x462a21084, 0x7c222221f, 0x3a33ae62e, 0x11842108e, 0x3a211111f, 0x7c441062e, 0x08ca97c42, 0x7e1e0862e,
+    0x1910f462e, 0x7c2222108, 0x3a317462e, 0x3a317844c, 0x000000000, 0x00000018c, 0x000003088, 0x000070000,
+    0x108800000, 0x088842082, 0x208210888, 0x32544564d, 0x042222210, 0x01ca529c0};
+static_assert(glyphs.size() == std::size(dots));
 
-/* Glyphs side by side, a column apart. */
-struct Sheet {
-    std::string_view glyphs;
-    std::array<std::string_view, glyph_height> rows;
-};
-
-static constexpr Sheet sheets[] = {
-    {"ABCDEFGHI",
-     {
-         " ###  ####   ###  ####  ##### #####  ###  #   # #####",
-         "#   # #   # #   # #   # #     #     #   # #   #   #  ",
-         "#   # #   # #     #   # #     #     #     #   #   #  ",
-         "##### ####  #     #   # ####  ####  # ### #####   #  ",
-         "#   # #   # #     #   # #     #     #   # #   #   #  ",
-         "#   # #   # #   # #   # #     #     #   # #   #   #  ",
-         "#   # ####   ###  ####  ##### #      ###  #   # #####",
-     }},
-    {"JKLMNOPQR",
-     {
-         "  ### #   # #     #   # #   #  ###  ####   ###  #### ",
-         "   #  #  #  #     ## ## ##  # #   # #   # #   # #   #",
-         "   #  # #   #     # # # # # # #   # #   # #   # #   #",
-         "   #  ##    #     # # # #  ## #   # ####  #   # #### ",
-         "   #  # #   #     #   # #   # #   # #     # # # # #  ",
-         "#  #  #  #  #     #   # #   # #   # #     #  #  #  # ",
-         " ##   #   # ##### #   # #   #  ###  #      ## # #   #",
-     }},
-    {"STUVWXYZ",
-     {
-         " #### ##### #   # #   # #   # #   # #   # #####",
-         "#       #   #   # #   # #   # #   # #   #     #",
-         "#       #   #   # #   # #   #  # #   # #     # ",
-         " ###    #   #   # #   # # # #   #     #     #  ",
-         "    #   #   #   # #   # # # #  # #    #    #   ",
-         "    #   #   #   #  # #  ## ## #   #   #   #    ",
-         "####    #    ###    #   #   # #   #   #   #####",
-     }},
-    {"0123456789",
-     {
-         " ###    #    ###  #####    #  #####   ##  #####  ###   ### ",
-         "#   #  ##   #   #    #    ##  #      #        # #   # #   #",
-         "#  ##   #       #   #    # #  ####  #        #  #   # #   #",
-         "# # #   #      #     #  #  #      # ####    #    ###   ####",
-         "##  #   #     #       # #####     # #   #  #    #   #     #",
-         "#   #   #    #    #   #    #  #   # #   #  #    #   #    # ",
-         " ###   ###  #####  ###     #   ###   ###   #     ###   ##  ",
-     }},
-    {" .,-'()&/?",
-     {
-         "                          #      #   #     ##       #      ",
-         "                          #     #     #   #  #      #  ### ",
-         "                         #     #       #  # #      #   # # ",
-         "                   ###         #       #   #      #    # # ",
-         "             ##                #       #  # # #  #     # # ",
-         "       ##     #                 #     #   #  #  #      ### ",
-         "       ##    #                   #   #     ## # #          ",
-     }},
-};
-
-struct Cell {
-    const Sheet *sheet;
-    std::size_t left;
-};
-
-static Cell cell_of(char glyph)
+static std::size_t place_of(char glyph)
 {
-    for (const Sheet &sheet : sheets) {
-        const std::size_t place = sheet.glyphs.find(glyph);
-        if (place != std::string_view::npos)
-            return {&sheet, place * (glyph_width + 1)};
-    }
-    return cell_of(unknown_glyph);
+    return std::min(glyphs.find(glyph), glyphs.find(unknown_glyph));
 }
 
 bool has_dot(char glyph, int column, int row)
 {
-    const Cell cell = cell_of(glyph);
-    return cell.sheet->rows[static_cast<std::size_t>(row)][cell.left + static_cast<std::size_t>(column)] == '#';
+    return dots[place_of(glyph)] >> ((glyph_height - row) * glyph_width - 1 - column) & 1;
 }
 
-/* ---- text ---- */
-
-/* The letters from U+00C0 to U+017F without their accents. A small letter stands for two capitals; see append_base. */
+/* The letters from U+00C0 to U+017F without their accents. A small letter stands for the two capitals at its place. */
 static constexpr std::string_view base_letters = "AAAAAAaCEEEEIIIIDNOOOOO?OUUUUYts"
                                                  "AAAAAAaCEEEEIIIIDNOOOOO?OUUUUYtY"
                                                  "AAAAAACCCCCCCCDDDDEEEEEEEEEEGGGGGGGGHHHHIIIIIIIIIIiiJJKKK"
@@ -98,25 +35,8 @@ static constexpr std::string_view base_letters = "AAAAAAaCEEEEIIIIDNOOOOO?OUUUUY
                                                  "WWYYYZZZZZZS";
 constexpr unsigned first_base = 0xC0;
 static_assert(base_letters.size() == 0x180 - first_base);
-
-static void append_base(std::string &glyphs, char letter)
-{
-    switch (letter) {
-    case 'a': glyphs += "AE"; break;
-    case 'i': glyphs += "IJ"; break;
-    case 'o': glyphs += "OE"; break;
-    case 's': glyphs += "SS"; break;
-    case 't': glyphs += "TH"; break;
-    default: glyphs += letter;
-    }
-}
-
-static void append_ascii(std::string &glyphs, char character)
-{
-    const char capital = character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
-    const Cell cell = cell_of(capital);
-    glyphs += cell.sheet->glyphs[cell.left / (glyph_width + 1)];
-}
+constexpr std::string_view pairs = "aiost";
+constexpr const char *both_capitals[] = {"AE", "IJ", "OE", "SS", "TH"};
 
 /* Returns the code point of a character of two bytes, or 0 where there is another character. */
 static unsigned two_byte_code_point(std::string_view text)
@@ -128,18 +48,19 @@ static unsigned two_byte_code_point(std::string_view text)
 
 std::string as_glyphs(std::string_view text)
 {
-    std::string glyphs;
+    std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const unsigned byte = static_cast<unsigned char>(text[i]);
         const unsigned code_point = two_byte_code_point(text.substr(i));
-        if (byte < 128)
-            append_ascii(glyphs, text[i]);
-        else if (code_point >= first_base && code_point - first_base < base_letters.size())
-            append_base(glyphs, base_letters[code_point - first_base]);
-        else if (byte >> 6 != 2) /* the first byte of its character */
-            glyphs += unknown_glyph;
+        if (code_point >= first_base && code_point - first_base < base_letters.size()) {
+            const char letter = base_letters[code_point - first_base];
+            const std::size_t pair = pairs.find(letter);
+            result += pair == std::string_view::npos ? std::string(1, letter) : both_capitals[pair];
+        } else if (byte >> 6 != 2) { /* the first byte of its character */
+            result += glyphs[place_of(static_cast<char>(byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte))];
+        }
     }
-    return glyphs;
+    return result;
 }
 
 } // namespace atlas
