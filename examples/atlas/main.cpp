@@ -25,19 +25,7 @@
 
 namespace atlas {
 
-class Stopwatch {
-public:
-    /* Returns the milliseconds since the last call. */
-    double lap()
-    {
-        const auto before = std::exchange(last_, std::chrono::steady_clock::now());
-        return std::chrono::duration<double, std::milli>(last_ - before).count();
-    }
-
-private:
-    std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
-};
-
+/* In milliseconds. */
 struct Times {
     double read, decode, prepare, draw, write;
 };
@@ -99,13 +87,16 @@ static void draw_atlas(const Options &options, std::string &subject)
     const Progress progress = [&](const char *step, std::size_t done, std::size_t all) {
         line.update(step, done, all);
     };
-    Stopwatch watch;
     Times times;
+    auto lap = [last = std::chrono::steady_clock::now()]() mutable {
+        const auto before = std::exchange(last, std::chrono::steady_clock::now());
+        return std::chrono::duration<double, std::milli>(last - before).count();
+    };
 
     subject = options.file;
     check_not_same(options.file, options.out);
     const std::string text = read_file(options.file, progress);
-    times.read = watch.lap();
+    times.read = lap();
     Topology topology = decode_topology(text, progress);
     line.clear();
     warn(topology, subject);
@@ -113,16 +104,16 @@ static void draw_atlas(const Options &options, std::string &subject)
         select_countries(topology, options.select);
     if (options.print_tree)
         print_tree(topology);
-    times.decode = watch.lap();
+    times.decode = lap();
     Drawing drawing(topology, options.width, progress);
-    times.prepare = watch.lap();
+    times.prepare = lap();
 
     subject = options.out;
     const auto paint = [&](const Tile &tile) { drawing.draw(tile); };
     Picture picture(drawing.size(), options.cache_budget, paint, progress);
-    times.draw = watch.lap();
+    times.draw = lap();
     const std::size_t bytes = write_png(options.out, picture, palette(), progress);
-    times.write = watch.lap();
+    times.write = lap();
 
     subject.clear();
     line.clear();

@@ -55,12 +55,14 @@ public:
     json root;
     std::optional<std::string> duplicate_key;
 
-    bool null() override { return put(nullptr); }
-    bool boolean(bool value) override { return put(value); }
-    bool number_integer(std::int64_t value) override { return put(value); }
-    bool number_unsigned(std::uint64_t value) override { return put(value); }
-    bool number_float(double value, const std::string &) override { return put(value); }
-    bool string(std::string &value) override { return put(std::move(value)); }
+    explicit Builder(std::size_t size) : size_(size) {}
+
+    bool null() override { return add(nullptr); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(std::int64_t value) override { return add(value); }
+    bool number_unsigned(std::uint64_t value) override { return add(value); }
+    bool number_float(double value, const std::string &) override { return add(value); }
+    bool string(std::string &value) override { return add(std::move(value)); }
     bool binary(json::binary_t &) override { return false; }
     bool start_object(std::size_t) override { return open(json::object()); }
     bool start_array(std::size_t) override { return open(json::array()); }
@@ -79,32 +81,23 @@ public:
         constexpr int number_overflow = 406;
         if (error.id == number_overflow)
             throw Error("a number is too large");
-        throw ParseError{byte};
+        if (byte > size_)
+            throw Error("the JSON ends too early, after " + std::to_string(size_) + " bytes");
+        throw Error("not valid JSON at byte " + std::to_string(byte));
     }
-
-    struct ParseError {
-        std::size_t byte;
-    };
 
 private:
-    json &added(json value)
+    json *add(json value)
     {
-        if (open_.empty())
-            return root = std::move(value);
-        if (open_.back()->is_array())
-            return open_.back()->emplace_back(std::move(value));
-        return *member_ = std::move(value);
-    }
-    bool put(json value)
-    {
-        added(std::move(value));
-        return true;
+        json &added = open_.empty() ? root : open_.back()->is_array() ? open_.back()->emplace_back() : *member_;
+        added = std::move(value);
+        return &added;
     }
     bool open(json value)
     {
         if (open_.size() == deepest_json)
             throw Error("nested too deep for a topology");
-        open_.push_back(&added(std::move(value)));
+        open_.push_back(add(std::move(value)));
         return true;
     }
     bool close()
@@ -113,6 +106,7 @@ private:
         return true;
     }
 
+    std::size_t size_;         /* of the text */
     std::vector<json *> open_; /* the arrays and objects around what comes next */
     json *member_ = nullptr;
 };
@@ -122,14 +116,8 @@ static json parse_json(std::string_view text, std::vector<std::string> &warnings
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     if (first != std::string_view::npos && text[first] != '{' && text[first] != '[')
         throw Error("not JSON");
-    Builder builder;
-    try {
-        json::sax_parse(Reader{text, 0, progress}, Reader{text, text.size(), progress}, &builder);
-    } catch (const Builder::ParseError &error) {
-        if (error.byte > text.size())
-            throw Error("the JSON ends too early, after " + std::to_string(text.size()) + " bytes");
-        throw Error("not valid JSON at byte " + std::to_string(error.byte));
-    }
+    Builder builder(text.size());
+    json::sax_parse(Reader{text, 0, progress}, Reader{text, text.size(), progress}, &builder);
     if (builder.duplicate_key)
         warnings.push_back("an object has several \"" + *builder.duplicate_key + "\": the last one counts");
     return std::move(builder.root);
