@@ -104,29 +104,17 @@ public:
     /* The value of the key, or `absent` where it has none. */
     Value get_or(Key key, Value absent = {}) const noexcept
     {
-        const std::size_t home = home_of(to_word(key));
-        __builtin_prefetch(head_->values + home);
-        const mova_word there = head_->keys[home];
-        if (there == to_word(key) && there)
-            return from_word<Value>(head_->values[home]);
-        return there ? get_or_beyond(key, absent) : absent;
+        const std::size_t slot = mova_hsh_slot_and_value(get(), to_word(key));
+        return head_->keys[slot] ? from_word<Value>(head_->values[slot]) : absent;
     }
     std::optional<Value> find(Key key) const noexcept
     {
-        const std::size_t home = home_of(to_word(key));
-        __builtin_prefetch(head_->values + home);
-        const mova_word there = head_->keys[home];
-        if (there == to_word(key) && there)
-            return from_word<Value>(head_->values[home]);
-        if (!there || !HSH_contains_key(get(), to_word(key)))
+        const std::size_t slot = mova_hsh_slot_and_value(get(), to_word(key));
+        if (!head_->keys[slot])
             return std::nullopt;
-        return from_word<Value>(HSH_get_value(get(), to_word(key)));
+        return from_word<Value>(head_->values[slot]);
     }
-    bool contains(Key key) const noexcept
-    {
-        const mova_word there = head_->keys[home_of(to_word(key))];
-        return there && (there == to_word(key) || HSH_contains_key(get(), to_word(key)));
-    }
+    bool contains(Key key) const noexcept { return head_->keys[mova_hsh_slot(get(), to_word(key))] != 0; }
 
     /* Returns whether the key was there. Unchanged after an exception. */
     bool remove(Key key) { return HSH_remove_entry(get(), to_word(key)) >= 0; }
@@ -144,20 +132,6 @@ public:
                 return false;
         }
         return true;
-    }
-
-private:
-    std::size_t home_of(mova_word key) const noexcept
-    {
-        return (static_cast<std::uint32_t>(key) >> head_->shift) & static_cast<std::uint32_t>(head_->mask);
-    }
-
-    /* A value of 0 needs a second look, unless it is what an absent key gives too. */
-    Value get_or_beyond(Key key, Value absent) const noexcept
-    {
-        const mova_word value = HSH_get_value(get(), to_word(key));
-        const bool is_known = value || !to_word(absent) || HSH_contains_key(get(), to_word(key));
-        return is_known ? from_word<Value>(value) : absent;
     }
 };
 

@@ -244,27 +244,14 @@ private:
     {
         if (!heads_)
             return none;
-        const std::size_t home = home_of(hash);
-        __builtin_prefetch(heads_->values + home);
-        const mova_word there = heads_->keys[home];
-        const mova_word head = there == hash ? heads_->values[home] : there ? HSH_get_value(heads_.get(), hash) : 0;
-        return static_cast<std::size_t>(head) - 1;
+        const std::size_t slot = mova_hsh_slot_and_value(heads_.get(), hash);
+        return static_cast<std::size_t>(heads_->keys[slot] ? heads_->values[slot] : 0) - 1;
     }
 
     /* A hash that is stored leads to another index now. */
-    void change_head(mova_word hash, std::size_t index)
+    void change_head(mova_word hash, std::size_t index) noexcept
     {
-        const std::size_t home = home_of(hash);
-        if (heads_->keys[home] == hash)
-            heads_->values[home] = static_cast<mova_word>(index + 1);
-        else
-            HSH_set_value(heads_.get(), hash, static_cast<mova_word>(index + 1));
-    }
-
-    /* The slot where the hash table looks first. */
-    std::size_t home_of(mova_word hash) const noexcept
-    {
-        return static_cast<std::uint32_t>(hash) & static_cast<std::uint32_t>(heads_->mask);
+        heads_->values[mova_hsh_slot(heads_.get(), hash)] = static_cast<mova_word>(index + 1);
     }
 
     template <class Key>

@@ -40,8 +40,8 @@ MOVA_COUNT(int32_t, GB_append_after_last, (GB_block * block, const void *element
 MOVA_COUNT(void, DA_append, (DA_array * array, const void *elements, int32_t n), array, elements, n)
 MOVA_COUNT(void *, DA_get_item, (DA_array * array, int32_t i), array, i)
 MOVA_COUNT(void *, io_lut_look_ptr, (const DA_array *table, int32_t id), table, id)
-MOVA_COUNT(mova_word, HSH_get_value, (const HSH_table *table, mova_word key), table, key)
-MOVA_COUNT(int, HSH_contains_key, (const HSH_table *table, mova_word key), table, key)
+MOVA_COUNT(size_t, mova_hash_find_slot, (const mova_word *keys, size_t mask, size_t slot, mova_word key), keys, mask,
+           slot, key)
 
 #undef MOVA_COUNT
 }
@@ -114,7 +114,7 @@ TEST(CompiledIn, TheHashTablesLookAtTheHomeSlotIsWithoutTheLibrary)
                   }),
                   0);
     }
-    EXPECT_GT(calls_in([&] { EXPECT_EQ(table.get_or(9, -1), -1); }), 0);
+    EXPECT_EQ(calls_in([&] { EXPECT_EQ(table.get_or(9, -1), -1); }), 1);
 }
 
 } // namespace
