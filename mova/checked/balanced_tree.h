@@ -38,6 +38,7 @@ inline constexpr family balanced_tree = {
     nullptr,
     [](const void *tree) { return broken_invariant(*static_cast<const GT_tree *>(tree), nullptr); },
     [](const void *tree) { return gt::most_nodes(*static_cast<const GT_tree *>(tree)); },
+    true,
 };
 
 namespace gt {

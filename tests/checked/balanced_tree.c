@@ -414,6 +414,35 @@ static void damaged_list_of_iterators(int misused)
     GT_release(&tree);
 }
 
+static GT_tree *edited_elsewhere;
+
+static void *insert_one(void *tree)
+{
+    GT_insert_item(tree, &items[0]);
+    return NULL;
+}
+
+static int32_t compare_while_another_edits(void *a, void *b)
+{
+    GT_tree *tree = edited_elsewhere;
+    edited_elsewhere = NULL;
+    if (tree)
+        in_a_thread(insert_one, tree);
+    return by_number(a, b);
+}
+
+static void another_edited_by_a_thread(int misused)
+{
+    GT_tree *tree = GT_create_with_dupl_not_allowed(compare_while_another_edits);
+    GT_tree *other = GT_create_with_dupl_not_allowed(by_number);
+    in_a_thread(do_nothing, NULL);
+    filled(tree);
+    edited_elsewhere = misused ? other : NULL;
+    GT_insert_item(tree, &items[0]);
+    GT_release(&tree);
+    GT_release(&other);
+}
+
 static const misuse_cell cells[] = {
     {"null tree", 1, "GT_count_items: the tree is null", null_tree},
     {"null position", 1, "GT_remove_item: the position is null", null_position},
@@ -452,6 +481,8 @@ static const misuse_cell cells[] = {
     {"read by a comparison", 9, "GT_count_items: a tree is calling back in GT_find_item", read_by_a_comparison},
     {"another edited by a condition", 9, "GT_insert_item: a tree is calling back in GT_next_item",
      another_edited_by_a_condition},
+    {"another tree edited by a thread", 10, "GT_insert_item: another thread used a tree meanwhile",
+     another_edited_by_a_thread},
     {"damaged chain", 13, "GT_release: the tree breaks its invariant 2", damaged_chain},
     {"damaged balance", 13, "GT_make_empty: the tree breaks its invariant 3", damaged_balance},
     {"damaged list of iterators", 13, "GT_make_empty: the tree breaks its invariant 5", damaged_list_of_iterators},

@@ -284,6 +284,59 @@ static void emptied_by_copy(int misused)
     GL_release(&list);
 }
 
+static void *append_one(void *list)
+{
+    GL_append_after_last(list, &items[0]);
+    return NULL;
+}
+
+static void *copy_while_another_edits(void *item)
+{
+    if (edited)
+        in_a_thread(append_one, edited);
+    edited = NULL;
+    return item;
+}
+
+static void copied_and_edited(int misused)
+{
+    GL_list *list = three_items(), *other = three_items();
+    GL_list *copy;
+    in_a_thread(do_nothing, NULL);
+    edited = misused ? list : other;
+    copy = GL_total_copy(list, copy_while_another_edits);
+    GL_release(&copy);
+    GL_release(&list);
+    GL_release(&other);
+}
+
+static void *count(void *list)
+{
+    return GL_count_items(list) == 3 ? list : NULL;
+}
+
+static void *copy_while_another_reads(void *item)
+{
+    in_a_thread(count, edited);
+    return item;
+}
+
+/* That is no misuse. */
+static void copied_and_counted(int misused)
+{
+    GL_list *list = three_items();
+    GL_list *copy;
+    in_a_thread(do_nothing, NULL);
+    edited = list;
+    copy = GL_total_copy(list, copy_while_another_reads);
+    GL_release(&copy);
+    if (misused) {
+        copy = GL_total_copy(list, copy_while_another_edits);
+        GL_release(&copy);
+    }
+    GL_release(&list);
+}
+
 static void edited_by_test(int misused)
 {
     GL_list *list = three_items();
@@ -335,6 +388,8 @@ static const misuse_cell cells[] = {
     {"released by free", 9, "GL_release: the list is calling back in GL_total_release", released_by_free},
     {"emptied by copy", 9, "GL_make_empty: the list is calling back in GL_total_copy", emptied_by_copy},
     {"edited by test", 9, "GL_remove_item: the list is calling back in GL_next_item", edited_by_test},
+    {"copied and edited", 10, "GL_total_copy: another thread used the list meanwhile", copied_and_edited},
+    {"copied and counted", 10, "GL_total_copy: another thread used the list meanwhile", copied_and_counted},
     {"damaged count", 13, "GL_release: the list breaks its invariant 1", damaged_count},
     {"damaged link", 13, "GL_release: the list breaks its invariant 4", damaged_link},
 };

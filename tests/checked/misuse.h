@@ -27,6 +27,7 @@
 #ifndef MOVA_TESTS_CHECKED_MISUSE_H
 #define MOVA_TESTS_CHECKED_MISUSE_H
 
+#include <pthread.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -36,6 +37,19 @@ typedef struct misuse_cell {
     const char *line;
     void (*run)(int misused);
 } misuse_cell;
+
+/* Does it in a thread of its own, while this one waits. */
+static inline void in_a_thread(void *(*act)(void *), void *argument)
+{
+    pthread_t thread;
+    if (pthread_create(&thread, NULL, act, argument) == 0)
+        pthread_join(thread, NULL);
+}
+
+static inline void *do_nothing(void *argument)
+{
+    return argument;
+}
 
 /* What main() is made of: lists the cells, "name|kind|line" each, where no argument names one. */
 static inline int run_cell(const misuse_cell *cells, size_t count, int arguments, char **argument)

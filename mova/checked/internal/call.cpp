@@ -4,6 +4,7 @@
 #include "chains.h"
 
 #include <algorithm>
+#include <atomic>
 #include <iterator>
 #include <utility>
 
@@ -114,6 +115,63 @@ void note_raise(int32_t line)
         found.show_container(raising->used[0]);
     }
     report(found);
+}
+
+/* ---- threads ---- */
+
+namespace {
+
+uint32_t number_of_thread()
+{
+    static std::atomic<uint32_t> threads;
+    static thread_local const uint32_t number = ++threads;
+    return number;
+}
+
+/* Of the family whose containers are for one thread together. */
+owner last_of_family;
+
+} // namespace
+
+void call::enter()
+{
+    const uint32_t thread = number_of_thread() * 2 + own_->edits;
+    for (int nth = 0; nth < running_call::most_used; ++nth) {
+        entered_[nth] = nullptr;
+        if (used(nth) == 0)
+            continue;
+        owner &into = owner_at(used(nth));
+        entered_[nth] = into.container;
+        into.last_thread = thread;
+        into.last_entered = where();
+        if (into.of->is_for_one_thread) {
+            last_of_family.last_thread = thread;
+            last_of_family.last_entered = where();
+        }
+        has_entered_ = true;
+    }
+}
+
+void call::judge_threads()
+{
+    const registry_lock lock;
+    const uint32_t thread = number_of_thread() * 2 + own_->edits;
+    const auto meets = [thread](const owner &in) {
+        return in.last_thread / 2 != thread / 2 && ((in.last_thread | thread) & 1) != 0;
+    };
+    for (int nth = 0; nth < running_call::most_used && !is_wrong() && !own_->releases; ++nth) {
+        if (used(nth) == 0 || !entered_[nth])
+            continue;
+        const owner &in = owner_at(used(nth));
+        if (!in.live || in.container != entered_[nth])
+            continue;
+        const bool met = meets(in);
+        if (!met && !(in.of->is_for_one_thread && meets(last_of_family)))
+            continue;
+        finding_.say("another thread used %s %s meanwhile", met ? "the" : "a", in.of->noun);
+        finding_.add(met ? in.last_entered : last_of_family.last_entered, "the other   in              ");
+        finding_.show_container(used(nth));
+    }
 }
 
 owner_number call::expect_container(const family &of)

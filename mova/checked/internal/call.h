@@ -70,6 +70,7 @@ struct running_call {
     const raise_meaning *meaning; /* or null */
     const void *position;         /* that it is about, where it matters to calls inside of it; or null */
     bool has_raised;
+    bool edits, releases; /* one of the containers */
 };
 
 /* The calls of a thread that are running, the innermost last. */
@@ -110,7 +111,7 @@ public:
         if (running.count != 0)
             make_room();
         own_ = &running.calls[running.count++];
-        *own_ = {this, function, where, {}, 0, 0, nullptr, nullptr, false};
+        *own_ = {this, function, where, {}, 0, 0, nullptr, nullptr, false, false, false};
     }
 
     /* A call on another stack may have taken this one for left. */
@@ -137,6 +138,8 @@ public:
     __attribute__((always_inline)) owner_number judge_container(const family &of, const void *container, use how,
                                                                 int nth = 0, bool may_be_hand_made = false)
     {
+        own_->edits |= how != use::read;
+        own_->releases |= how == use::release;
         const entry *const known = find(container);
         if (!known || !is_plainly_right(of, *known, how))
             return look_at_container(of, container, how, nth, may_be_hand_made);
@@ -205,6 +208,12 @@ public:
 
     void completed() { completed_ = true; }
 
+    /* Where there are threads: this one enters the containers that the call uses, and sees at the end whether another has
+       entered one of them meanwhile, and one of the two to edit. So nothing is said of a call that was left by a jump. */
+    void enter();
+    void judge_threads();
+    bool has_entered() const { return has_entered_; }
+
     /* Reports what is wrong. Without the lock. */
     void report_misuse()
     {
@@ -255,7 +264,8 @@ private:
     running_call *own_;
     running_call outermost_; /* what this one's record holds otherwise, where there are more than fit */
     const void *remembered_ = nullptr;
-    bool completed_ = false;
+    const void *entered_[running_call::most_used];
+    bool completed_ = false, has_entered_ = false;
 };
 
 /* Whether a role has something to note after the call. */
@@ -303,6 +313,8 @@ __attribute__((always_inline)) inline Result make(call &made, const Row &checked
         ++calls_checked;
         std::apply([&](const auto &...role) { ((made.is_wrong() || (role.before(made, arguments), true)) && ...); },
                    checked.all);
+        if (lock.has_threads() && !made.is_wrong())
+            made.enter();
     }
     const bool was_wrong = made.is_wrong();
     made.report_misuse();
@@ -314,6 +326,8 @@ __attribute__((always_inline)) inline Result make(call &made, const Row &checked
             std::apply([&](const auto &...role) { (conclude_role(role, made, arguments, result...), ...); },
                        checked.all);
         }
+        if (made.has_entered())
+            made.judge_threads();
         if (asked_for().order)
             std::apply([&](const auto &...role) { (ask_role(role, made, arguments, result...), ...); }, checked.all);
         if (!was_wrong)

@@ -37,6 +37,7 @@ struct family {
     int (*broken_invariant)(const void *container);
     /* Returns how much work that is; null where it is as much as the container has blocks. */
     int64_t (*size)(const void *container);
+    bool is_for_one_thread = false; /* all containers of the family together */
 };
 
 /* Whether a container of one may be given to the functions of the other. */
@@ -70,6 +71,9 @@ struct alignas(64) owner {
     bool live;
     bool excused; /* its invariants are not asked: it was left by an exception, a jump or a raise */
     bool foreign; /* the program made its record by hand */
+    uint32_t last_thread =
+        0; /* that entered it, while there were several: twice its number, and 1 where it came to edit */
+    place last_entered = {}; /* from where */
 };
 
 /* Holds the lock while it lives. What is declared below asks for it. */
@@ -85,6 +89,7 @@ public:
         if (locked_)
             unlock();
     }
+    bool has_threads() const { return locked_; }
     registry_lock(const registry_lock &) = delete;
     registry_lock &operator=(const registry_lock &) = delete;
 
