@@ -1,4 +1,5 @@
 /* SPDX-License-Identifier: MIT */
+#define MOVA_OWN_BLOCK_ARRAY
 #include <mova/arrays/block_array.h>
 
 #include <algorithm>
@@ -95,11 +96,6 @@ void GB_set_closed(GB_block *block)
 void GB_reset_closed(GB_block *block)
 {
     block->closed = 0;
-}
-
-int32_t GB_count_items(const GB_block *block)
-{
-    return block->count;
 }
 
 /* ---- elements ---- */

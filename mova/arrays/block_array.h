@@ -174,4 +174,8 @@ void GB_roll(GB_block *block, int32_t n);
 }
 #endif
 
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_BLOCK_ARRAY
+#include <mova/arrays/inline/block_array.h>
+#endif
+
 #endif

@@ -1,4 +1,5 @@
 /* SPDX-License-Identifier: MIT */
+#define MOVA_OWN_DYNAMIC_ARRAY
 #include <mova/arrays/dynamic_array.h>
 
 #include <cstring>
@@ -150,16 +151,6 @@ void DA_copy_into(DA_array *destination, const DA_array *source)
 
 /* ---- sizes ---- */
 
-int32_t DA_nitems(const DA_array *array)
-{
-    return array->nitems;
-}
-
-int32_t DA_nalloc(const DA_array *array)
-{
-    return array->nalloc;
-}
-
 uint32_t DA_memsize(const DA_array *array)
 {
     return array ? static_cast<uint32_t>(storage_bytes(array)) : 0;
@@ -205,11 +196,6 @@ void DA_reset(DA_array *array)
 }
 
 /* ---- elements ---- */
-
-void *DA_data(const DA_array *array)
-{
-    return array->data;
-}
 
 char *DA_string(DA_array *array)
 {

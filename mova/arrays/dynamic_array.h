@@ -199,4 +199,8 @@ void DA_roll(DA_array *array, int32_t n);
 }
 #endif
 
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_DYNAMIC_ARRAY
+#include <mova/arrays/inline/dynamic_array.h>
+#endif
+
 #endif

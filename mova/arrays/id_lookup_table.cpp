@@ -1,4 +1,5 @@
 /* SPDX-License-Identifier: MIT */
+#define MOVA_OWN_ID_LOOKUP_TABLE
 #include <mova/arrays/id_lookup_table.h>
 
 #include <mova/arrays/internal/find_word.h>
@@ -23,11 +24,6 @@ uintptr_t flags(const DA_array *table)
 {
     assert(DA_nitems(table) >= 1);
     return reinterpret_cast<uintptr_t>(words(table)[0]);
-}
-
-bool is_id(const DA_array *table, int32_t id)
-{
-    return id > 0 && id < DA_nitems(table);
 }
 
 /* The word at an index of the storage, in use or not; null where the storage does not reach. */
@@ -93,11 +89,6 @@ void *io_lut_get_ptr(const DA_array *table, int32_t id)
     if (!io_lut_look_ptr(table, id))
         mova::raise(mova::modules.plut, 155, MOVA_ID_NOT_FOUND);
     return word_at(table, id);
-}
-
-void *io_lut_look_ptr(const DA_array *table, int32_t id)
-{
-    return is_id(table, id) ? words(table)[id] : nullptr;
 }
 
 io_lut_iterator io_lut_all_items(const DA_array *table)

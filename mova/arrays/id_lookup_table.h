@@ -97,4 +97,8 @@ void *io_lut_next_item(io_lut_iterator *iterator);
 }
 #endif
 
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_ID_LOOKUP_TABLE
+#include <mova/arrays/inline/id_lookup_table.h>
+#endif
+
 #endif

@@ -1,4 +1,5 @@
 /* SPDX-License-Identifier: MIT */
+#define MOVA_OWN_DOUBLE_LIST
 #include <mova/lists/double_list.h>
 
 #include <mova/frame/internal/assert.h>
@@ -139,11 +140,6 @@ void DBLL_release(DBLL_list **list)
 void DBLL_make_empty(DBLL_list *list)
 {
     EL_make_empty(list);
-}
-
-int32_t DBLL_size(const DBLL_list *list)
-{
-    return EL_count_items(list);
 }
 
 int32_t DBLL_size_inbetween(const DBLL_list *list, EL_node *from, EL_node *to)

@@ -145,4 +145,8 @@ int DBLL_next_double(EL_iterator *iterator, double *value);
 }
 #endif
 
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_DOUBLE_LIST
+#include <mova/lists/inline/double_list.h>
+#endif
+
 #endif

@@ -6,7 +6,7 @@
 
 #include <mova/frame/host.h>
 #include <mova/frame/internal/assert.h>
-#include <mova/frame/internal/copy_element.h>
+#include <mova/frame/inline/copy_element.h>
 #include <mova/frame/internal/module_records.h>
 #include <mova/frame/internal/undo.h>
 #include <mova/lists/internal/chain.h>
@@ -32,7 +32,7 @@ size_t node_bytes(const EL_list *list)
 EL_node *create_node(const EL_list *list, const void *element)
 {
     EL_node *node = static_cast<EL_node *>(MM_alloc_item(node_bytes(list)));
-    mova::copy_element(EL_element(node), element, list->element_size);
+    mova_copy_element(EL_element(node), element, list->element_size);
     return node;
 }
 
@@ -103,11 +103,6 @@ void EL_reset_closed(EL_list *list)
 {
     chain::open<EL_node>(*list);
     list->closed = 0;
-}
-
-int32_t EL_count_items(const EL_list *list)
-{
-    return list->count;
 }
 
 int32_t EL_count_items_inbetween(const EL_list *list, EL_node *from, EL_node *to)

@@ -56,4 +56,8 @@ int ES_inspect_top(const ES_stack *stack, void *buffer);
 }
 #endif
 
+#if !defined MOVA_NO_INLINE || defined MOVA_OWN_ELEMENT_STACK
+#include <mova/lists/inline/element_stack.h>
+#endif
+
 #endif

@@ -137,11 +137,6 @@ int32_t GL_check(const GL_list *list, GL_size_fn item_size)
     return static_cast<int32_t>(bytes);
 }
 
-int32_t GL_count_items(const GL_list *list)
-{
-    return list->count;
-}
-
 GL_node *GL_append_after_last(GL_list *list, void *item)
 {
     GL_node *node = create_node(item);

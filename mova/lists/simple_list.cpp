@@ -122,11 +122,6 @@ void SL_reset_closed(SL_list *list)
     list->closed = 0;
 }
 
-int32_t SL_count_items(const SL_list *list)
-{
-    return list->count;
-}
-
 void *SL_advance(const SL_list *, void *item, int32_t n)
 {
     return chain::advance(links_of(item), n);

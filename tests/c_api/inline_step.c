@@ -1,8 +1,11 @@
 /* SPDX-License-Identifier: MIT */
 /* A caller's loops, which an optimising compiler is to put together without a call of the library. */
+#include <mova/arrays/block_array.h>
+#include <mova/arrays/id_lookup_table.h>
 #include <mova/hash/hash_table.h>
 #include <mova/hash/pointer_lookup.h>
-#include <mova/lists/element_list.h>
+#include <mova/lists/double_list.h>
+#include <mova/lists/element_stack.h>
 #include <mova/lists/generic_list.h>
 #include <mova/lists/simple_list.h>
 
@@ -13,6 +16,8 @@ long number_of_positions(const EL_list *list);
 long sum_of_records(const SL_list *list);
 mova_word sum_of_entries(HSH_table *table);
 mova_word value_of(const mova_lookup *lookup, mova_word key);
+long sum_of_counts(const GL_list *items, const SL_list *records, const GB_block *block, const DBLL_list *values);
+int is_first(const DA_array *ids, const ES_stack *stack);
 
 struct record {
     struct record *prev, *next;
@@ -82,4 +87,17 @@ mova_word sum_of_entries(HSH_table *table)
 mova_word value_of(const mova_lookup *lookup, mova_word key)
 {
     return HSH_contains_key(lookup->table, key) ? mova_lu_get(lookup, key) : 0;
+}
+
+long sum_of_counts(const GL_list *items, const SL_list *records, const GB_block *block, const DBLL_list *values)
+{
+    return (long)GL_count_items(items) + SL_count_items(records) + GB_count_items(block) + DBLL_size(values);
+}
+
+/* Whether what is on top of the stack has the first id, and no other follows. */
+int is_first(const DA_array *ids, const ES_stack *stack)
+{
+    void *top = 0;
+    return ES_inspect_top(stack, &top) && ES_count_items(stack) && io_lut_look_ptr(ids, 1) == top &&
+           DA_nitems(ids) == 2;
 }

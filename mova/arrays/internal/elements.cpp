@@ -12,9 +12,9 @@ namespace {
 void swap_pairwise(char *low, char *high, size_t size, int32_t pairs, void *buffer)
 {
     for (; pairs > 0; --pairs, low += size, high -= size) {
-        copy_element(buffer, low, size);
-        copy_element(low, high, size);
-        copy_element(high, buffer, size);
+        mova_copy_element(buffer, low, size);
+        mova_copy_element(low, high, size);
+        mova_copy_element(high, buffer, size);
     }
 }
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include <mova/frame/internal/copy_element.h>
+#include <mova/frame/inline/copy_element.h>
 
 namespace mova {
 
@@ -25,7 +25,7 @@ public:
 
     char *at(int32_t index) const { return data_ + bytes_of(index, size_); }
 
-    void put(int32_t index, const void *element) const { copy_element(at(index), element, size_); }
+    void put(int32_t index, const void *element) const { mova_copy_element(at(index), element, size_); }
 
     /* Copies `count` elements in, from elsewhere. */
     void write(int32_t index, const void *source, int32_t count) const

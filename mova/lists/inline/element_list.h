@@ -87,6 +87,11 @@ EL_INLINE int EL_next_item_copy(EL_iterator *iterator, void *buffer)
     return 0;
 }
 
+EL_INLINE int32_t EL_count_items(const EL_list *list)
+{
+    return list->count;
+}
+
 #ifdef __cplusplus
 }
 #endif

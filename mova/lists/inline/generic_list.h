@@ -85,6 +85,11 @@ GL_INLINE int GL_next_position(GL_iterator *iterator, GL_node **position)
     return 0;
 }
 
+GL_INLINE int32_t GL_count_items(const GL_list *list)
+{
+    return list->count;
+}
+
 #ifdef __cplusplus
 }
 #endif
