@@ -3,8 +3,6 @@
 # files. All of it finds itself, wherever it is moved to.
 include(CMakePackageConfigHelpers)
 
-set_target_properties(mova_container PROPERTIES INSTALL_RPATH "$ORIGIN")
-
 foreach(header ${container_headers} ${host_headers} ${cxx_headers})
     cmake_path(GET header PARENT_PATH room)
     install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mova/${room})

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
 # With tests, benchmarks and examples off, the libraries configure and build with a compiler for C++ and CMake
-# alone. REPEAT builds them twice, and compares; with PKG_CONFIG it looks at what absolute directories lead to.
+# alone. With PKG_CONFIG it looks at what absolute directories lead to.
 #
 # cmake -DSOURCE=... -DDIRECTORY=... -DGENERATOR=... [-DTOOLCHAIN=...] [-DCXX_COMPILER=...] [-DPKG_CONFIG=...]
-#       [-DREPEAT=ON] -P <this file>
+#       -P <this file>
 include(${CMAKE_CURRENT_LIST_DIR}/support.cmake)
 
 if(TOOLCHAIN)
@@ -29,15 +29,6 @@ foreach(library mova_container mova_host mova_host_system)
         endif()
     endforeach()
 endforeach()
-
-if(REPEAT)
-    set(again ${DIRECTORY}/in/another/directory)
-    configure_project(${SOURCE} ${again} ${options} -DMOVA_BUILD_CHECKED=OFF)
-    build_project(${again})
-    foreach(library mova_container mova_host mova_host_system)
-        run(${CMAKE_COMMAND} -E compare_files ${DIRECTORY}/mova/lib${library}.so ${again}/mova/lib${library}.so)
-    endforeach()
-endif()
 
 if(PKG_CONFIG)
     set(absolute ${DIRECTORY}/absolute)

@@ -68,10 +68,19 @@ function(check_libraries)
     endforeach()
 endfunction()
 
+# Meson finds what is installed by itself.
+function(use_with_meson)
+    set(project ${DIRECTORY}/meson)
+    file(COPY ${CMAKE_CURRENT_LIST_DIR}/meson_installed/meson.build ${CMAKE_CURRENT_LIST_DIR}/consumer.c DESTINATION ${project})
+    run(${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${prefix}/${LIBDIR}/pkgconfig meson setup ${project}/build ${project})
+    run(meson test -C ${project}/build)
+endfunction()
+
 packages_in(packages ${PACKAGES})
 dpkg(--install ${packages})
 check_libraries()
 use_installed()
+use_with_meson()
 
 make_next_version(${DIRECTORY}/next ${packages})
 packages_in(newer ${DIRECTORY}/next)
