@@ -85,8 +85,7 @@ struct rolled_to : role {
     static void before(call &made, const auto &arguments)
     {
         const EL_node *const position = std::get<1>(arguments);
-        if (made.used(0) != 0 && std::get<0>(arguments)->closed && (!position || find(position)) &&
-            (!position || position->prev))
+        if (made.used(0) != 0 && std::get<0>(arguments)->closed && (!position || position->prev))
             made.judge_position(element_list, made.used(0), position);
     }
 };

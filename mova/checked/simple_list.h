@@ -102,7 +102,7 @@ struct on_the_list : role {
     {
         const void *const item = std::get<Argument>(arguments);
         if (item && made.used(0) != 0 && !find(item)) {
-            claim_members(made.used(0), true);
+            claim_all_members(made.used(0), kind::item);
             if (!find(item)) {
                 made.wrong().say("the item is on no list");
                 made.wrong().show_container(made.used(0));

@@ -263,6 +263,18 @@ owner_number call::look_at_container(const family &of, const void *container, us
     return is_wrong() ? 0 : number;
 }
 
+/* A node that the program linked: the list is asked, once for many of them. */
+void call::look_at_unknown(const family &of, owner_number in, const void *position, const char *role)
+{
+    if (owner_at(in).excused || claim_beside_a_member(in, position))
+        return;
+    claim_all_members(in, kind::block);
+    if (find(position))
+        return;
+    finding_.say("the %s is not of the %s", role, of.noun);
+    finding_.show_container(in);
+}
+
 void call::look_at_position(const family &of, owner_number in, const void *position, const char *role)
 {
     if (!position) {
@@ -276,6 +288,10 @@ void call::look_at_position(const family &of, owner_number in, const void *posit
         return known->live && known->what != kind::head && known->what != kind::iterator &&
                same_records(*owner_at(number).of, of) && (in == 0 || number == in);
     };
+    if (!find(position) && in != 0 && of.is_chain) {
+        look_at_unknown(of, in, position, role);
+        return;
+    }
     if (is_right(find(position)))
         return;
     if (in != 0 && of.is_chain)

@@ -253,6 +253,7 @@ private:
     }
 
     owner_number look_at_container(const family &of, const void *container, use how, int nth, bool may_be_hand_made);
+    void look_at_unknown(const family &of, owner_number in, const void *position, const char *role);
     void look_at_position(const family &of, owner_number in, const void *position, const char *role);
     void look_at_iterator(const family &of, const void *next, const void *end,
                           bool (*stops_anyway)(const void *container));

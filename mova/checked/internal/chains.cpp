@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <initializer_list>
 
 #include <sys/uio.h>
 #include <unistd.h>
@@ -42,16 +43,37 @@ bool read_safely(const void *from, void *to, size_t bytes)
     return is_refused || read == static_cast<ssize_t>(bytes);
 }
 
-void claim_members(owner_number container, bool unknown_too)
+void claim_members(owner_number container)
 {
     for_each_member(container, [=](const void *node) {
         const entry *const known = find(node);
-        if (!known && unknown_too)
-            book(node, kind::item, container, nullptr);
-        else if (known && (!known->live || resolved(known->owner) != container))
+        if (known && (!known->live || resolved(known->owner) != container))
             book(node, known->what == kind::head ? kind::block : known->what, container, known->last_place);
         return true;
     });
+}
+
+void claim_all_members(owner_number container, kind unknown)
+{
+    claim_members(container);
+    for_each_member(container, [=](const void *node) {
+        if (!find(node))
+            book(node, unknown, container, nullptr);
+        return true;
+    });
+}
+
+bool claim_beside_a_member(owner_number container, const void *node)
+{
+    const auto *const around = static_cast<const links *>(node);
+    for (const void *const neighbour : {around->before, around->after}) {
+        const entry *const known = neighbour ? find(neighbour) : nullptr;
+        if (known && known->live && known->what == kind::block && resolved(known->owner) == container) {
+            book(node, kind::block, container, nullptr);
+            return true;
+        }
+    }
+    return false;
 }
 
 bool is_member(owner_number container, const void *node)

@@ -15,9 +15,16 @@ namespace mova::checked {
 /* Copies bytes that may not be there. Returns whether they were. */
 bool read_safely(const void *from, void *to, size_t bytes);
 
-/* Notes the nodes that the registry has otherwise as the container's, and those that it has not at all where `unknown_too`:
-   those along `next` from its first, no more than it counts. */
-void claim_members(owner_number container, bool unknown_too = false);
+/* Notes the nodes that the registry has otherwise as the container's: those along `next` from its first, no more than it
+   counts. */
+void claim_members(owner_number container);
+
+/* As claim_members, and of those that the registry does not know what they are. */
+void claim_all_members(owner_number container, kind unknown);
+
+/* Whether a node that the registry does not know lies beside one of the container's: then it is noted as one of them. For this
+   its links are read. */
+bool claim_beside_a_member(owner_number container, const void *node);
 
 /* Whether the container holds the node. Linear. */
 bool is_member(owner_number container, const void *node);

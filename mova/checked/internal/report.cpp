@@ -115,7 +115,7 @@ private:
 void write_report(const finding &misuse, text &out)
 {
     out.add("mova: %s: %s\n", misuse.function(), misuse.what());
-    const source_place caller = source_of(misuse.where());
+    const source_place caller = source_of_running(misuse.where());
     out.add("  in         %-33s %s\n", caller.function, caller.line);
     for (const note &below : misuse) {
         out.add("  %s", below.text);

@@ -8,6 +8,7 @@
 
 #include <dlfcn.h>
 #include <unistd.h>
+#include <unwind.h>
 
 #if __has_include(<elfutils/libdwfl.h>)
 #include <elfutils/libdwfl.h>
@@ -27,7 +28,7 @@ const char *last_part(const char *path)
 /* What the dynamic linker knows. */
 source_place module_place(uintptr_t address)
 {
-    source_place found = {"?", "?"};
+    source_place found = {"?", "?", false};
     Dl_info module;
     if (!dladdr(reinterpret_cast<void *>(address), &module) || !module.dli_fname) {
         std::snprintf(found.line, sizeof found.line, "%#lx", static_cast<unsigned long>(address));
@@ -67,6 +68,7 @@ public:
         look_at_scopes(unit, address - bias, name, file, line);
         std::snprintf(found.function, sizeof found.function, "%s", name ? name : "?");
         std::snprintf(found.line, sizeof found.line, "%s:%d", last_part(file), line);
+        found.is_in_layer = is_in_layer(file);
         return true;
     }
 
@@ -135,6 +137,8 @@ private:
         return nullptr;
     }
 
+    static bool is_in_layer(const char *file) { return std::strstr(file, "mova/cxx/") != nullptr; }
+
     bool number_of(Dwarf_Die *die, unsigned attribute, Dwarf_Word &number)
     {
         Dwarf_Attribute found;
@@ -156,7 +160,7 @@ private:
             if (const char *const own = diename_(&scopes[i]))
                 name = own;
             Dwarf_Word number = 0;
-            if (tag == subprogram || !std::strstr(file, "mova/cxx/") || !number_of(&scopes[i], call_line, number))
+            if (tag == subprogram || !is_in_layer(file) || !number_of(&scopes[i], call_line, number))
                 break;
             line = static_cast<int>(number);
             Dwarf_Files *files = nullptr;
@@ -207,6 +211,29 @@ source_place source_of(place where)
     debug_reader::get().find(address, found);
 #endif
     return found;
+}
+
+source_place source_of_running(place where)
+{
+    struct walk {
+        uintptr_t from;
+        source_place found;
+        bool has_begun;
+    };
+    walk out = {reinterpret_cast<uintptr_t>(where), source_of(where), false};
+    if (!out.found.is_in_layer)
+        return out.found;
+    _Unwind_Backtrace(
+        [](_Unwind_Context *frame, void *argument) {
+            auto *const to = static_cast<walk *>(argument);
+            const uintptr_t returns_to = _Unwind_GetIP(frame);
+            to->has_begun |= returns_to == to->from;
+            if (to->has_begun)
+                to->found = source_of(reinterpret_cast<place>(returns_to));
+            return to->has_begun && !to->found.is_in_layer ? _URC_END_OF_STACK : _URC_NO_REASON;
+        },
+        &out);
+    return out.found;
 }
 
 } // namespace mova::checked

@@ -10,11 +10,15 @@ namespace mova::checked {
 struct source_place {
     char function[96]; /* "draw_borders", or the module where there is no debug information */
     char line[96];     /* "borders.cpp:41", or "+0x1234" in that module */
+    bool is_in_layer;  /* in a header of the typed layer */
 };
 
 /* The place of the call that returns to `where`. A place inside the typed layer is that of its caller, where the compiler put
    it inline. Loads the reader of debug information at the first call. */
 source_place source_of(place where);
+
+/* As source_of, of a call that runs: one that the typed layer makes is its caller's, also where it was not put inline. */
+source_place source_of_running(place where);
 
 } // namespace mova::checked
 
