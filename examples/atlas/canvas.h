@@ -46,8 +46,8 @@ struct Tile {
    fewer. Columns in which every pixel has been drawn are passed over. */
 class Canvas {
 public:
-    using Rows = std::uint32_t;
-    static constexpr int most_rows = 32;
+    using Rows = std::uint64_t;
+    static constexpr int most_rows = 64;
 
     explicit Canvas(const Tile &tile);
 
