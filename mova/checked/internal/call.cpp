@@ -69,7 +69,7 @@ bool is_time_for_invariants(const owner &of, use how, uint32_t now_and_then)
 
 } // namespace
 
-constinit thread_local running_calls running;
+constinit thread_local running_calls running = {};
 
 void call::make_room()
 {
