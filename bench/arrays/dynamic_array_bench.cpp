@@ -316,8 +316,8 @@ void add_find_id(int32_t count, const std::string &count_text, double target)
 }
 
 const bool registered = [] {
-    add_append("dynamic array: append", append_to_mova, 10, 1.7, 2.5);
-    add_append("dynamic array: append", append_to_mova, 1024, 1.7, 2.5);
+    add_append("dynamic array: append", append_to_mova, 10, 1.5, 2.5);
+    add_append("dynamic array: append", append_to_mova, 1024, 1.9, 3);
     add_append("block array: append", append_to_mova_block, 1024, 0, 0);
     add_roll(1, "1", 0);
     add_roll(many / 3, "a third", 6);

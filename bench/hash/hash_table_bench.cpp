@@ -359,18 +359,24 @@ void add_rows()
 {
     const workload random_1e3 = {random_keys, 1000, 0}, random_1e5 = {random_keys, 100000, 0};
     const workload random_9e5 = {random_keys, 900000, 0}, random_4e6 = {random_keys, 4000000, 0};
-    const workload dense = {dense_keys, 100000, 0};
+    const workload dense_1e3 = {dense_keys, 1000, 0}, dense = {dense_keys, 100000, 0},
+                   dense_9e5 = {dense_keys, 900000, 0};
     const workload blocks = {block_keys, 900000, 0}, shifted_blocks = {block_keys, 900000, 4};
     const workload pages = {page_keys, 900000, 12}, crowded_pages = {page_keys, 1700, 0};
 
-    add_beside_others<hit>("H1", "hit, random keys, 1e3", random_1e3);
-    add_beside_others<hit>("H1", "hit, random keys, 1e5", random_1e5, {3, 1, 0});
-    add_beside_others<hit>("H1", "hit, random keys, 9e5", random_9e5, {2, 0.8, 0});
-    add_beside_others<hit>("H1", "hit, random keys, 4e6", random_4e6);
+    add_beside_others<hit>("H1", "hit, random keys, 1e3", random_1e3, {3, 1.5, 0});
+    add_beside_others<hit>("H1", "hit, random keys, 1e5", random_1e5, {2, 0.9, 0});
+    add_beside_others<hit>("H1", "hit, random keys, 9e5", random_9e5, {1.8, 1.1, 0});
+    add_beside_others<hit>("H1", "hit, random keys, 4e6", random_4e6, {1.8, 1.2, 0});
     add_beside_others<miss>("H1", "miss, random keys, 9e5", random_9e5);
-    add_beside_others<hit>("H2", "hit, dense keys, 1e5", dense, {0, 3, 1.3});
+    add_beside_others<hit>("H2", "hit, dense keys, 1e3", dense_1e3, {0, 2.5, 0.9});
+    add_beside_others<hit>("H2", "hit, dense keys, 1e5", dense, {0, 4, 1.2});
+    add_beside_others<hit>("H2", "hit, dense keys, 9e5", dense_9e5, {0, 4, 1.1});
     add_beside_others<miss>("H2", "miss beside dense keys, 1e5", dense);
-    add_beside_others<insert>("H3", "insert, random keys, 9e5", random_9e5, {1.6, 2.5, 1.4});
+    add_beside_others<insert>("H3", "insert, random keys, 1e3", random_1e3, {0, 1.2, 0});
+    add_beside_others<insert>("H3", "insert, random keys, 1e5", random_1e5, {0, 1.2, 0});
+    add_beside_others<insert>("H3", "insert, random keys, 9e5", random_9e5, {0, 1.15, 1.8});
+    add_beside_others<insert>("H3", "insert, random keys, 4e6", random_4e6, {0, 1.3, 0});
     add_beside_others<insert>("H3", "insert, dense keys, 1e5", dense);
     add_beside_others<iterate>("H3", "iterate, random keys, 9e5", random_9e5);
     add_beside_others<remove_all>("H4", "remove all, random keys, 1e5", random_1e5);
