@@ -4,6 +4,7 @@
 #ifndef MOVA_CHECKED_SWAP_CACHE_H
 #define MOVA_CHECKED_SWAP_CACHE_H
 
+#include "internal/blocks.h"
 #include "internal/roles.h"
 
 #include <mova/cache/internal/invariants.h>
@@ -51,11 +52,12 @@ struct has_pool : role {
 struct pool_is_there : role {
     static void before(call &made, const auto &arguments)
     {
-        const entry *const pool = made.used(0) != 0 ? find(std::get<0>(arguments)->pool) : nullptr;
-        if (!pool || pool->what != kind::head || pool->live)
+        const void *where = nullptr;
+        if (made.used(0) == 0 || !mova_checked_pool_was_released ||
+            !mova_checked_pool_was_released(std::get<0>(arguments)->pool, &where))
             return;
         made.wrong().say("the cache's pool was released");
-        made.wrong().add(pool->last_place, "%-10s released in  ", "pool");
+        made.wrong().add(where, "%-10s released in  ", "pool");
         made.wrong().show_container(made.used(0));
     }
 };

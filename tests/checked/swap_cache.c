@@ -198,6 +198,16 @@ static void foreign_handle(int misused)
     end(cache);
 }
 
+static void pool_was_released(int misused)
+{
+    cc_cache *cache = two_entries();
+    mb_pool *pool = cache->pool;
+    if (misused)
+        mb_release_pool(&pool);
+    cc_get(cache, cache->first);
+    end(cache);
+}
+
 static void body_was_freed(int misused)
 {
     cc_cache *cache = two_entries();
@@ -314,6 +324,7 @@ static const misuse_cell cells[] = {
     {"freed twice", 12, "cc_free: the handle names no block of the cache's pool", freed_twice},
     {"stale handle", 12, "cc_insert: the handle names no block of the cache's pool", stale_handle},
     {"foreign handle", 12, "cc_insert: the handle names no block of the cache's pool", foreign_handle},
+    {"pool was released", 12, "cc_get: the cache's pool was released", pool_was_released},
     {"body was freed", 12, "cc_get: the entry's block was freed", body_was_freed},
     {"removed by its fetch", 9, "cc_remove: the entry's cache is calling back in cc_get", removed_by_its_fetch},
     {"removed by a write back", 9, "cc_remove: the entry's cache is calling back in cc_swap_out",

@@ -41,6 +41,9 @@ __attribute__((weak)) void *mova_checked_allocate(size_t size, const void *where
 __attribute__((weak)) void mova_checked_release(void *item, size_t size, const void *where);
 __attribute__((weak)) void *mova_checked_reallocate(void *item, size_t old_size, size_t new_size, const void *where);
 
+/* Whether a pool was released, of late; stores the place where. */
+__attribute__((weak)) bool mova_checked_pool_was_released(const void *pool, const void **where);
+
 /* Looks at the guards of what lives and at what was released: the program ends. Then names what lives. */
 __attribute__((weak)) void mova_checked_close_blocks(mova::checked::block_visitor visit, void *context);
 
