@@ -23,6 +23,15 @@ static void free_twice(int misused)
     mb_release_pool(&pool);
 }
 
+static void use_released(int misused)
+{
+    mb_pool *pool = mb_create_pool(4096), *alias = pool;
+    if (misused)
+        mb_release_pool(&pool);
+    mb_get(alias, 1);
+    mb_release_pool(&pool);
+}
+
 static void allocate_in_null(int misused)
 {
     mb_pool *pool = mb_create_pool(1000);
@@ -65,6 +74,7 @@ static void ask_null(int misused)
 
 static const misuse_cell cells[] = {
     {"freed twice", 12, "mb_free: the block was freed, or is none of this pool", free_twice},
+    {"released pool", 2, "mb_get: the pool was released", use_released},
     {"null to allocate in", 1, "mb_alloc: the pool is null", allocate_in_null},
     {"null to get from", 1, "mb_get: the pool is null", get_from_null},
     {"null to free in", 1, "mb_free: the pool is null", free_in_null},

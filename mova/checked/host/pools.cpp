@@ -52,8 +52,11 @@ constinit released_pools gone;
 
 void judge_pool(const char *function, const mb_pool *pool, const void *where)
 {
+    const void *released_in;
     if (!pool)
         say(function, "the pool is null", where);
+    else if (mova_checked_pool_was_released(pool, &released_in))
+        say(function, "the pool was released", where);
 }
 
 } // namespace
