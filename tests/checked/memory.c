@@ -93,6 +93,16 @@ static void write_long_after_release(int misused)
         (void)!MM_alloc_item(24);
 }
 
+static void follow_out_of_released(int misused)
+{
+    static int number;
+    int **block = MM_alloc_item(24);
+    *block = &number;
+    MM_dealloc_item(block, 24);
+    if (misused)
+        **block = 1;
+}
+
 static const misuse_cell cells[] = {
     {"wrong size", 14, "MM_dealloc_item: the size is 16, and the block's is 24", release_with_wrong_size},
     {"wrong old size", 14, "MM_realloc_item: the size is 32, and the block's is 24", reallocate_with_wrong_size},
@@ -108,6 +118,9 @@ static const misuse_cell cells[] = {
     {"written after release", 14, "MM_dealloc_item: the block was written to after its release", write_after_release},
     {"written long after release", 14, "MM_dealloc_item: the block was written to after its release",
      write_long_after_release},
+#if defined __x86_64__
+    {"followed out of released", 14, "fault: a pointer out of a released block is followed", follow_out_of_released},
+#endif
 };
 
 int main(int arguments, char **argument)
