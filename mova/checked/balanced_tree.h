@@ -80,6 +80,21 @@ struct own_position : role {
     }
 };
 
+/* A node that is in no tree. One that GT_allocate_node made is of nobody. */
+struct lone_node : role {
+    static void before(call &made, const auto &arguments)
+    {
+        const GT_tree_item *const node = std::get<0>(arguments);
+        const entry *const known = node ? find(node) : nullptr;
+        if (!known || known->live || known->owner != 0)
+            return made.judge_position(balanced_tree, 0, node);
+        if (!sees_every_block())
+            return;
+        made.wrong().say("the position was removed");
+        made.wrong().add(known->last_place, "%-10s removed in   ", "position");
+    }
+};
+
 struct makes_tree : makes<balanced_tree> {
     static void after(call &made, const auto &arguments, GT_tree *result)
     {
@@ -247,7 +262,7 @@ inline constexpr container<0, balanced_tree> read{use::read}, edit{use::edit};
 inline constexpr tree_or_null empty_or_null;
 inline constexpr released<0, balanced_tree> gone_or_null{true};
 inline constexpr own_position at;
-inline constexpr position<0, balanced_tree, -1> alone;
+inline constexpr lone_node alone;
 inline constexpr outside_callbacks outside;
 inline constexpr iterator step{iterator_use::step}, copy_next{iterator_use::copy_next},
     copy_current{iterator_use::copy_current}, read_current{iterator_use::read_current}, end{iterator_use::end};
