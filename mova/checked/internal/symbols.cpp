@@ -6,6 +6,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include <cxxabi.h>
 #include <dlfcn.h>
 #include <unistd.h>
 #include <unwind.h>
@@ -66,7 +67,9 @@ public:
             return false;
         const char *name = addrname_(module, address);
         look_at_scopes(unit, address - bias, name, file, line);
-        std::snprintf(found.function, sizeof found.function, "%s", name ? name : "?");
+        char *const readable = name ? abi::__cxa_demangle(name, nullptr, nullptr, nullptr) : nullptr;
+        std::snprintf(found.function, sizeof found.function, "%s", readable ? readable : name ? name : "?");
+        std::free(readable);
         std::snprintf(found.line, sizeof found.line, "%s:%d", last_part(file), line);
         found.is_in_layer = is_in_layer(file);
         return true;
