@@ -76,7 +76,7 @@ public:
             append(each);
     }
     template <range_of<block_array, T> Range>
-    explicit block_array(Range &&elements)
+    explicit block_array(Range &&elements) : block_array()
     {
         for (auto &&each : elements)
             append(static_cast<T>(each));

@@ -120,7 +120,7 @@ public:
     keyed_table() = default;
     explicit keyed_table(Hash hash, Equal equal = {}) : hash_(std::move(hash)), equal_(std::move(equal)) {}
     template <range_of<keyed_table, Record> Range>
-    requires(!std::convertible_to<Range, Hash>) explicit keyed_table(Range &&records)
+    requires(!std::convertible_to<Range, Hash>) explicit keyed_table(Range &&records) : keyed_table()
     {
         for (auto &&each : records)
             insert(Record(std::forward<decltype(each)>(each)));

@@ -80,6 +80,30 @@ TYPED_TEST(TypedArrays, StandardAlgorithmsApply)
     EXPECT_EQ(mova::to<TypeParam>(numbers{1}), TypeParam({1}));
 }
 
+/* Cannot be read below 0. */
+struct brittle {
+    int number;
+    operator int() const { return number < 0 ? throw number : number; }
+};
+
+TYPED_TEST(TypedArrays, AConstructorThatThrowsLeavesNoBlock)
+{
+    EXPECT_THROW(mova::to<TypeParam>(std::vector<brittle>{{1}, {2}, {-3}}), int);
+    EXPECT_EQ(this->host.live_blocks(), 0u);
+    bool struck = true;
+    for (int failing = 1; struck; ++failing) {
+        mova::test::fault_plan::get().arm(mova::test::fault_source::allocation, mova::test::fault_way::throws, failing);
+        try {
+            mova::to<TypeParam>(numbers(30));
+        } catch (const mova::test::fault &) {
+        }
+        struck = mova::test::fault_plan::get().has_struck();
+        EXPECT_EQ(this->host.live_blocks(), 0u);
+        EXPECT_TRUE(struck || failing > 2) << "thirty elements take more than one block";
+    }
+    mova::test::fault_plan::get().disarm();
+}
+
 TYPED_TEST(TypedArrays, AWalkKnowsOfItsEdits)
 {
     TypeParam a = {1, 2, 3, 4, 5, 6};

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <random>
 #include <set>
 #include <string>
@@ -244,6 +245,24 @@ TEST_F(TypedTables, AFailingMemoryServiceLeavesTheKeyedTableAsItWas)
             held -= t.remove(std::string(length, 'x'));
         EXPECT_EQ(held, 0u);
     }
+}
+
+/* Refuses numbers below 0. */
+struct brittle_hash {
+    std::size_t operator()(int number) const { return number < 0 ? throw number : static_cast<std::size_t>(number); }
+};
+
+TEST_F(TypedTables, AConstructorThatThrowsDestroysItsRecords)
+{
+    struct sharing {
+        int number;
+        std::shared_ptr<int> shared;
+    };
+    const auto shared = std::make_shared<int>();
+    const std::vector<sharing> source = {{1, shared}, {2, shared}, {-3, shared}};
+    using table_of_sharing = mova::keyed_table<sharing, &sharing::number, brittle_hash>;
+    EXPECT_THROW(mova::to<table_of_sharing>(source), int);
+    EXPECT_EQ(shared.use_count(), 4) << "this one and those of the source";
 }
 
 TEST_F(TypedTables, KeysMayBeComputedFromRecords)
