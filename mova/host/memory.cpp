@@ -68,6 +68,7 @@ constinit thread_cache no_cache;
 /* The process's hooks: into the end of each thread, and around a fork. */
 enum class hooks : int { none, being_set, set, gone };
 constinit std::atomic<hooks> process_hooks{hooks::none};
+constinit bool forks_are_hooked = false; /* changed by the thread that sets the hooks */
 constinit pthread_key_t thread_end;
 
 /* 1. From here on the thread has no cache: what destructors yet to come allocate and release is the heap's.
@@ -94,20 +95,32 @@ void unlock_after_fork() MOVA_ANNOTATED(no_thread_safety_analysis)
     process_caches.lock.unlock();
 }
 
+/* A thread that stayed behind may have been setting the hooks. That of forks it had set, or this would not be called. */
 void go_on_in_child() MOVA_ANNOTATED(no_thread_safety_analysis)
 {
+    forks_are_hooked = true;
+    hooks left_behind = hooks::being_set;
+    process_hooks.compare_exchange_strong(left_behind, hooks::none);
     process_caches.keep_only(own_cache == &no_cache ? nullptr : own_cache);
     unlock_after_fork();
 }
 
-/* Returns whether they are set. No lock is held meanwhile, for the system may allocate for them. */
+/* Returns whether they are set. No lock is held meanwhile, for the system may allocate for them.
+
+   1. Those around forks come first: a child forked from here on can go on. Where the system has no memory for them, there
+      are no caches, and the next call tries again.
+   2. Where it has no key left, there are no caches for good. */
 bool set_hooks()
 {
     hooks found = hooks::none;
     if (!process_hooks.compare_exchange_strong(found, hooks::being_set))
         return found == hooks::set;
+    if (!forks_are_hooked && pthread_atfork(lock_before_fork, unlock_after_fork, go_on_in_child) != 0) {
+        process_hooks = hooks::none;
+        return false;
+    }
+    forks_are_hooked = true;
     const bool set = pthread_key_create(&thread_end, end_thread) == 0;
-    pthread_atfork(lock_before_fork, unlock_after_fork, go_on_in_child);
     process_hooks = set ? hooks::set : hooks::gone;
     return set;
 }
@@ -120,7 +133,8 @@ bool set_hooks()
         pthread_key_delete(thread_end);
 }
 
-/* Gives the thread a cache, if it may have one. */
+/* Gives the thread a cache, if it may have one. One that uses but large blocks needs it too: it counts releases, and before
+   it come the process's hooks. */
 bool begin_thread()
 {
     if (own_stage != stage::fresh)
@@ -146,7 +160,7 @@ bool has_cache()
 /* Null where memory has run out. */
 spare_mappings::taken try_to_take(unsigned index)
 {
-    if (is_large(index) || !has_cache())
+    if (!has_cache() || is_large(index))
         return process_heap.take(index);
     void *block = (*own_cache)[index].pop();
     return {block ? block : own_cache->take_anew(index), false};
@@ -192,10 +206,11 @@ spare_mappings::taken take_or_report(size_t size)
         return system_blocks::give(item, size);
     if (!item)
         return;
-    if (own_cache != &no_cache)
-        own_cache->tick();
     const unsigned index = class_of(size);
-    if (is_large(index) || !has_cache())
+    const bool cached = has_cache();
+    if (cached)
+        own_cache->tick();
+    if (!cached || is_large(index))
         process_heap.give(index, item);
     else if (!(*own_cache)[index].push(item))
         own_cache->give_beyond(index, item);

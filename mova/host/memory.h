@@ -34,6 +34,8 @@
    - All this happens at each 64th release by a thread of a block that is larger than 1 KiB or that the thread has no room
      for: the service has no thread of its own. Where nothing is released, all stays as it is. mova_memory_trim gives back
      at once all that can be.
+   - Where the process has no key for thread-specific data left when it first calls the service, no thread holds free
+     blocks ready, and releases do not count.
    - What the system does not take back (it keeps a limited number of mappings) or would keep as too many mappings, is
      emptied, but for a page, and serves the next of its size.
    - A child that was forked has lost the free blocks that threads of its parent held ready; they count as live in it.

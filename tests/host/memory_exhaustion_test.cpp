@@ -16,10 +16,11 @@
 #include <setjmp.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+
+#include <tests/host/child_process.h>
 
 namespace {
 
@@ -174,16 +175,10 @@ bool limit_address_space(size_t room)
 /* Runs `work` in a child process. It returns the number of what went wrong, or 0. */
 void in_a_child(const std::function<int()> &work)
 {
-    pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0)
-        _exit(work());
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
-    if (WEXITSTATUS(status) == not_limited)
+    const int status = mova::test::in_child(work);
+    if (status == not_limited)
         GTEST_SKIP() << "the address space cannot be limited here";
-    EXPECT_EQ(WEXITSTATUS(status), as_expected);
+    EXPECT_EQ(status, as_expected);
 }
 
 /* The same, with `room` bytes of address space to spare. */

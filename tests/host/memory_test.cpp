@@ -9,6 +9,7 @@
 #include <initializer_list>
 #include <map>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include <sys/syscall.h>
@@ -429,6 +430,19 @@ TEST_F(MemoryPages, WhatWasReleasedASecondAgoGoesBackWhenTheServiceIsCalled)
         call();
         EXPECT_LE(mova_memory_statistics().held_bytes, held + 2 * mib);
     }
+}
+
+TEST_F(MemoryPages, ReleasesOfLargeBlocksAloneLetTimePass)
+{
+    std::thread([] {
+        const size_t held = mova_memory_statistics().held_bytes;
+        release(allocate(10, 3 * mib), 3 * mib);
+        EXPECT_GE(mova_memory_statistics().held_bytes, held + 30 * mib);
+        seconds_ahead += 2;
+        for (int i = 0; i < 64; ++i)
+            MM_dealloc_item(MM_alloc_item(mib), mib);
+        EXPECT_LE(mova_memory_statistics().held_bytes, held + 2 * mib);
+    }).join();
 }
 
 TEST_F(MemoryPages, AThreadGivesBackWhatItHoldsReadyAndDoesNotUse)

@@ -13,11 +13,10 @@
 #include <vector>
 
 #include <pthread.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
+
+#include <tests/host/child_process.h>
 
 namespace {
 
@@ -231,20 +230,6 @@ TEST(MemoryOwnThreads, AThreadThatAllocatesInEveryRoundOfDestructorsLeavesNothin
     pthread_key_delete(key);
 }
 
-/* Returns whether the child ended well, and in time. */
-bool child_ends_well(pid_t child)
-{
-    for (int waited = 0; waited < 20000; ++waited) {
-        int status = 0;
-        if (waitpid(child, &status, WNOHANG) == child)
-            return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-        usleep(1000);
-    }
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    return false;
-}
-
 TEST(MemoryOwnThreads, AChildThatIsForkedBesideBusyThreadsMayAllocate)
 {
     std::atomic<bool> done{false};
@@ -258,15 +243,13 @@ TEST(MemoryOwnThreads, AChildThatIsForkedBesideBusyThreadsMayAllocate)
         });
     }
     for (int i = 0; i < 60; ++i) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
+        const int status = mova::test::in_child([] {
             for (size_t size : std::initializer_list<size_t>{40, 3000, 40000, 300000})
                 release(allocate(200, size), size);
             std::thread([] { release(allocate(200, 40), 40); }).join();
-            _exit(0);
-        }
-        ASSERT_TRUE(child_ends_well(child)) << i;
+            return 0;
+        });
+        ASSERT_EQ(status, 0) << i;
     }
     done = true;
     for (std::thread &thread : busy)
