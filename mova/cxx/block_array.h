@@ -84,7 +84,8 @@ public:
     block_array(block_array &&other) noexcept : block_(other.release()) {}
     block_array &operator=(block_array &&other) noexcept
     {
-        std::swap(block_, other.block_);
+        block_array taken(std::move(other));
+        std::swap(block_, taken.block_);
         return *this;
     }
     ~block_array() { GB_release(&block_); }

@@ -90,7 +90,8 @@ public:
     dynamic_colour(dynamic_colour &&other) noexcept : index_(other.release()) {}
     dynamic_colour &operator=(dynamic_colour &&other) noexcept
     {
-        std::swap(index_, other.index_);
+        dynamic_colour taken(std::move(other));
+        std::swap(index_, taken.index_);
         return *this;
     }
     ~dynamic_colour()

@@ -132,11 +132,12 @@ public:
     }
     keyed_table &operator=(keyed_table &&other) noexcept
     {
-        std::swap(records_, other.records_);
-        std::swap(links_, other.links_);
-        std::swap(heads_, other.heads_);
-        std::swap(hash_, other.hash_);
-        std::swap(equal_, other.equal_);
+        keyed_table taken(std::move(other));
+        std::swap(records_, taken.records_);
+        std::swap(links_, taken.links_);
+        std::swap(heads_, taken.heads_);
+        std::swap(hash_, taken.hash_);
+        std::swap(equal_, taken.equal_);
         return *this;
     }
     ~keyed_table() { destroy_records(); }

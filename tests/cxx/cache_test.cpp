@@ -143,6 +143,14 @@ TEST_F(TypedCache, ColoursAreSetByIndexAndIndicesGivenBack)
         EXPECT_EQ(sand.get(), -1);
         EXPECT_NE(dynamic_colour({0, 0, 0}).get(), index);
         moved.set({5, 5, 5});
+        dynamic_colour assigned({1, 1, 1});
+        const std::int32_t given_back = assigned.get();
+        assigned = std::move(moved);
+        EXPECT_EQ(moved.get(), -1);
+        EXPECT_EQ(dynamic_colour({2, 2, 2}).get(), given_back);
+        dynamic_colour &same = assigned;
+        assigned = std::move(same);
+        EXPECT_EQ(assigned.get(), index);
     }
     dynamic_colour again({6, 6, 6});
     EXPECT_EQ(again.get(), index) << "it was given back";

@@ -27,6 +27,8 @@ using owners = ::testing::Types<mova::pointer_list<int>, mova::pointer_list<int,
 TYPED_TEST_SUITE(Owners, owners);
 static_assert(std::movable<mova::block_pool> && sizeof(mova::block_pool) == sizeof(void *));
 
+using cache = mova::swap_cache<job>;
+
 template <class Owner>
 void expect_nothing_in(Owner &owner)
 {
@@ -49,16 +51,20 @@ void expect_nothing_in(Owner &owner)
     }
 }
 
-TYPED_TEST(Owners, OneThatWasMovedFromIsEmptyAndCanBeAssignedTo)
+template <class Owner>
+void expect_moves_leave_nothing(Owner made, Owner other)
 {
-    using owner = TypeParam;
+    using owner = Owner;
     static_assert(sizeof(owner) == sizeof(void *));
-    owner made;
     auto *const head = made.get();
     ASSERT_NE(head, nullptr);
-    owner taken = std::move(made);
-    EXPECT_EQ(taken.get(), head);
+    ASSERT_NE(other.get(), nullptr);
+    other = std::move(made);
+    EXPECT_EQ(other.get(), head);
     expect_nothing_in(made);
+    owner taken = std::move(other);
+    EXPECT_EQ(taken.get(), head);
+    expect_nothing_in(other);
     owner none(nullptr);
     expect_nothing_in(none);
     using std::swap;
@@ -71,23 +77,56 @@ TYPED_TEST(Owners, OneThatWasMovedFromIsEmptyAndCanBeAssignedTo)
     EXPECT_EQ(adopted.get(), head);
 }
 
-/* The two that hold records, not a pointer to a head, have no storage then, and can be used. */
-TEST(OwnersOfStorage, OnesThatWereMovedFromCanBeUsed)
+TYPED_TEST(Owners, OneThatWasMovedFromIsEmptyAndCanBeAssignedTo)
+{
+    expect_moves_leave_nothing(TypeParam(), TypeParam());
+}
+
+/* Those that hold records, not a pointer to a head, have no storage then, and can be used. What a colour
+   leaves: cache_test.cpp. */
+class OwnersOfOtherThings : public mova::test::recording_host_test_case {};
+
+TEST_F(OwnersOfOtherThings, ACacheThatWasMovedFromIsEmptyAndCanBeAssignedTo)
+{
+    expect_moves_leave_nothing(cache(host.pool().address()), cache(host.pool().address()));
+}
+
+template <class Owner>
+void assign_to_itself(Owner &owner)
+{
+    Owner &same = owner;
+    owner = std::move(same);
+}
+
+TEST_F(OwnersOfOtherThings, ABlockArrayThatWasMovedFromHasNoStorageAndCanBeUsed)
 {
     mova::block_array<int> block = {1, 2}, other = std::move(block);
-    EXPECT_TRUE(block.empty() && block.begin() == block.end());
+    EXPECT_TRUE(block.empty() && block.begin() == block.end() && block.capacity() == 0);
     block.append(3);
     EXPECT_EQ(block.front() + other.back(), 5);
+    block = std::move(other);
+    EXPECT_TRUE(other.empty() && other.capacity() == 0);
+    other.append(4);
+    assign_to_itself(block);
+    EXPECT_EQ(block.back() + other.back(), 6);
+}
 
+TEST_F(OwnersOfOtherThings, AKeyedTableThatWasMovedFromHasNoMemoryAndCanBeUsed)
+{
     struct named {
         std::string name;
     };
     mova::keyed_table<named, &named::name> table;
     table.insert({"Oslo"});
     auto taken = std::move(table);
-    EXPECT_TRUE(table.empty() && !table.contains("Oslo") && table.begin() == table.end());
+    EXPECT_TRUE(table.empty() && !table.contains("Oslo") && table.begin() == table.end() && !table.data());
     EXPECT_TRUE(table.insert({"Rome"}).second);
     EXPECT_TRUE(taken.contains("Oslo"));
+    taken = std::move(table);
+    EXPECT_TRUE(table.empty() && !table.contains("Oslo") && !table.data());
+    EXPECT_TRUE(table.insert({"Bern"}).second);
+    assign_to_itself(taken);
+    EXPECT_TRUE(taken.contains("Rome") && !taken.contains("Oslo"));
 }
 
 } // namespace
