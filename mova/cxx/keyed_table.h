@@ -34,8 +34,8 @@
    or anything without state that std::invoke takes.
 
    Ownership: the table owns its records. A table that was moved from, or made, has no memory, and can be used. Errors: what
-   the memory service, the hash, the comparison or the record's move throw; the table is then as it was, but where a record's
-   move throws: then it has lost records, and can be cleared.
+   the memory service, the hash or the comparison throw; the table is then as it was. Moving a record never throws: records
+   that might are refused.
 
    Cost: constant, where a growth does not make it linear; it doubles. */
 #ifndef MOVA_CXX_KEYED_TABLE_H
@@ -106,9 +106,9 @@ struct key_hash {
 template <class Record, auto KeyOf, class Hash = key_hash, class Equal = std::equal_to<>>
 class keyed_table {
     static_assert(
-        std::is_nothrow_destructible_v<Record> && std::move_constructible<Record>,
-        "mova::keyed_table: records are moved when the table grows: give the record a move constructor, or store "
-        "std::unique_ptr to it");
+        std::is_nothrow_destructible_v<Record> && std::is_nothrow_move_constructible_v<Record>,
+        "mova::keyed_table: records are moved when the table grows, which must not fail: give the record a move "
+        "constructor that is noexcept, or store std::unique_ptr to it");
     static_assert(alignof(Record) <= alignof(std::max_align_t),
                   "mova::keyed_table: the memory service does not align so much: store std::unique_ptr to the record");
 
