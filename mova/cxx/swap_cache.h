@@ -20,9 +20,10 @@
    as a pointer, and lives until it is removed.
 
    Ownership: the cache owns its entries and its head, which the C functions never free; the items are the caller's, and so is
-   the pool. Errors: line 334 where the pool has no room, as mova::error, and what the callbacks throw. The cache is usable then, and
-   nothing is lost: insert() has not inserted; a body() that was being fetched is out, and what was evicted for it stays out;
-   swap_out() and flush() have kept a body that could not be written back, dirty; clear() has let go of the items before. */
+   the pool. Errors: line 334 where the pool has no room, as mova::error, and what the callbacks throw. There is never room for
+   4 GiB or more, and nothing is evicted for that. The cache is usable then, and nothing is lost: insert() has not inserted; a
+   body() that was being fetched is out, and what was evicted for it stays out; swap_out() and flush() have kept a body that
+   could not be written back, dirty; clear() has let go of the items before. */
 #ifndef MOVA_CXX_SWAP_CACHE_H
 #define MOVA_CXX_SWAP_CACHE_H
 
@@ -108,11 +109,13 @@ public:
         return position(cc_insert(get(), std::addressof(item), filled, size_of, fill, write_back, let_go));
     }
 
-    /* The body, which is fetched where it is out; empty where there is no room and the host returns from the raise. */
+    /* The body, which is fetched where it is out; empty where there is no room and the host returns from the raise. Where
+       the C functions fetch it and the host returns, the most that they can count is asked for. */
     std::span<Element> body(position entry)
     {
-        void *const block = cc_get(get(), entry.get());
-        return {static_cast<Element *>(block), block ? Callbacks().size(*entry) : 0};
+        const std::size_t count = Callbacks().size(std::as_const(*entry));
+        void *const block = may_have(count) ? cc_get(get(), entry.get()) : nullptr;
+        return {static_cast<Element *>(block), block ? count : 0};
     }
 
     static bool is_in_memory(position entry) noexcept { return entry.get()->handle != 0; }
@@ -133,11 +136,26 @@ public:
 
     /* ---- blocks of the caller's ---- */
 
-    mb_handle alloc(std::size_t count) { return cc_alloc(get(), static_cast<std::uint32_t>(count * sizeof(Element))); }
+    mb_handle alloc(std::size_t count) { return may_have(count) ? cc_alloc(get(), bytes_of(count)) : 0; }
     Element *at(mb_handle block) noexcept { return static_cast<Element *>(mb_get(get()->pool, block)); }
     void free(mb_handle &block) noexcept { cc_free(get(), &block); }
 
 private:
+    static constexpr std::uint32_t most_bytes = UINT32_MAX;
+
+    static std::uint32_t bytes_of(std::size_t count) noexcept
+    {
+        return static_cast<std::uint32_t>(count * sizeof(Element));
+    }
+    /* Whether the C functions can count the bytes of so many elements. What they cannot has no room. */
+    static bool may_have(std::size_t count)
+    {
+        if (count <= std::size_t{most_bytes} / sizeof(Element)) [[likely]]
+            return true;
+        EX_raise_exception_line("cache", 334, MOVA_ALLOCATION_FAILED);
+        return false;
+    }
+
     static Item &item_of(void *item) noexcept { return *static_cast<Item *>(item); }
     static std::span<Element> body_at(void *item, void *block)
     {
@@ -145,7 +163,8 @@ private:
     }
     static std::uint32_t size_of(void *item)
     {
-        return static_cast<std::uint32_t>(Callbacks().size(std::as_const(item_of(item))) * sizeof(Element));
+        const std::size_t count = Callbacks().size(std::as_const(item_of(item)));
+        return may_have(count) ? bytes_of(count) : most_bytes;
     }
     static void fill(void *item, void *block, std::uint32_t size)
     {

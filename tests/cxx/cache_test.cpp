@@ -86,6 +86,32 @@ TEST_F(TypedCache, BodiesAreFetchedWrittenBackAndLetGo)
     EXPECT_EQ(calls[3], "let go c");
 }
 
+/* One element more than 4 GiB: 32 bits would be left with one. */
+struct sheet {
+    std::size_t body_size() const { return (std::size_t{1} << 30) + 1; }
+    void fill(std::span<std::uint32_t>) { write_down("fill"); }
+};
+
+TEST_F(TypedCache, ABodyThatTheCacheCannotCountHasNoRoom)
+{
+    host.pool().set_budget(8);
+    sheet huge;
+    mova::swap_cache<sheet, std::uint32_t> cache(host.pool().address());
+    const auto entry = cache.insert(huge);
+    host.take_log();
+    mova::test::expect_raise("cache", 334, 4197, [&] { cache.body(entry); });
+    mova::test::expect_raise("cache", 334, 4197, [&] { cache.alloc(huge.body_size()); });
+    mova::test::expect_raise("cache", 334, 4197, [&] { cc_get(cache.get(), entry.get()); });
+    mova::test::fault_plan::get().arm(mova::test::fault_source::raise, mova::test::fault_way::answers, 1, true);
+    EXPECT_TRUE(cache.body(entry).empty());
+    EXPECT_EQ(cache.alloc(huge.body_size()), 0u);
+    const std::string raised = "raise cache 334 4197";
+    EXPECT_EQ(host.take_log(), (log{raised, raised, raised, raised, raised})) << "the pool is not asked";
+    EXPECT_EQ(cc_get(cache.get(), entry.get()), nullptr);
+    mova::test::fault_plan::get().disarm();
+    EXPECT_FALSE(cache.is_in_memory(entry));
+}
+
 TEST_F(TypedCache, TheCallsAreThoseOfTheCache)
 {
     static tile a = {'a'};
