@@ -38,25 +38,25 @@ public:
         explicit position(array_walk *walk) noexcept : walk_(walk) {}
 
         std::size_t index() const noexcept { return walk_->current_; }
-        auto &operator*() const noexcept { return walk_->array_[walk_->current_]; }
+        auto &operator*() const noexcept { return (*walk_->array_)[walk_->current_]; }
         auto *operator->() const noexcept { return std::addressof(**this); }
 
         void remove() const noexcept
         {
-            walk_->array_.remove(walk_->current_);
+            walk_->array_->remove(walk_->current_);
             walk_->next_ = walk_->current_;
             --walk_->end_;
         }
         template <class T>
         void insert_before(const T &element) const
         {
-            walk_->array_.insert(walk_->current_, element);
+            walk_->array_->insert(walk_->current_, element);
             ++walk_->current_, ++walk_->next_, ++walk_->end_;
         }
         template <class T>
         void insert_after(const T &element) const
         {
-            walk_->array_.insert(walk_->current_ + 1, element);
+            walk_->array_->insert(walk_->current_ + 1, element);
             ++walk_->next_, ++walk_->end_;
         }
 
@@ -84,18 +84,18 @@ public:
     private:
         bool is_over() const noexcept
         {
-            return walk_->current_ >= walk_->end_ || walk_->current_ >= walk_->array_.size();
+            return walk_->current_ >= walk_->end_ || walk_->current_ >= walk_->array_->size();
         }
 
         array_walk *walk_ = nullptr;
     };
 
-    explicit array_walk(Array &array) noexcept : array_(array), end_(array.size()) {}
+    explicit array_walk(Array &array) noexcept : array_(&array), end_(array.size()) {}
     iterator begin() noexcept { return iterator(this); }
     std::default_sentinel_t end() const noexcept { return {}; }
 
 private:
-    Array &array_;
+    Array *array_;
     std::size_t current_ = 0, next_ = 1, end_;
 };
 
