@@ -166,15 +166,18 @@ spare_mappings::taken try_to_take(unsigned index)
     return {block ? block : own_cache->take_anew(index), false};
 }
 
-/* Before memory has run out, all that is not in use is given back: first by the thread to the heap, then by the heap. */
+/* Before memory has run out, all that is not in use is given back: first by the thread to the heap, then by the heap. Returns
+   whether there was any: what the thread held ready may serve other sizes, though its chunks stay in use. */
+bool give_back()
+{
+    const bool flushed = own_cache != &no_cache && own_cache->flush();
+    return process_heap.give_back() || flushed;
+}
+
 spare_mappings::taken take(unsigned index)
 {
     const spare_mappings::taken block = try_to_take(index);
-    if (block.start)
-        return block;
-    if (own_cache != &no_cache)
-        own_cache->flush();
-    return process_heap.give_back() ? try_to_take(index) : block;
+    return block.start || !give_back() ? block : try_to_take(index);
 }
 
 int32_t line_of(size_t size)
@@ -220,7 +223,7 @@ spare_mappings::taken take_or_report(size_t size)
 void *resize(void *item, unsigned from, unsigned to)
 {
     void *resized = process_heap.resize(item, from, to);
-    if (!resized && process_heap.give_back())
+    if (!resized && give_back())
         resized = process_heap.resize(item, from, to);
     if (!resized)
         report_exhaustion(MOVA_MEMORY_NO_ROOM_TO_GROW);

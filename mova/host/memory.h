@@ -17,9 +17,9 @@
      that grows to twice a size of 2 MiB or more.
    - A null that is released is no block, and nothing happens.
    - Memory that runs out is reported as an error of the module "memory" with code MOVA_ALLOCATION_FAILED and one of the
-     lines below, after all that is not in use was given back. Where the error's handler returns, or throws, nothing was
-     allocated, and the block that was to be reallocated is as it was; MM_alloc_item and MM_realloc_item return null.
-     By the grades of docs/contracts.md: unchanged, after a jump too.
+     lines below, after all that is not in use was given back, but for what other threads hold ready. Where the error's
+     handler returns, or throws, nothing was allocated, and the block that was to be reallocated is as it was;
+     MM_alloc_item and MM_realloc_item return null. By the grades of docs/contracts.md: unchanged, after a jump too.
 
    What is kept of the memory that was released:
 
@@ -86,7 +86,7 @@ enum {
     MOVA_MEMORY_SIZE_TOO_LARGE = 10, /* the size is more than PTRDIFF_MAX */
     MOVA_MEMORY_NO_ROOM = 20,        /* a block of up to 256 KiB */
     MOVA_MEMORY_NO_MAPPING = 30,     /* a larger block */
-    MOVA_MEMORY_NO_ROOM_TO_GROW = 40 /* a block above 256 KiB that was to become larger or smaller */
+    MOVA_MEMORY_NO_ROOM_TO_GROW = 40 /* a block above 256 KiB that was to become another one above */
 };
 
 /* The blocks of one size class. */

@@ -276,6 +276,73 @@ TEST_F(MemoryLimit, WhatSmallBlocksHadGoesBackBeforeALargeOneIsRefused)
     });
 }
 
+/* Gives this thread room to hold free blocks ready. */
+void move_many_blocks()
+{
+    std::vector<void *> blocks(4096);
+    for (int turn = 0; turn < 100; ++turn) {
+        std::ranges::generate(blocks, [] { return MM_alloc_item(48); });
+        for (void *block : blocks)
+            MM_dealloc_item(block, 48);
+    }
+}
+
+bool is_held_ready(size_t size)
+{
+    return mova_memory_statistics_of_size(size).cached_blocks == 1;
+}
+
+/* The chunk that the block lies in stays in use, so the system is given nothing back. */
+TEST_F(MemoryLimit, WhatAThreadHoldsReadyServesBeforeAnotherSizeIsRefused)
+{
+    move_many_blocks();
+    with_little_room(16 * mib, [] {
+        void *blocks = allocate_all(100000);
+        allocate_all(40000);
+        MM_dealloc_item(blocks, 100000);
+        if (!is_held_ready(100000))
+            return 1;
+        reports = 0;
+        return MM_alloc_item(60000) && reports == 0 ? 0 : 2;
+    });
+}
+
+/* Only without that block is its chunk one to be given back. */
+TEST_F(MemoryLimit, WhatAThreadHoldsReadyGoesBackBeforeALargeBlockIsRefusedRoomToGrow)
+{
+    move_many_blocks();
+    in_a_child([] {
+        constexpr size_t small = 200000;
+        auto *grows = static_cast<char *>(MM_alloc_item(mib / 2));
+        std::memset(grows, 'g', mib / 2);
+        mova_memory_trim();
+        const size_t held = mova_memory_statistics().held_bytes;
+        void *alone = nullptr;
+        while (mova_memory_statistics().held_bytes == held)
+            alone = MM_alloc_item(small);
+        if (!limit_address_space(mib))
+            return int{not_limited};
+        MM_dealloc_item(alone, small);
+        if (!is_held_ready(small))
+            return 1;
+        reports = 0;
+        grows = static_cast<char *>(MM_realloc_item(grows, mib / 2, 2 * mib));
+        return grows && reports == 0 && std::count(grows, grows + mib / 2, 'g') == mib / 2 ? 0 : 2;
+    });
+}
+
+/* It would become a block of another kind. */
+TEST_F(MemoryLimit, ALargeBlockWithoutRoomToBecomeASmallOneIsReportedAsThat)
+{
+    with_little_room(16 * mib, [] {
+        void *block = MM_alloc_item(mib);
+        allocate_all(200000);
+        reports = 0;
+        const bool refused = !MM_realloc_item(block, mib, 200000);
+        return refused && reports == 1 && last.line == MOVA_MEMORY_NO_ROOM ? 0 : 1;
+    });
+}
+
 #if UINTPTR_MAX > UINT32_MAX /* elsewhere there is no address space for as many blocks */
 
 /* With every other of them released, the system would have to keep more mappings apart than it can: 65,530, usually. */

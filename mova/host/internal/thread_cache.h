@@ -99,8 +99,8 @@ public:
     void *take_anew(unsigned index);
     void give_beyond(unsigned index, void *block);
 
-    /* Gives all blocks back. */
-    void flush();
+    /* Gives all blocks back. Returns whether there were any. */
+    bool flush();
 
     /* Counts a release that is more than a push. Now and then it looks at the clock, and once a second what has lain unused
        goes back. */
@@ -269,12 +269,16 @@ inline void thread_cache::give_oldest(unsigned index, uint32_t count)
     own.set_count(kept);
 }
 
-inline void thread_cache::flush()
+inline bool thread_cache::flush()
 {
+    bool flushed = false;
     for (unsigned index = 0; index < classes; ++index) {
-        if (bins_[index].count() > 0)
-            give_oldest(index, bins_[index].count());
+        if (bins_[index].count() == 0)
+            continue;
+        give_oldest(index, bins_[index].count());
+        flushed = true;
     }
+    return flushed;
 }
 
 /* Of a bin that was not emptied for a second some blocks have lain unused. All go back: a few calls later a single refill has
