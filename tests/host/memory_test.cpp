@@ -447,14 +447,18 @@ TEST_F(MemoryPages, ReleasesOfLargeBlocksAloneLetTimePass)
 
 TEST_F(MemoryPages, AThreadGivesBackWhatItHoldsReadyAndDoesNotUse)
 {
+    const auto look_at_the_clock = [] {
+        for (int i = 0; i < 64; ++i)
+            MM_dealloc_item(MM_alloc_item(2 * kib), 2 * kib);
+    };
+    look_at_the_clock();
     release(allocate(500, 360), 360);
     const size_t cached = mova_memory_statistics_of_size(360).cached_blocks;
     EXPECT_GE(cached, 16u);
     for (int turn = 0; turn < 2; ++turn) {
         EXPECT_EQ(mova_memory_statistics_of_size(360).cached_blocks, cached) << "the thread ran out of them of late";
         seconds_ahead += 2;
-        for (int i = 0; i < 64; ++i)
-            MM_dealloc_item(MM_alloc_item(2 * kib), 2 * kib);
+        look_at_the_clock();
     }
     EXPECT_EQ(mova_memory_statistics_of_size(360).cached_blocks, 0u);
 }
