@@ -592,6 +592,40 @@ TEST_F(ThreadCache, ABinThatIsNotEmptiedForASecondGivesItsBlocksBack)
     turn(500, 48);
 }
 
+/* The first look at the clock finds that the bins were emptied of late, the second that they were not. */
+TEST_F(ThreadCache, WhatBinsTookOfTheRoomServesOthersOnceTheyAreNotUsed)
+{
+    const std::initializer_list<size_t> later = {600, 800, 1024};
+    for (int phase = 0; phase < 3; ++phase) {
+        for (int turns = 0; turns < 3; ++turns) {
+            for (size_t size = 8; size <= 512; size += 8)
+                turn(20, size);
+        }
+        EXPECT_GT(capacity(8), 3u) << phase;
+        for (size_t size : later) {
+            turn(1, size);
+            EXPECT_EQ(capacity(size), 0u) << phase << ": the room is taken";
+        }
+        for (int look = 0; look < 2; ++look) {
+            system.time += 1001;
+            cache->age();
+        }
+        EXPECT_EQ(capacity(8), 0u) << phase;
+        for (size_t size : later) {
+            turn(2, size);
+            EXPECT_EQ(capacity(size), 3u) << phase;
+        }
+        for (int look = 0; look < 2; ++look) {
+            system.time += 1001;
+            cache->age();
+        }
+    }
+    caches.end(cache);
+    own.give_back();
+    EXPECT_EQ(system.mapped_bytes(), 0u) << "the records of the slots went back";
+    cache = caches.begin();
+}
+
 TEST_F(ThreadCache, ABinThatIsEmptiedWithinASecondStaysFull)
 {
     for (int second = 0; second < 10; ++second) {

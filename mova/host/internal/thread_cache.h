@@ -19,6 +19,7 @@
      2. It grows further, up to 1024 blocks or 64 KiB, when it is emptied and filled again and again.
      3. All bins of a thread together hold what the thread has room for, which is little at first and becomes more each time
         that many blocks went to and fro between them and the heap.
+     4. It has room for none again when it was not emptied for a second.
 
    Invariants:
      1. The slot below `begin` is null, and no other below `top` is. `begin` <= `top` <= `end`.
@@ -138,7 +139,9 @@ private:
 
     void count_moved(uint32_t blocks);
     void give_oldest(unsigned index, uint32_t count);
-    bool grow(unsigned index);
+    void grow(unsigned index);
+    void shrink(unsigned index);
+    void resize(unsigned index, uint8_t growth, void **begin, uint32_t capacity);
     void release_slots(unsigned growth, void **begin);
 
     bin bins_[classes] = {};
@@ -281,8 +284,9 @@ inline bool thread_cache::flush()
     return flushed;
 }
 
-/* Of a bin that was not emptied for a second some blocks have lain unused. All go back: a few calls later a single refill has
-   replaced those that are needed, and what a peak left in many bins no longer keeps as many pages from going back. */
+/* Of a bin that was not emptied for a second some blocks have lain unused. All go back: a few refills replace those that are
+   needed, and what a peak left in many bins no longer keeps as many pages from going back. So does what the bin took of the
+   thread's room: a program that goes on with other sizes needs it for their bins. */
 inline void thread_cache::age()
 {
     ticks_until_look_ = ticks_for_a_look;
@@ -292,8 +296,8 @@ inline void thread_cache::age()
     aged_ = now;
     for (unsigned index = 0; index < classes; ++index) {
         bin &own = bins_[index];
-        if (own.count() > 0 && !own.was_empty_of_late)
-            give_oldest(index, own.count());
+        if (own.capacity() > 0 && !own.was_empty_of_late)
+            shrink(index);
         own.was_empty_of_late = false;
     }
     all_->blocks().age();
@@ -311,26 +315,44 @@ inline void thread_cache::count_moved(uint32_t blocks)
     room_ += more;
 }
 
-/* Returns whether the bin has more room than before. Its blocks stay in their order. */
-inline bool thread_cache::grow(unsigned index)
+/* Where there is room for it. */
+inline void thread_cache::grow(unsigned index)
 {
-    bin &own = bins_[index];
+    const bin &own = bins_[index];
     if (own.growth + 1u == std::size(capacities))
-        return false;
+        return;
     const auto growth = static_cast<uint8_t>(own.growth + 1);
     const uint32_t capacity = at_most(index, capacities[growth]);
     const size_t cost = (capacity - own.capacity()) * size_classes::block_size(index);
     if (cost == 0 || cost > room_)
-        return false;
-    void **begin = own.slots + 1;
+        return;
+    void **begin = bins_[index].slots + 1;
     if (growth >= growth_to_record) {
         auto *slots = static_cast<void **>(all_->blocks().take_record(kind_of_slots(growth)));
         if (!slots)
-            return false;
+            return;
         *slots = nullptr;
         begin = slots + 1;
     }
+    resize(index, growth, begin, capacity);
+}
+
+/* To none. */
+inline void thread_cache::shrink(unsigned index)
+{
+    bin &own = bins_[index];
+    if (own.count() > 0)
+        give_oldest(index, own.count());
+    resize(index, 0, own.slots + 1, 0);
+}
+
+/* The bin's blocks stay in their order. What it could hold comes from the room, or goes there. */
+inline void thread_cache::resize(unsigned index, uint8_t growth, void **begin, uint32_t capacity)
+{
+    bin &own = bins_[index];
     void **const old_begin = own.begin;
+    room_ += own.capacity() * size_classes::block_size(index);
+    room_ -= capacity * size_classes::block_size(index);
     {
         guard held(all_->lock);
         const uint32_t count = own.count();
@@ -342,8 +364,6 @@ inline bool thread_cache::grow(unsigned index)
     release_slots(own.growth, old_begin);
     own.growth = growth;
     own.turns = 0;
-    room_ -= cost;
-    return true;
 }
 
 /* Gives back the record that holds a bin's slots, if one does. */
