@@ -14,7 +14,7 @@
      of 8; above, four in each doubling; above 256 KiB, on 64-bit platforms, the powers of two alone. Blocks above
      256 KiB have address space of their own, of which only the pages that were written to take up memory; they grow by
      moving pages, not bytes. Huge pages are asked for only where small blocks fill many chunks, and for a large block
-     that grows to twice a size of 2 MiB or more.
+     that grows to twice a size of 2 MiB or more; the next block in its place has them too.
    - A null that is released is no block, and nothing happens.
    - Memory that runs out is reported as an error of the module "memory" with code MOVA_ALLOCATION_FAILED and one of the
      lines below, after all that is not in use was given back, but for what other threads hold ready. Where the error's

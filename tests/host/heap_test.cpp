@@ -492,6 +492,15 @@ TEST_F(Heap, ALargeBlockThatGrowsFromAFullOneIsAskedForHugePages)
     }
 }
 
+TEST_F(Heap, TheNextBlockInThePlaceOfOneWithHugePagesHasThemToo)
+{
+    void *block = own.resize(take(2 * mib), size_classes::class_of(2 * mib), size_classes::class_of(4 * mib));
+    give(block, 4 * mib);
+    EXPECT_EQ(take(4 * mib), block);
+    EXPECT_EQ(system.huge, 4 * mib) << "neither refused nor asked for again";
+    give(block, 4 * mib);
+}
+
 /* ---- the caches of threads ---- */
 
 class ThreadCache : public Heap {

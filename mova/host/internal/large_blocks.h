@@ -35,7 +35,8 @@ public:
     }
 
     /* Returns the block's new place, or null where the system refuses: then the block is as it was. A block that fills a
-       huge page and grows to twice its size was filled, it is likely, and will be: there huge pages pay. */
+       huge page and grows to twice its size was filled, it is likely, and will be: there huge pages pay. The mapping keeps
+       that until the system has it back, though a later block of its size may hardly be written to. */
     void *resize(void *block, unsigned from, unsigned to)
     {
         const size_t old_size = size_classes::block_size(from), new_size = size_classes::block_size(to);

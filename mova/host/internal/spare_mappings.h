@@ -12,6 +12,9 @@
    all but their first page, which holds the shelf together. When few enough are in use again, whole rows of neighbours go
    back from the shelves at once.
 
+   A mapping for which huge pages were asked keeps them for its next user, kept or on a shelf: refused for some of them, the
+   system would have to keep these apart from their neighbours.
+
    Invariants:
      1. `kept_` holds `kept_count_` mappings, in the order in which they came, and `kept_bytes_` is the sum of their sizes.
      2. They are at most `most_kept`, and take less than `most_bytes_` together, or are a single one.
@@ -90,9 +93,6 @@ public:
     }
 
     size_t in_use() const { return in_use_; }
-    size_t kept_count() const { return kept_count_; }
-    size_t kept_bytes() const { return kept_bytes_; }
-    size_t shelved() const { return shelved_; }
 
 private:
     static constexpr size_t most_mapped = 8192;
