@@ -52,6 +52,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <memory>
 
 #include <mova/cxx/owner.h>
 
@@ -329,11 +330,37 @@ struct any_item_will_do {
     bool operator()(const auto &) const noexcept { return true; }
 };
 
+/* A predicate that can be assigned, as what lies in a view must be. Closures that capture cannot: the new one is made in the
+   place of the old. */
+template <class Accepts>
+class assignable {
+public:
+    assignable(Accepts accepts) noexcept : accepts_(std::move(accepts)) {}
+    assignable(const assignable &) = default;
+    assignable(assignable &&) = default;
+    assignable &operator=(assignable other) noexcept
+    {
+        std::destroy_at(&accepts_);
+        std::construct_at(&accepts_, std::move(other.accepts_));
+        return *this;
+    }
+
+    template <class Item>
+    bool operator()(Item &&item) noexcept(std::is_nothrow_invocable_v<Accepts &, Item>)
+    {
+        return accepts_(std::forward<Item>(item));
+    }
+
+private:
+    Accepts accepts_;
+};
+
 /* The positions that a C iterator delivers, or those of them whose items are accepted: a walk during which what was delivered
    may be removed. Where `accepts` throws, the walk has passed the item. */
 template <class Links, class Position, class Accepts = any_item_will_do>
 class position_walk {
     static constexpr bool steps_quietly = std::is_nothrow_invocable_v<Accepts &, typename Links::reference>;
+    static constexpr bool must_be_made_anew = !std::movable<Accepts> && std::is_nothrow_move_constructible_v<Accepts>;
 
 public:
     class iterator {
@@ -387,7 +414,7 @@ private:
     }
 
     typename Links::walk walk_;
-    [[no_unique_address]] Accepts accepts_;
+    [[no_unique_address]] std::conditional_t<must_be_made_anew, assignable<Accepts>, Accepts> accepts_;
     typename Links::node *current_ = nullptr;
 };
 

@@ -259,7 +259,17 @@ TEST_F(TypedLists, StandardAlgorithmsApply)
     for (auto at : l.positions() | std::views::filter([](auto each) { return *each > 2; }))
         l.remove(at);
     EXPECT_EQ(items_of(l), (numbers{2, 1}));
+    int least = 1;
+    for (auto at : l.positions_if([&least](int n) { return n > least; }) | std::views::take(1))
+        l.remove(at);
+    EXPECT_EQ(items_of(l), numbers{1});
 #endif
+    list other = {5, 6, 7};
+    const auto above = [&other](int limit) { return other.positions_if([limit](int n) { return n > limit; }); };
+    auto filtered = above(5);
+    static_assert(std::movable<decltype(filtered)> && sizeof(filtered) <= sizeof(EL_iterator) + 2 * sizeof(void *));
+    filtered = above(6);
+    EXPECT_EQ(**filtered.begin(), 7);
 }
 
 /* ---- owners ---- */
