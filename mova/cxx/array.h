@@ -14,6 +14,9 @@
        array.append(element)                does not deliver it
        any other edit of the array          delivers the indices that come, up to the number at the beginning
 
+   A walk knows the array object: it ends where that is moved. Ranges and walks own nothing: they must not be made of an array
+   without a name, but to be used in the same expression (mova/cxx/chain.h).
+
    What edits do to pointers, and to a loop over elements, says the C header: whatever grows the array ends them. Elements
    given to an edit may lie in the array itself. */
 #ifndef MOVA_CXX_ARRAY_H

@@ -30,7 +30,8 @@
 
    Errors: lines 481, 545, 566 and 579, of removals, and 1181 and 1236, of an insertion into a tree whose balances a program
    has written over, as mova::error. The tree is as it was then, but after the last two: GT_insert_item. It is as it was after an
-   exception out of a comparison or the memory service. Ownership, costs, threads: the C header. */
+   exception out of a comparison or the memory service. Ownership, costs, threads: the C header. What is made of a tree without
+   a name must not be looped over: mova/cxx/chain.h. */
 #ifndef MOVA_CXX_BALANCED_TREE_H
 #define MOVA_CXX_BALANCED_TREE_H
 

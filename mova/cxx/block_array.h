@@ -19,7 +19,8 @@
 
 namespace mova {
 
-/* Walks around the elements of an array for ever. */
+/* Walks around the elements of an array for ever. It points into the object: where that is moved or ends, it dies, although
+   pointers to elements outlive a move. */
 template <class T>
 class array_circulator {
 public:

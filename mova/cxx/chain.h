@@ -44,7 +44,9 @@
        clearing, joining, moving the      as in C: positions live as    as in C
          owner                            long as their nodes do
 
-   Ownership: a range owns nothing. A null owner is an empty range. */
+   Ownership: a range owns nothing. A null owner is an empty range. What is made of an owner that has no name must not be
+   looped over: in "for (int n : made().reversed())" the list is gone before the first step. Give it a name, or pass the
+   range on in the same expression. */
 #ifndef MOVA_CXX_CHAIN_H
 #define MOVA_CXX_CHAIN_H
 

@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: MIT */
 /* What the typed classes share: owning a C head, and owning what a container points to.
 
-   A class of this layer owns one head of the C layer and is as large as the pointer to it.
+   A class of this layer owns one head of the C layer and is as large as the pointer to it. Those that hold their records
+   themselves tell of it: block_array, keyed_table, dynamic_colour.
 
        mova::element_list<point>          EL_list
        +------+                           +---------------------------+

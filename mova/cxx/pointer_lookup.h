@@ -41,7 +41,7 @@ public:
     using base::base, base::get;
     pointer_lookup() : base(mova_lu_create()) {}
 
-    /* Puts the pair in front. Returns the value of the pair that moved from there into the table */
+    /* Puts the pair in front. Returns the value of the pair that moved from there into the table. */
     Value add(Key key, Value value) { return from_word<Value>(mova_lu_add(get(), to_word(key), to_word(value))); }
 
     /* The value of the key, or 0. */
