@@ -92,28 +92,37 @@ void Canvas::line(Pixel from, Pixel to)
     if (left >= right)
         return;
     const int across = to.x - from.x, down = to.y - from.y;
-    const int x_sign = across < 0 ? -1 : 1, y_sign = down < 0 ? -1 : 1;
     const bool is_wide = std::abs(across) >= std::abs(down);
-    const int length = std::max(std::abs(across), std::abs(down)), steps = std::max(length, 1), turn = 2 * steps;
-    const std::int64_t whole = std::abs(is_wide ? down : across);
+    const int length = std::max(std::abs(across), std::abs(down));
+    const Course course = {from,    across < 0 ? -1 : 1, down < 0 ? -1 : 1,
+                           is_wide, std::max(length, 1), std::abs(is_wide ? down : across)};
     /* How far it goes from `start` until it comes to the bounds, and until it leaves them. */
     const auto ways = [](int start, int sign, int low, int end) {
         return sign < 0 ? Columns{start - end + 1, start - low + 1} : Columns{low - start, end - start};
     };
-    const Columns over_columns = ways(from.x, x_sign, left, right);
-    const Columns over_rows = ways(from.y, y_sign, bounds().top, bounds().bottom);
+    const Columns over_columns = ways(from.x, course.x_sign, left, right);
+    const Columns over_rows = ways(from.y, course.y_sign, bounds().top, bounds().bottom);
     const Columns along = is_wide ? over_columns : over_rows, aside = is_wide ? over_rows : over_columns;
     /* The first step after which it has gone so many places to the side. */
     const auto first_step = [=](std::int64_t places) {
-        if (places <= 0 || places > whole)
+        if (places <= 0 || places > course.whole)
             return places <= 0 ? 0 : length + 1;
-        return static_cast<int>(ceil_divided(turn * places - steps + 1, 2 * whole));
+        return static_cast<int>(ceil_divided(2 * course.steps * places - course.steps + 1, 2 * course.whole));
     };
     const int first = std::max({0, along.from, first_step(aside.from)});
     const int end = std::min({length + 1, along.end, first_step(aside.end)});
     waiting_ = {std::min(waiting_.from, left), std::max(waiting_.end, right)};
+    follow(course, first, end, right);
+    if (steps_ - looked_for_ > 8 * static_cast<std::size_t>(waiting_.end - waiting_.from))
+        draw_lines();
+}
 
-    /* A wide line goes to the right here, from one column that is not full to the next, and looks for one after every 32. */
+/* Draws the steps from `first` up to, not including, `end`, left of the column `right`. A wide line goes to the right here,
+   from one column that is not full to the next, and looks for one after every 32. */
+void Canvas::follow(const Course &course, int first, int end, int right)
+{
+    const auto [from, x_sign, y_sign, is_wide, steps, whole] = course;
+    const int turn = 2 * steps;
     const int forwards = is_wide ? x_sign : 1;
     const std::int64_t rise = 2 * whole * forwards;
     const int slope = static_cast<int>(floor_divided(rise, turn)),
@@ -123,8 +132,10 @@ void Canvas::line(Pixel from, Pixel to)
             const int column = from.x + x_sign * step, skipped = open_column(column, right) - column;
             step += forwards * skipped;
             count -= skipped;
+            if (count <= 0)
+                return;
         }
-        const int run = std::clamp(count, 0, is_wide ? 32 : count);
+        const int run = is_wide ? std::min(count, 32) : count;
         const std::int64_t sum = 2 * step * whole + steps - 1;
         const int places = static_cast<int>(sum / turn);
         int carried = static_cast<int>(sum % turn);
@@ -150,8 +161,6 @@ void Canvas::line(Pixel from, Pixel to)
         count -= run;
         steps_ += static_cast<std::size_t>(run);
     }
-    if (steps_ - looked_for_ > 8 * static_cast<std::size_t>(waiting_.end - waiting_.from))
-        draw_lines();
 }
 
 } // namespace atlas

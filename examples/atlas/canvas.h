@@ -81,6 +81,17 @@ private:
     void draw_columns(int from, int end, RowsOf rows_of);
     void draw_lines();
 
+    /* A line from its start: the signs of its way, whether it is wider than high, its steps and the places that they take it
+       aside. */
+    struct Course {
+        Pixel from;
+        int x_sign, y_sign;
+        bool is_wide;
+        int steps;
+        std::int64_t whole;
+    };
+    void follow(const Course &course, int first, int end, int right);
+
     Tile tile_;
     std::vector<Rows> open_;          /* of each column: the pixels that have not been drawn */
     std::vector<std::uint32_t> next_; /* from each that has none: one further on, with none between that has some */

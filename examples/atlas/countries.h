@@ -16,11 +16,11 @@
 namespace atlas {
 
 /* In alphabetical order of the bytes of their names. Several may have the same name: those stand in the topology's order. */
-struct by_name {
+struct ByName {
     auto operator()(const Country &a, const Country &b) const { return a.name <=> b.name; }
     auto operator()(std::string_view name, const Country &b) const { return name <=> b.name; }
 };
-using NameIndex = mova::balanced_multiset<const Country, by_name>;
+using NameIndex = mova::balanced_multiset<const Country, ByName>;
 
 /* Countries without a name are left out. The index does not own them. */
 NameIndex index_by_name(const Topology &topology);
@@ -39,14 +39,14 @@ struct Summary {
 
 /* In order of falling areas, and for equal areas in the topology's order. So no two summaries of a topology compare
    equal. */
-struct by_area {
+struct ByArea {
     auto operator()(const Summary &a, const Summary &b) const
     {
         const std::strong_ordering order = b.area <=> a.area;
         return order != 0 ? order : a.number <=> b.number;
     }
 };
-using AreaIndex = mova::balanced_set<Summary, by_area, mova::host_delete>;
+using AreaIndex = mova::balanced_set<Summary, ByArea, mova::host_delete>;
 
 AreaIndex index_by_area(const Topology &topology);
 

@@ -246,7 +246,7 @@ struct Stripe {
     int row, from, end;
 };
 
-struct by_place {
+struct ByPlace {
     int operator()(const Stripe &a, const Stripe &b) const
     {
         if (a.row != b.row)
@@ -258,7 +258,7 @@ struct by_place {
 /* Removes each label that comes too close to one before it. */
 void Labels::remove_collisions()
 {
-    mova::balanced_set<Stripe, by_place, mova::host_delete> taken;
+    mova::balanced_set<Stripe, ByPlace, mova::host_delete> taken;
     for (const auto at : positions()) {
         const Box &box = at->box;
         std::vector<Stripe> stripes;

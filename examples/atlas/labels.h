@@ -74,13 +74,13 @@ struct Label {
 };
 
 /* Those of the largest countries first. */
-struct by_country {
-    auto operator()(const Label &a, const Label &b) const { return by_area()(a.summary, b.summary); }
+struct ByCountry {
+    auto operator()(const Label &a, const Label &b) const { return ByArea()(a.summary, b.summary); }
 };
 
 /* The labels of a map. Each lies inside the largest polygon of its country, as large as fits there, and apart from all
    others: where two come too close, the larger country has its name. What fits nowhere is left out. */
-class Labels : public mova::balanced_set<Label, by_country, std::default_delete<Label>> {
+class Labels : public mova::balanced_set<Label, ByCountry, std::default_delete<Label>> {
 public:
     Labels(const Topology &topology, Size map, const Progress &progress);
 

@@ -60,8 +60,8 @@ TEST(CompiledIn, ListsAndStacksAppendPushAndPopWithoutTheLibrary)
     mova::element_list<int> elements;
     mova::element_ring<int> ring;
     mova::element_stack<int> stack;
-    mova::intrusive_list<job, &job::waiting> jobs;
     job each = {1, {}};
+    mova::intrusive_list<job, &job::waiting> jobs;
     EXPECT_EQ(calls_in([&] {
                   pointers.append(&number);
                   elements.append(number);

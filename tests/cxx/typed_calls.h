@@ -738,7 +738,10 @@ inline constexpr auto io_lut_set = [](DA_array *table, void *pointer, int32_t id
     lend<mova::id_table<char>>(table, [=](auto &t) { t.set(id, byte_at(pointer)); });
 };
 inline constexpr auto io_lut_get_ptr = [](DA_array *table, int32_t id) -> void * {
-    return lend<mova::id_table<char>>(table, [=](auto &t) { return std::addressof(t[id]); });
+    /* Where there is none a host may go on after the raise, and there is nothing that a reference could refer to. */
+    return lend<mova::id_table<char>>(table, [=](auto &t) {
+        return t.find(id) ? static_cast<void *>(std::addressof(t[id])) : ::io_lut_get_ptr(t.get(), id);
+    });
 };
 inline constexpr auto io_lut_look_id = [](DA_array *table, const void *pointer) {
     return lend<mova::id_table<char>>(table, [=](auto &t) { return t.id_of(static_cast<const char *>(pointer)); });

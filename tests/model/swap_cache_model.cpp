@@ -253,7 +253,7 @@ private:
 
     item *unregistered()
     {
-        const auto found = std::ranges::find(items_, nullptr, &item::entry);
+        auto *const found = std::ranges::find(items_, nullptr, &item::entry);
         return found == items_.end() ? nullptr : &*found;
     }
 

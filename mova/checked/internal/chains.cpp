@@ -17,15 +17,24 @@ struct links {
     const void *before, *after;
 };
 
-/* Calls `visit(node)` along `next` from the first, as long as it returns true. */
+/* What heads begin with, as far as their counts reach. */
+struct head {
+    links ends;
+    int32_t count_and_more[2];
+};
+
+/* Calls `visit(node)` along `next` from the first, as long as it returns true. The head may be one that the program made, and
+   gone with the block or the stack that it lay in. */
 void for_each_member(owner_number container, auto visit)
 {
     const owner &of = owner_at(container);
-    links around;
-    if (!of.live || !read_safely(of.container, &around, sizeof around))
+    alignas(head) unsigned char copy[sizeof(head) + 2 * sizeof(void *)] = {};
+    if (!of.live || !read_safely(of.container, copy, sizeof(head)))
         return;
+    links around;
+    std::memcpy(&around, copy, sizeof around);
     const void *node = around.before;
-    for (int64_t left = of.of->size(of.container); node && left > 0 && visit(node); --left)
+    for (int64_t left = of.of->size(copy); node && left > 0 && visit(node); --left)
         node = read_safely(node, &around, sizeof around) ? around.after : nullptr;
 }
 
