@@ -454,7 +454,7 @@ TEST_F(MemoryPages, AThreadGivesBackWhatItHoldsReadyAndDoesNotUse)
     look_at_the_clock();
     release(allocate(500, 360), 360);
     const size_t cached = mova_memory_statistics_of_size(360).cached_blocks;
-    EXPECT_GE(cached, 16u);
+    EXPECT_GT(cached, 0u);
     for (int turn = 0; turn < 2; ++turn) {
         EXPECT_EQ(mova_memory_statistics_of_size(360).cached_blocks, cached) << "the thread ran out of them of late";
         seconds_ahead += 2;
