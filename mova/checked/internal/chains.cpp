@@ -24,7 +24,7 @@ struct head {
 };
 
 /* Calls `visit(node)` along `next` from the first, as long as it returns true. The head may be one that the program made, and
-   gone with the block or the stack that it lay in. */
+   gone with the block or the stack that it lay in: its beginning is copied, and zeroes stand for the rest. */
 void for_each_member(owner_number container, auto visit)
 {
     const owner &of = owner_at(container);
