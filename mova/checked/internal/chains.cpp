@@ -56,8 +56,9 @@ void claim_members(owner_number container)
 {
     for_each_member(container, [=](const void *node) {
         const entry *const known = find(node);
-        if (known && (!known->live || resolved(known->owner) != container))
-            book(node, known->what == kind::head ? kind::block : known->what, container, known->last_place);
+        const bool is_position = known && (known->what == kind::block || known->what == kind::item);
+        if (known && !(is_position && known->live && resolved(known->owner) == container))
+            book(node, is_position ? known->what : kind::block, container, known->last_place);
         return true;
     });
 }

@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 #include "registry.h"
 
+#include <pthread.h>
 #include <sys/mman.h>
 
 #include <cstdlib>
@@ -315,6 +316,13 @@ entry *make_entry(uintptr_t address, size_t size)
 
 } // namespace table
 
+/* A child of a process that forks must not find the lock held by a thread that it does not have, nor what it guards half changed.
+   It is taken before the host's locks, whose library was loaded before. */
+[[gnu::constructor]] static void hold_over_forks()
+{
+    pthread_atfork([] { mutex.lock(); }, [] { mutex.unlock(); }, [] { mutex.unlock(); });
+}
+
 void registry_lock::lock()
 {
     mutex.lock();
@@ -340,10 +348,8 @@ void mark_released(const void *address, place where)
 
 void hand_over(const void *address, owner_number to)
 {
-    if (entry *const handed = find(address)) {
-        ++owner_at(to).entries;
-        unname(std::exchange(handed->owner, to));
-    }
+    if (const entry *const handed = find(address))
+        book(address, kind::block, to, handed->last_place);
 }
 
 void forget(const void *address)

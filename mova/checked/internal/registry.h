@@ -194,7 +194,7 @@ inline entry *book(const void *address, kind what, owner_number of, place where,
 /* Notes that it lies there no longer. Knows nothing of it where nobody had booked it. */
 void mark_released(const void *address, place where);
 
-/* The address is of another owner from now on. */
+/* The node at the address is of another owner from now on. */
 void hand_over(const void *address, owner_number to);
 
 /* Forgets the address. */
