@@ -1,19 +1,16 @@
 /* SPDX-License-Identifier: MIT */
 #include "canvas.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstdlib>
 #include <numeric>
 
-#include "scan.h"
-
 namespace atlas {
 
 Canvas::Canvas(const Tile &tile)
-    : tile_(tile), open_(static_cast<std::size_t>(bounds().width())), next_(open_.size()), lines_(open_.size())
+    : tile_(tile), open_(static_cast<std::size_t>(bounds().width()), rows(bounds().top, bounds().bottom)),
+      open_in_block_(open_.size() / block + 1, ~Rows{0}), next_(open_.size()), lines_(open_.size())
 {
-    std::fill(open_.begin(), open_.end(), rows(bounds().top, bounds().bottom));
     std::iota(next_.begin(), next_.end(), 0u);
 }
 
@@ -62,9 +59,21 @@ void Canvas::draw_columns(int from, int end, RowsOf rows_of)
     }
 }
 
+/* Blocks of columns in which all of these rows have been drawn are passed over. */
 void Canvas::span(Rows rows, int from, int end)
 {
-    draw_columns(from, end, [=](std::size_t) { return rows; });
+    for (int column = open_column(from, end); column < std::min(end, bounds().right);
+         column = open_column(column, end)) {
+        const std::size_t number = index(column) / block;
+        const int first = bounds().left + static_cast<int>(number) * block,
+                  last = std::min(first + block, bounds().right);
+        if (open_in_block_[number] & rows)
+            draw_columns(column, std::min(last, end), [=](std::size_t) { return rows; });
+        if (from <= first && last <= end)
+            open_in_block_[number] &= ~rows;
+        column = last;
+        ++steps_;
+    }
 }
 
 /* Lines wait until the pen is put back, or there are so many that some may be hidden by those before them: that saves a look
@@ -122,11 +131,12 @@ void Canvas::line(Pixel from, Pixel to)
 void Canvas::follow(const Course &course, int first, int end, int right)
 {
     const auto [from, x_sign, y_sign, is_wide, steps, whole] = course;
-    const int turn = 2 * steps;
-    const int forwards = is_wide ? x_sign : 1;
+    const int turn = 2 * steps, forwards = is_wide ? x_sign : 1;
     const std::int64_t rise = 2 * whole * forwards;
-    const int slope = static_cast<int>(floor_divided(rise, turn)),
-              carry = static_cast<int>(rise - std::int64_t{slope} * turn);
+    const int slope = static_cast<int>(floor_divided(rise, turn));
+    const int carry = static_cast<int>(rise - std::int64_t{slope} * turn);
+    const Pixel way = is_wide ? Pixel{1, y_sign * slope} : Pixel{0, y_sign};
+    const Pixel aside = is_wide ? Pixel{0, y_sign} : Pixel{x_sign, 0};
     for (int count = end - first, step = forwards < 0 ? end - 1 : first; count > 0;) {
         if (is_wide) {
             const int column = from.x + x_sign * step, skipped = open_column(column, right) - column;
@@ -139,23 +149,14 @@ void Canvas::follow(const Course &course, int first, int end, int right)
         const std::int64_t sum = 2 * step * whole + steps - 1;
         const int places = static_cast<int>(sum / turn);
         int carried = static_cast<int>(sum % turn);
-        if (is_wide) {
-            Rows *column = &lines_[index(from.x + x_sign * step)];
-            int y = from.y - bounds().top + y_sign * places;
-            for (Rows *const last = column + run; column < last; ++column) {
-                *column |= Rows{1} << y;
-                carried += carry - turn;
-                y += y_sign * (slope + (carried >= 0));
-                carried += carried < 0 ? turn : 0;
-            }
-        } else {
-            int x = from.x - bounds().left + x_sign * places, y = from.y - bounds().top + y_sign * step;
-            for (int i = 0; i < run; ++i, y += y_sign) {
-                lines_[static_cast<std::size_t>(x)] |= Rows{1} << y;
-                carried += carry - turn;
-                x += carried >= 0 ? x_sign : 0;
-                carried += carried < 0 ? turn : 0;
-            }
+        int x = from.x - bounds().left + x_sign * (is_wide ? step : places);
+        int y = from.y - bounds().top + y_sign * (is_wide ? places : step);
+        for (int i = 0; i < run; ++i) {
+            lines_[static_cast<std::size_t>(x)] |= Rows{1} << y;
+            carried += carry - turn;
+            x += way.x + (carried >= 0 ? aside.x : 0);
+            y += way.y + (carried >= 0 ? aside.y : 0);
+            carried += carried < 0 ? turn : 0;
         }
         step += forwards * run;
         count -= run;

@@ -3,14 +3,12 @@
 #ifndef ATLAS_CANVAS_H
 #define ATLAS_CANVAS_H
 
-#include <cstddef>
-#include <cstdint>
 #include <utility>
 #include <vector>
 
 #include <mova/cxx/element_stack.h>
 
-#include "scan.h"
+#include "globe.h"
 
 namespace atlas {
 
@@ -76,6 +74,8 @@ private:
         const int count = std::clamp(row, bounds().top, bounds().bottom) - bounds().top;
         return count < most_rows ? (Rows{1} << count) - 1 : ~Rows{0};
     }
+    static constexpr int block = 64; /* columns */
+
     int open_column(int from, int end);
     template <class RowsOf>
     void draw_columns(int from, int end, RowsOf rows_of);
@@ -94,6 +94,7 @@ private:
 
     Tile tile_;
     std::vector<Rows> open_;          /* of each column: the pixels that have not been drawn */
+    std::vector<Rows> open_in_block_; /* all of those in it, and maybe more */
     std::vector<std::uint32_t> next_; /* from each that has none: one further on, with none between that has some */
     std::vector<Rows> lines_;         /* of each column: the pixels of lines that wait to be drawn */
     Columns waiting_ = {0, 0};        /* where there are some */
@@ -115,8 +116,7 @@ public:
         canvas_.draw_lines();
         canvas_.ink_ = *canvas_.pens_.pop();
     }
-    PenInHand(const PenInHand &) = delete;
-    PenInHand &operator=(const PenInHand &) = delete;
+    PenInHand(PenInHand &&) = delete;
 
 private:
     Canvas &canvas_;

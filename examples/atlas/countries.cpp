@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <cinttypes>
 #include <numeric>
+#include <utility>
 
 #include <mova/cxx/hash_table.h>
 #include <mova/frame/host.h>
 
-#include "messages.h"
-#include "neighbours.h"
+#include "colours.h"
 #include "shapes.h"
 
 namespace atlas {
@@ -31,8 +31,8 @@ static char lower(char letter)
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-/* How many letters have to be put in, left out or exchanged to make one name of the other, upper and lower case alike. The
-   row of a table: its entry i is the distance of the first i letters of `a` from as many of `b` as were looked at. */
+/* How many letters have to be put in, left out or exchanged to make one name of the other, upper and lower case alike. Entry i
+   of the row is that of the first i letters of `a` and as many of `b` as were looked at. */
 static std::size_t distance(std::string_view a, std::string_view b)
 {
     std::vector<std::size_t> row(a.size() + 1);
@@ -74,20 +74,16 @@ static std::string_view near_miss(const Topology &topology, std::string_view nam
     return nearest;
 }
 
-[[noreturn]] static void refuse(const Topology &topology, const std::string &name)
-{
-    const std::string_view meant = near_miss(topology, name);
-    throw Error("no country is named " + name + (meant.empty() ? "" : ": did you mean " + std::string(meant) + "?"));
-}
-
 void select_countries(Topology &topology, const std::vector<std::string> &names)
 {
     const NameIndex index = index_by_name(topology);
     mova::hash_table<const Country *, bool> kept;
     for (const std::string &name : names) {
         const auto named = index.equal_range(name);
-        if (named.empty())
-            refuse(topology, name);
+        if (named.empty()) {
+            const std::string meant(near_miss(topology, name));
+            throw Error("no country is named " + name + (meant.empty() ? "" : ": did you mean " + meant + "?"));
+        }
         if (kept.contains(&*named.begin()))
             continue; /* a name that was given before */
         for (const Country &country : named)
@@ -101,15 +97,13 @@ void select_countries(Topology &topology, const std::vector<std::string> &names)
 
 static Summary summarise(const Country &country, std::int32_t number)
 {
-    Summary summary = {&country, number, 0, nullptr};
+    Summary summary = {{0, number}, &country, nullptr};
     std::int64_t largest = -1;
     for (const Polygon *polygon : country.polygons) {
         const std::int64_t covered = area(*polygon);
-        summary.area += covered;
-        if (covered > largest) {
-            largest = covered;
+        summary.rank.area += covered;
+        if (covered > std::exchange(largest, std::max(largest, covered)))
             summary.largest = polygon;
-        }
     }
     return summary;
 }
@@ -127,7 +121,7 @@ void print(const AreaIndex &index)
 {
     index.print([](const Summary &summary) {
         const std::string name = printable(summary.country->name);
-        mova_dprintf("%s, %" PRId64 " km2", name.empty() ? "(no name)" : name.c_str(), summary.area);
+        mova_dprintf("%s, %" PRId64 " km2", name.empty() ? "(no name)" : name.c_str(), summary.rank.area);
     });
 }
 

@@ -29,24 +29,27 @@ NameIndex index_by_name(const Topology &topology);
    no country has one of the names. */
 void select_countries(Topology &topology, const std::vector<std::string> &names);
 
-/* What there is to say about a country. */
-struct Summary {
-    const Country *country;
-    std::int32_t number;    /* in the topology's order */
-    std::int64_t area;      /* in square kilometres */
-    const Polygon *largest; /* of its polygons; null where it has none */
+/* Which of two countries comes first: the larger one, or the one that the topology has first. So no two of them are equal. */
+struct Rank {
+    std::int64_t area;   /* in square kilometres */
+    std::int32_t number; /* in the topology's order */
 };
-
-/* In order of falling areas, and for equal areas in the topology's order. So no two summaries of a topology compare
-   equal. */
-struct ByArea {
-    auto operator()(const Summary &a, const Summary &b) const
+struct ByRank {
+    template <class Ranked>
+    auto operator()(const Ranked &a, const Ranked &b) const
     {
-        const std::strong_ordering order = b.area <=> a.area;
-        return order != 0 ? order : a.number <=> b.number;
+        const std::strong_ordering order = b.rank.area <=> a.rank.area;
+        return order != 0 ? order : a.rank.number <=> b.rank.number;
     }
 };
-using AreaIndex = mova::balanced_set<Summary, ByArea, mova::host_delete>;
+
+/* What there is to say about a country. */
+struct Summary {
+    Rank rank;
+    const Country *country;
+    const Polygon *largest; /* of its polygons; null where it has none */
+};
+using AreaIndex = mova::balanced_set<Summary, ByRank, mova::host_delete>;
 
 AreaIndex index_by_area(const Topology &topology);
 

@@ -1,10 +1,8 @@
 /* SPDX-License-Identifier: MIT */
 #include "draw.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstdlib>
-#include <utility>
 
 #include "colours.h"
 #include "shapes.h"
@@ -73,13 +71,6 @@ void Fill::add(const Country &country, std::uint8_t ink)
     inks_.push_back(ink);
 }
 
-/* The first column whose centre does not lie to the left of the edge. Distances take 51 bits. */
-int Fill::Edge::column(int row) const
-{
-    const std::int64_t down = side.down(), distance = (side.from.x - lines / 2) * down;
-    return static_cast<int>(ceil_divided(distance + side.shift(row * lines + lines / 2), lines * down));
-}
-
 /* Where everything around the edge has been drawn, it may cross all of its rows in any column there: that saves a look at each
    of them. */
 void Fill::cross(const Edge &edge, Canvas &canvas)
@@ -99,17 +90,12 @@ void Fill::cross(const Edge &edge, Canvas &canvas)
 /* From the top: what lies below others draws the rest. */
 std::size_t Fill::draw(Canvas &canvas)
 {
-    std::size_t looked_at = 0;
     crossings_.resize(canvas.bounds());
-    edges_.visit_layers(canvas.bounds().top, canvas.bounds().bottom, [&](std::uint32_t layer, const auto &edges) {
+    return edges_.visit_layers(canvas, [&](std::uint32_t layer, const auto &for_each) {
         const PenInHand pen(canvas, inks_[UINT32_MAX - layer]);
-        for (const std::uint64_t edge : edges)
-            cross(edges_[edge], canvas);
+        for_each([&](const Edge &edge) { cross(edge, canvas); });
         crossings_.take_spans([&](Canvas::Rows rows, int from, int end) { canvas.span(rows, from, end); });
-        looked_at += edges.size();
-        return !canvas.is_full();
     });
-    return looked_at;
 }
 
 /* ---- outlines ---- */
@@ -152,46 +138,30 @@ Outlines::Outlines(const Topology &topology, Size map)
 
 std::size_t Outlines::draw(Canvas &canvas)
 {
-    std::size_t looked_at = 0;
-    lines_.visit_layers(canvas.bounds().top, canvas.bounds().bottom, [&](std::uint32_t layer, const auto &lines) {
+    return lines_.visit_layers(canvas, [&](std::uint32_t layer, const auto &for_each) {
         const PenInHand pen(canvas, layer == coasts ? inks().coast : inks().border);
-        for (const std::uint64_t line : lines)
-            canvas.line(lines_[line].from, lines_[line].to);
-        looked_at += lines.size();
-        return !canvas.is_full();
+        for_each([&](const Line &line) { canvas.line(line.from, line.to); });
     });
-    return looked_at;
 }
 
 /* ---- the map ---- */
 
-static void draw_meridian(Canvas &canvas, Size map, int longitude)
-{
-    const int x = project({longitude * degree, 0}, map).x;
-    canvas.line({x, 0}, {x, map.height - 1});
-}
-
-static void draw_parallel(Canvas &canvas, Size map, int latitude)
-{
-    const int y = project({0, latitude * degree}, map).y;
-    canvas.line({0, y}, {map.width - 1, y});
-}
-
 /* The frame is where the map ends, and the equator and the prime meridian. */
 static void draw_graticule(Canvas &canvas, Size map)
 {
+    const auto draw = [&](int longitude, int latitude) {
+        const Pixel crossing = project({longitude * degree, latitude * degree}, map);
+        canvas.line({crossing.x, 0}, {crossing.x, map.height - 1});
+        canvas.line({0, crossing.y}, {map.width - 1, crossing.y});
+    };
     {
         const PenInHand frame(canvas, inks().frame);
-        for (const int side : {-1, 0, 1}) {
-            draw_meridian(canvas, map, side * 180);
-            draw_parallel(canvas, map, side * 90);
-        }
+        for (const int side : {-1, 0, 1})
+            draw(side * 180, side * 90);
     }
     const PenInHand pen(canvas, inks().graticule);
-    for (int longitude = -150; longitude <= 150; longitude += 30)
-        draw_meridian(canvas, map, longitude);
-    for (int latitude = -60; latitude <= 60; latitude += 30)
-        draw_parallel(canvas, map, latitude);
+    for (int angle = -150; angle <= 150; angle += 30)
+        draw(angle, std::clamp(angle, -60, 60));
 }
 
 Drawing::Drawing(const Topology &topology, int width, const Progress &progress)
@@ -215,7 +185,7 @@ void Drawing::draw_band(int top)
     Canvas canvas(band_);
     {
         const PenInHand pen(canvas, inks().text);
-        labels_.draw(canvas);
+        steps_ += labels_.draw(canvas);
     }
     steps_ += outlines_.draw(canvas);
     steps_ += fill_.draw(canvas);

@@ -4,13 +4,7 @@
 #ifndef ATLAS_DRAW_H
 #define ATLAS_DRAW_H
 
-#include <cstdint>
-#include <vector>
-
-#include "canvas.h"
 #include "labels.h"
-#include "messages.h"
-#include "scan.h"
 
 namespace atlas {
 
@@ -50,18 +44,21 @@ public:
     std::size_t draw(Canvas &canvas);
 
 private:
+    static constexpr int lines = 1024, centre = lines / 2;
+
     /* It crosses the rows whose middle it passes. */
     struct Edge {
-        Side side;           /* on the grid, downwards */
+        Side side;           /* on the grid */
         std::uint32_t layer; /* the country's, from the top */
 
-        int first_row() const { return centres_before(side.from.y); }
-        int end_row() const { return centres_before(side.to.y); }
-        int column(int row) const;
+        int first_row() const { return (side.from.y + centre - 1) / lines; }
+        int end_row() const { return (side.to.y + centre - 1) / lines; }
+        /* The first column whose centre does not lie to the left of it. */
+        int column(int row) const
+        {
+            return static_cast<int>(ceil_divided(side.crossing(row * lines + centre) - centre, lines));
+        }
     };
-
-    static constexpr int lines = 1024;
-    static int centres_before(int line) { return (line + lines / 2 - 1) / lines; }
 
     void cross(const Edge &edge, Canvas &canvas);
 

@@ -1,12 +1,13 @@
 /* SPDX-License-Identifier: MIT */
-/* Whole files: read at once, replaced at once. */
+/* Whole files, read at once and replaced at once; and a file to keep bytes in for a while. */
 #ifndef ATLAS_FILE_H
 #define ATLAS_FILE_H
 
-#include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <span>
 #include <string>
-#include <vector>
 
 #include "messages.h"
 
@@ -20,7 +21,24 @@ std::string read_file(const std::string &path, const Progress &progress);
 
 /* Gives the file new contents, in one step: whoever looks sees the old file or the whole new one. Throws Error
    where that fails, and leaves what was there before. */
-void replace_file(const std::string &path, const std::vector<std::uint8_t> &contents);
+void replace_file(const std::string &path, std::span<const std::uint8_t> contents);
+
+struct CloseFile {
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using OpenFile = std::unique_ptr<std::FILE, CloseFile>;
+
+/* A file that has no name: it lies in the directory for temporary files (TMPDIR, or /tmp) and is gone with the
+   process at the latest. It is made when it is first written to. */
+class TemporaryFile {
+public:
+    /* Both throw Error where they fail. What is read must have been written. */
+    void write(std::size_t offset, std::span<const std::uint8_t> bytes);
+    void read(std::size_t offset, std::span<std::uint8_t> bytes);
+
+private:
+    OpenFile file_;
+};
 
 } // namespace atlas
 

@@ -36,28 +36,20 @@ static constexpr std::string_view base_letters = "AAAAAAaCEEEEIIIIDNOOOOO?OUUUUY
 constexpr unsigned first_base = 0xC0;
 static_assert(base_letters.size() == 0x180 - first_base);
 constexpr std::string_view pairs = "aiost";
-constexpr const char *both_capitals[] = {"AE", "IJ", "OE", "SS", "TH"};
-
-/* Returns the code point of a character of two bytes, or 0 where there is another character. */
-static unsigned two_byte_code_point(std::string_view text)
-{
-    const unsigned lead = static_cast<unsigned char>(text[0]);
-    const unsigned trail = text.size() > 1 ? static_cast<unsigned char>(text[1]) : 0;
-    return lead >> 5 == 6 && trail >> 6 == 2 ? (lead & 31) << 6 | (trail & 63) : 0;
-}
+constexpr std::string_view both_capitals[] = {"AE", "IJ", "OE", "SS", "TH"};
 
 std::string as_glyphs(std::string_view text)
 {
     std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const unsigned byte = static_cast<unsigned char>(text[i]);
-        const unsigned code_point = two_byte_code_point(text.substr(i));
+    for (; !text.empty(); text.remove_prefix(std::max<std::size_t>(first_character(text).bytes, 1))) {
+        const auto [bytes, code_point] = first_character(text);
         if (code_point >= first_base && code_point - first_base < base_letters.size()) {
             const char letter = base_letters[code_point - first_base];
             const std::size_t pair = pairs.find(letter);
-            result += pair == std::string_view::npos ? std::string(1, letter) : both_capitals[pair];
-        } else if (byte >> 6 != 2) { /* the first byte of its character */
-            result += glyphs[place_of(static_cast<char>(byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte))];
+            result += pair == pairs.npos ? std::string_view(&letter, 1) : both_capitals[pair];
+        } else {
+            const char letter = bytes == 1 ? text[0] : unknown_glyph;
+            result += glyphs[place_of(letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter)];
         }
     }
     return result;

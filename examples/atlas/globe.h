@@ -33,6 +33,13 @@ struct Size {
     int width, height;
 };
 
+/* The columns from `from` up to, not including, `end`. */
+struct Columns {
+    int from, end;
+
+    int width() const { return end - from; }
+};
+
 /* Both round alike on both sides of zero, downwards and upwards. Require a positive divisor. */
 constexpr std::int64_t floor_divided(std::int64_t dividend, std::int64_t divisor)
 {
@@ -41,6 +48,31 @@ constexpr std::int64_t floor_divided(std::int64_t dividend, std::int64_t divisor
 constexpr std::int64_t ceil_divided(std::int64_t dividend, std::int64_t divisor)
 {
     return dividend / divisor + (dividend % divisor > 0);
+}
+
+/* A side of a shape, in any units, that runs downwards. */
+struct Side {
+    Pixel from, to;
+
+    /* Where it crosses a level, rounded to the right. Requires that it is not level itself. */
+    int crossing(int level) const
+    {
+        return from.x + static_cast<int>(ceil_divided((std::int64_t{to.x} - from.x) * (level - from.y), to.y - from.y));
+    }
+};
+
+/* Returns columns that hold a side between two levels, and a few more, for this is rounded; `lines` of its units are a column. */
+template <int lines>
+Columns columns_between(const Side &side, int top, int bottom)
+{
+    const int height = std::max(side.to.y - side.from.y, 1);
+    const float start = static_cast<float>(side.from.x) / lines;
+    const float slope = static_cast<float>(side.to.x - side.from.x) / lines / static_cast<float>(height);
+    const float a = start + slope * static_cast<float>(std::clamp(top - side.from.y, 0, height));
+    const float b = start + slope * static_cast<float>(std::clamp(bottom - side.from.y, 0, height));
+    const auto [left, right] = std::minmax(side.from.x, side.to.x);
+    return {std::max(static_cast<int>(std::min(a, b)) - 2, left / lines),
+            std::min(static_cast<int>(std::max(a, b)) + 3, right / lines + 1)};
 }
 
 /* Returns where a point lies on the map, rounded to the left and upwards to a grid of so many lines a pixel. */

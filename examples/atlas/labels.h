@@ -3,14 +3,8 @@
 #ifndef ATLAS_LABELS_H
 #define ATLAS_LABELS_H
 
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "canvas.h"
 #include "countries.h"
+#include "scan.h"
 
 namespace atlas {
 
@@ -28,69 +22,50 @@ constexpr char unknown_glyph = '?';
 /* Whether the glyph has a dot there. What is no glyph of the font looks like a box. */
 bool has_dot(char glyph, int column, int row);
 
-/* ---- where in a polygon a box fits ---- */
+/* ---- labels ---- */
 
-/* A map divided into square cells of some pixels each. */
+/* The map divided into square cells of some pixels each. */
 struct Grid {
-    int width, height; /* of the map, in pixels */
-    int cell;          /* the side of a cell, in pixels */
+    Size map;
+    int cell; /* the side of a cell, in pixels */
 };
 
 struct Box {
     int left, top, width, height; /* in cells */
 };
 
-/* The cells of a polygon, row by row. A cell is inside where both its sides are, on the line through its middle. */
-class Interior {
-public:
-    /* Takes the rows that its sides cross off `crossings_left`: nothing fits inside a polygon that crosses more
-       than are left. */
-    Interior(const Polygon &polygon, Grid grid, std::int64_t &crossings_left);
-
-    /* Returns a box of this size that lies inside, with as much room around it as there is, or nothing. */
-    std::optional<Box> place(int width, int height) const;
-
-private:
-    using Row = std::vector<Columns>;
-
-    static Row spans(std::vector<Angle> &crossings, Grid grid);
-    static Row common(const Row &a, const Row &b, int width);
-    std::optional<Box> widest(int width, int height) const;
-
-    int top_ = 0; /* the first row */
-    std::vector<Row> rows_;
-};
-
-/* ---- labels ---- */
-
-constexpr int longest_label = 40;
-
 /* A name in one line or more, each centred in its box. */
 struct Label {
     std::string text; /* glyphs, with '\n' between lines */
     Box box;
     int dot; /* the side of a dot, in cells */
-    Summary summary;
+    Rank rank;
 };
 
-/* Those of the largest countries first. */
-struct ByCountry {
-    auto operator()(const Label &a, const Label &b) const { return ByArea()(a.summary, b.summary); }
-};
-
-/* The labels of a map. Each lies inside the largest polygon of its country, as large as fits there, and apart from all
-   others: where two come too close, the larger country has its name. What fits nowhere is left out. */
-class Labels : public mova::balanced_set<Label, ByCountry, std::default_delete<Label>> {
+/* The labels of a map, those of the largest countries first. Each lies inside the largest polygon of its country, as large as
+   fits there, and apart from all others: where two come too close, the larger country has its name. What fits nowhere is left
+   out. */
+class Labels : public mova::balanced_set<Label, ByRank, std::default_delete<Label>> {
 public:
     Labels(const Topology &topology, Size map, const Progress &progress);
 
-    /* Draws the labels with the canvas's pen. */
-    void draw(Canvas &canvas) const;
+    /* Draws the labels with the canvas's pen. Returns how many it looked at. */
+    std::size_t draw(Canvas &canvas);
 
 private:
+    struct Place {
+        const Label *label;
+        int top, bottom; /* in pixels */
+        std::uint32_t layer = 0;
+
+        int first_row() const { return top; }
+        int end_row() const { return bottom; }
+    };
+
     void remove_collisions();
 
     Grid grid_;
+    Sweep<Place> places_;
 };
 
 } // namespace atlas

@@ -1,40 +1,170 @@
 /* SPDX-License-Identifier: MIT */
 /* atlas: draws the world from a TopoJSON file. Reads, decodes, draws, writes, reports. */
+#include <charconv>
 #include <chrono>
 #include <cinttypes>
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
-#include <new>
-#include <string>
 #include <utility>
+#include <variant>
 
+#include <getopt.h>
 #include <unistd.h>
 
 #include <mova/host/errors.h>
 #include <mova/host/messages.h>
 
 #include "colours.h"
-#include "countries.h"
 #include "draw.h"
 #include "file.h"
-#include "messages.h"
-#include "options.h"
 #include "picture.h"
-#include "topology.h"
 
 namespace atlas {
 
-/* In milliseconds. */
-struct Times {
-    double read, decode, prepare, draw, write;
+/* ---- options ---- */
+
+struct Options {
+    std::string file, out = "atlas.png";
+    int width, cache_budget;         /* pixels, bytes */
+    std::vector<std::string> select; /* names of countries; none stands for all of them */
+    bool print_tree = false, help = false;
 };
 
-static void check_not_same(const std::string &file, const std::string &out)
+/* The usage of a number says what is allowed, and what it is without being given: "16 to 32768 (2048)". */
+struct Option {
+    const char *name, *value, *usage;
+    std::variant<bool Options::*, int Options::*, std::string Options::*, std::vector<std::string> Options::*> member;
+};
+
+/* The only place of the options' names and limits; `./dev` reads it too. */
+constexpr Option table[] = {
+    {"out", "PNG", "the picture to write (atlas.png)", &Options::out},
+    {"width", "N", "its width in pixels, 16 to 32768 (2048); it is half as high", &Options::width},
+    {"cache-budget", "BYTES",
+     "how much of it is kept in memory, 32768 to 536870912 (1048576);\n"
+     "                        the rest lies in a temporary file, in TMPDIR or /tmp",
+     &Options::cache_budget},
+    {"select", "NAME,...", "draws only the countries of these names; may be given again", &Options::select},
+    {"print-tree", "", "prints the tree that the countries are in, in order of their areas", &Options::print_tree},
+    {"help", "", "shows this text", &Options::help},
+};
+
+struct Number {
+    int least, most, usual;
+};
+
+static constexpr Number number_of(const Option &option)
 {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(file, out, ignored))
-        throw Error("the picture would replace the file that it is drawn from");
+    const char *at = option.usage;
+    const auto is_digit = [&] { return *at >= '0' && *at <= '9'; };
+    const auto next = [&] {
+        int number = 0;
+        while (!is_digit())
+            ++at;
+        for (; is_digit(); ++at)
+            number = number * 10 + (*at - '0');
+        return number;
+    };
+    return {next(), next(), next()};
+}
+
+static_assert(number_of(table[2]).least == 2 * tile_bytes, "two tiles at the least");
+static_assert(number_of(table[2]).most == number_of(table[1]).most * (number_of(table[1]).most / 2), "the widest map");
+
+static std::string usage()
+{
+    std::string synopsis = "usage: atlas FILE", rows;
+    for (const Option &option : table) {
+        const std::string words = std::string("--") + option.name + (*option.value ? " " : "") + option.value;
+        if (&option + 1 != std::end(table)) /* --help goes without saying */
+            synopsis += " [" + words + "]";
+        rows += "  " + words + std::string(22 - words.size(), ' ') + option.usage + "\n";
+    }
+    return synopsis +
+           "\n\nDraws a TopoJSON file as a map of the world, areas filled and outlined: its object\n"
+           "\"countries\" where it has one, otherwise all its objects.\n\n" +
+           rows;
+}
+
+static void take(bool &flag, const Option &, const std::string &)
+{
+    flag = true;
+}
+
+static void take(std::string &text, const Option &, const std::string &value)
+{
+    text = value;
+}
+
+static void take(int &number, const Option &option, const std::string &value)
+{
+    const auto [least, most, usual] = number_of(option);
+    const char *const end = value.data() + value.size();
+    const std::from_chars_result result = std::from_chars(value.data(), end, number);
+    if (result.ec != std::errc() || result.ptr != end || number < least || number > most)
+        throw Error(std::string("--") + option.name + " takes a whole number from " + std::to_string(least) + " to " +
+                    std::to_string(most) + ", not " + value);
+}
+
+static void take(std::vector<std::string> &names, const Option &option, const std::string &value)
+{
+    const std::string name = std::string("--") + option.name;
+    if (value.starts_with("--"))
+        throw Error(name + " needs names of countries, and is followed by " + value);
+    for (std::size_t start = 0, comma = 0; comma != std::string::npos; start = comma + 1) {
+        comma = value.find(',', start);
+        const std::string each = value.substr(start, comma - start);
+        const std::size_t first = each.find_first_not_of(' ');
+        if (first == std::string::npos)
+            throw Error(name + " takes names of countries, with a comma between them, not " + value);
+        names.push_back(each.substr(first, each.find_last_not_of(' ') + 1 - first));
+    }
+}
+
+/* What getopt_long has just refused: a letter, or the last word that it read. The numbers of options lie below letters. */
+[[noreturn]] static void refuse(int answer, char **argv)
+{
+    const std::string option = optopt >= ' ' ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
+    if (answer != ':')
+        throw Error("unknown option " + option + " (see atlas --help)");
+    if (option == "--select")
+        throw Error("--select needs names of countries, as in --select \"Chad,South Sudan\"");
+    throw Error(option + " needs a value (see atlas --help)");
+}
+
+/* Throws Error where the command line is wrong. */
+static Options parse_options(int argc, char **argv)
+{
+    Options options;
+    std::vector<option> known;
+    for (const Option &each : table) {
+        const int argument = *each.value ? required_argument : no_argument;
+        known.push_back({each.name, argument, nullptr, static_cast<int>(known.size()) + 1});
+        if (const auto *member = std::get_if<int Options::*>(&each.member))
+            options.*(*member) = number_of(each).usual;
+    }
+    known.push_back({});
+    opterr = 0;
+    for (int found; (found = getopt_long(argc, argv, ":", known.data(), nullptr)) != -1;) {
+        if (found >= static_cast<int>(known.size()))
+            refuse(found, argv);
+        const Option &given = table[found - 1];
+        std::visit([&](auto member) { take(options.*member, given, optarg ? optarg : ""); }, given.member);
+    }
+    if (options.help)
+        return options;
+    if (argc - optind != 1)
+        throw Error(optind == argc ? "no FILE given (see atlas --help)" : "more than one FILE (see atlas --help)");
+    options.file = argv[optind];
+    return options;
+}
+
+/* ---- what it says ---- */
+
+/* Names and texts come from outside: whatever they hold, the message stays one plain line. */
+static void complain(const std::string &subject, const std::string &what)
+{
+    std::fputs((printable("atlas: " + (subject.empty() ? what : subject + ": " + what)) + "\n").c_str(), stderr);
 }
 
 static void print_tree(const Topology &topology)
@@ -44,25 +174,13 @@ static void print_tree(const Topology &topology)
     mova_set_debug_print(before);
 }
 
-/* Names and texts come from outside: whatever they hold, the message stays one plain line. */
-static std::string complaint(const std::string &subject, const std::string &what)
-{
-    return printable("atlas: " + (subject.empty() ? what : subject + ": " + what)) + "\n";
-}
-
-static void warn(const Topology &topology, const std::string &subject)
-{
-    for (const std::string &warning : topology.warnings)
-        std::fputs(complaint(subject, "warning: " + warning).c_str(), stderr);
-}
-
-static std::string count(std::size_t number, const char *one, const char *many)
+static std::string count(std::size_t number, const std::string &one, const std::string &many)
 {
     return std::to_string(number) + ' ' + (number == 1 ? one : many);
 }
 
 static void report(const Options &options, const Totals &drawn, const Picture &picture, std::size_t bytes,
-                   const Times &times)
+                   const std::string &times)
 {
     const Picture::Statistics cache = picture.statistics();
     std::printf("picture  %s\n", printable(std::filesystem::absolute(options.out).lexically_normal().string()).c_str());
@@ -74,11 +192,12 @@ static void report(const Options &options, const Totals &drawn, const Picture &p
     std::printf("cache    %zu bytes for %zu tiles: %" PRIu64 " evictions, %" PRIu64 " write-backs, %" PRIu64
                 " fetches, %" PRIu64 " blocks moved\n",
                 cache.budget, cache.tiles, cache.evictions, cache.write_backs, cache.fetches, cache.moves);
-    std::printf("time     read %.1f ms, decode %.1f ms, prepare %.1f ms, draw %.1f ms, write %.1f ms\n", times.read,
-                times.decode, times.prepare, times.draw, times.write);
+    std::printf("time     %s\n", times.c_str());
     if (std::fflush(stdout) != 0)
         throw Error("the report could not be printed");
 }
+
+/* ---- what it does ---- */
 
 /* `subject` is kept up to date with the file that an error would be about. */
 static void draw_atlas(const Options &options, std::string &subject)
@@ -87,33 +206,39 @@ static void draw_atlas(const Options &options, std::string &subject)
     const Progress progress = [&](const char *step, std::size_t done, std::size_t all) {
         line.update(step, done, all);
     };
-    Times times;
-    auto lap = [last = std::chrono::steady_clock::now()]() mutable {
+    std::string times;
+    auto finished = [&, last = std::chrono::steady_clock::now()](const char *step) mutable {
         const auto before = std::exchange(last, std::chrono::steady_clock::now());
-        return std::chrono::duration<double, std::milli>(last - before).count();
+        char text[64];
+        std::snprintf(text, sizeof text, "%s%s %.1f ms", times.empty() ? "" : ", ", step,
+                      std::chrono::duration<double, std::milli>(last - before).count());
+        times += text;
     };
 
     subject = options.file;
-    check_not_same(options.file, options.out);
+    std::error_code ignored;
+    if (std::filesystem::equivalent(options.file, options.out, ignored))
+        throw Error("the picture would replace the file that it is drawn from");
     const std::string text = read_file(options.file, progress);
-    times.read = lap();
+    finished("read");
     Topology topology = decode_topology(text, progress);
     line.clear();
-    warn(topology, subject);
+    for (const std::string &warning : topology.warnings)
+        complain(subject, "warning: " + warning);
     if (!options.select.empty())
         select_countries(topology, options.select);
     if (options.print_tree)
         print_tree(topology);
-    times.decode = lap();
+    finished("decode");
     Drawing drawing(topology, options.width, progress);
-    times.prepare = lap();
+    finished("prepare");
 
     subject = options.out;
     const auto paint = [&](const Tile &tile) { drawing.draw(tile); };
-    Picture picture(drawing.size(), options.cache_budget, paint, progress);
-    times.draw = lap();
+    Picture picture(drawing.size(), static_cast<std::size_t>(options.cache_budget), paint, progress);
+    finished("draw");
     const std::size_t bytes = write_png(options.out, picture, palette(), progress);
-    times.write = lap();
+    finished("write");
 
     subject.clear();
     line.clear();
@@ -139,11 +264,11 @@ static void raise_error(const char *module, std::int32_t line, std::int32_t code
 static int run(int argc, char **argv, std::string &subject)
 {
     const Options options = parse_options(argc, argv);
-    last_words = complaint(options.file, "out of memory");
+    if (options.help)
+        return std::fputs(usage().c_str(), stdout) < 0 || std::fflush(stdout) != 0;
+    last_words = printable("atlas: " + options.file + ": out of memory") + "\n";
     std::set_new_handler(end_without_memory);
     mova_set_error_handler(raise_error);
-    if (options.help)
-        return std::fputs(usage, stdout) < 0 || std::fflush(stdout) != 0;
     draw_atlas(options, subject);
     return 0;
 }
@@ -157,7 +282,7 @@ int main(int argc, char **argv)
     try {
         return atlas::run(argc, argv, subject);
     } catch (const std::exception &error) {
-        std::fputs(atlas::complaint(subject, error.what()).c_str(), stderr);
+        atlas::complain(subject, error.what());
         return 1;
     }
 }

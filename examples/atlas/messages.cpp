@@ -1,21 +1,15 @@
 /* SPDX-License-Identifier: MIT */
 #include "messages.h"
 
+#include <algorithm>
 #include <bit>
-#include <cstdint>
 #include <utility>
 
 namespace atlas {
 
 /* ---- plain text ---- */
 
-struct Character {
-    std::size_t bytes;
-    std::uint32_t code_point;
-};
-
-/* Returns the character that the text begins with, of no bytes where it begins with none. */
-static Character first_character(std::string_view text)
+Character first_character(std::string_view text)
 {
     const auto byte = [&](std::size_t i) { return i < text.size() ? static_cast<std::uint8_t>(text[i]) : 0u; };
     const auto bytes = static_cast<std::size_t>(std::countl_one(static_cast<std::uint8_t>(byte(0))));
@@ -30,31 +24,28 @@ static Character first_character(std::string_view text)
         code_point = code_point << 6 | (byte(i) & 63);
     }
     constexpr std::uint32_t least[] = {0x80, 0x800, 0x10000};
-    return {code_point < least[bytes - 2] ? 0 : bytes, code_point};
+    if (code_point < least[bytes - 2] || code_point > 0x10ffff || code_point >> 11 == 0x1b)
+        return {0, 0}; /* too long, too large, or half of a pair */
+    return {bytes, code_point};
 }
 
-/* Not a control, a line break or a direction. */
-static bool is_plain(std::uint32_t code_point)
-{
-    constexpr std::pair<std::uint32_t, std::uint32_t> others[] = {{0, 0x1f},        {0x7f, 0x9f},     {0x61c, 0x61c},
-                                                                  {0x200e, 0x200f}, {0x2028, 0x202e}, {0x2066, 0x2069}};
-    for (const auto &[first, last] : others) {
-        if (code_point >= first && code_point <= last)
-            return false;
-    }
-    return true;
-}
+/* Controls, line breaks, directions, and what hides: from the first to the last of each pair. The joiners of two letters, which
+   some languages need, are none of these. */
+constexpr std::pair<std::uint32_t, std::uint32_t> not_plain[] = {
+    {0, 0x1f},        {0x7f, 0x9f},     {0xad, 0xad},     {0x61c, 0x61c},   {0x180e, 0x180e}, {0x200b, 0x200b},
+    {0x200e, 0x200f}, {0x2028, 0x202e}, {0x2060, 0x2069}, {0xfeff, 0xfeff}, {0xfff9, 0xfffb}, {0xe0000, 0xe007f}};
 
 std::string printable(std::string_view text)
 {
     std::string plain;
     while (!text.empty()) {
-        const auto [bytes, code_point] = first_character(text);
-        if (bytes > 0 && is_plain(code_point))
-            plain += text.substr(0, bytes);
-        else
-            plain += '?';
-        text.remove_prefix(bytes > 0 ? bytes : 1);
+        const Character next = first_character(text);
+        const bool is_plain =
+            next.bytes > 0 && std::none_of(std::begin(not_plain), std::end(not_plain), [=](auto range) {
+                return next.code_point >= range.first && next.code_point <= range.second;
+            });
+        plain += is_plain ? text.substr(0, next.bytes) : "?";
+        text.remove_prefix(std::max<std::size_t>(next.bytes, 1));
     }
     return plain;
 }

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <stdexcept>
@@ -19,6 +20,15 @@ class Error : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
+
+/* A character of UTF-8 text; one of no bytes is none. */
+struct Character {
+    std::size_t bytes;
+    std::uint32_t code_point;
+};
+
+/* Returns the character that the text begins with. */
+Character first_character(std::string_view text);
 
 /* Returns the text as a terminal may be given it: one plain line, written from one side to the other. A question mark stands
    for each control character, of 7 or 8 bits, for each that breaks lines or turns the direction, and for each byte that is
@@ -44,8 +54,7 @@ public:
     /* A line that is not `shown` writes nothing. */
     ProgressLine(std::FILE *out, bool shown, Clock now = std::chrono::steady_clock::now);
     ~ProgressLine() { clear(); }
-    ProgressLine(const ProgressLine &) = delete;
-    ProgressLine &operator=(const ProgressLine &) = delete;
+    ProgressLine(ProgressLine &&) = delete;
 
     void update(const char *step, std::size_t done, std::size_t all);
     void clear();

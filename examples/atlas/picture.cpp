@@ -2,72 +2,8 @@
 #include "picture.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
-
-#include <unistd.h>
 
 namespace atlas {
-
-/* ---- the temporary file ---- */
-
-static std::string directory()
-{
-    const char *chosen = std::getenv("TMPDIR");
-    return chosen && *chosen ? chosen : "/tmp";
-}
-
-[[noreturn]] static void fail(const char *what, const char *why)
-{
-    throw Error("the temporary file in " + directory() + " cannot be " + what + ": " + why);
-}
-
-static int make_file()
-{
-    std::string path = directory() + "/atlas.XXXXXX";
-    const int descriptor = mkstemp(path.data());
-    if (descriptor < 0)
-        fail("made", std::strerror(errno));
-    unlink(path.c_str());
-    return descriptor;
-}
-
-TemporaryFile::~TemporaryFile()
-{
-    if (descriptor_ >= 0)
-        close(descriptor_);
-}
-
-void TemporaryFile::write(std::size_t offset, std::span<const std::uint8_t> bytes)
-{
-    if (descriptor_ < 0)
-        descriptor_ = make_file();
-    while (!bytes.empty()) {
-        const ssize_t wrote = pwrite(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (wrote < 0 && errno != EINTR)
-            fail("written", std::strerror(errno));
-        const auto done = static_cast<std::size_t>(std::max(wrote, ssize_t{0}));
-        bytes = bytes.subspan(done);
-        offset += done;
-    }
-}
-
-void TemporaryFile::read(std::size_t offset, std::span<std::uint8_t> bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t got = pread(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (got == 0)
-            fail("read", "it has become shorter");
-        if (got < 0 && errno != EINTR)
-            fail("read", std::strerror(errno));
-        const auto done = static_cast<std::size_t>(std::max(got, ssize_t{0}));
-        bytes = bytes.subspan(done);
-        offset += done;
-    }
-}
-
-/* ---- the picture ---- */
 
 void Picture::StoredTile::fill(std::span<std::uint8_t> body)
 {

@@ -14,11 +14,7 @@
 #ifndef ATLAS_PICTURE_H
 #define ATLAS_PICTURE_H
 
-#include <cstddef>
-#include <cstdint>
 #include <functional>
-#include <span>
-#include <string>
 #include <vector>
 
 #include <mova/cxx/block_pool.h>
@@ -26,26 +22,9 @@
 #include <mova/cxx/swap_cache.h>
 
 #include "canvas.h"
-#include "messages.h"
+#include "file.h"
 
 namespace atlas {
-
-/* A file that has no name: it lies in the directory for temporary files (TMPDIR, or /tmp) and is gone with the
-   process at the latest. It is made when it is first written to. */
-class TemporaryFile {
-public:
-    TemporaryFile() = default;
-    ~TemporaryFile();
-    TemporaryFile(const TemporaryFile &) = delete;
-    TemporaryFile &operator=(const TemporaryFile &) = delete;
-
-    /* Both throw Error where they fail. What is read must have been written. */
-    void write(std::size_t offset, std::span<const std::uint8_t> bytes);
-    void read(std::size_t offset, std::span<std::uint8_t> bytes);
-
-private:
-    int descriptor_ = -1;
-};
 
 /* Wide and low: a row of a large picture needs few tiles. Those at the right and the lower edge may be smaller. */
 constexpr Size tile_size = {512, 32};
@@ -63,8 +42,7 @@ public:
        file fails, and so does `read_row`. */
     Picture(Size size, std::size_t cache_budget, const std::function<void(const Tile &)> &paint,
             const Progress &progress);
-    Picture(const Picture &) = delete;
-    Picture &operator=(const Picture &) = delete;
+    Picture(Picture &&) = delete;
 
     Size size() const { return size_; }
 

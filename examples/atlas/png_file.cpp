@@ -2,11 +2,8 @@
 #include "picture.h"
 
 #include <csetjmp>
-#include <vector>
 
 #include <png.h>
-
-#include "file.h"
 
 namespace atlas {
 
@@ -23,21 +20,24 @@ public:
             png_set_write_fn(png_, &bytes_, append, nullptr);
     }
     ~Encoder() { png_destroy_write_struct(&png_, &info_); }
-    Encoder(const Encoder &) = delete;
-    Encoder &operator=(const Encoder &) = delete;
+    Encoder(Encoder &&) = delete;
 
     /* Returns whether it worked. */
     bool encode(Picture &picture, const std::vector<png_color> &colours, const Progress &progress)
     {
         if (!info_ || setjmp(png_jmpbuf(png_)))
             return false;
-        encode_header(picture.size(), colours);
-        const Size size = picture.size();
-        row_.resize(static_cast<std::size_t>(size.width));
-        for (int y = 0; y < size.height; ++y) {
-            picture.read_row(y, row_.data());
+        const auto width = static_cast<png_uint_32>(picture.size().width);
+        const auto height = static_cast<png_uint_32>(picture.size().height);
+        png_set_IHDR(png_, info_, width, height, 8, PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE,
+                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        png_set_PLTE(png_, info_, colours.data(), static_cast<int>(colours.size()));
+        png_write_info(png_, info_);
+        row_.resize(width);
+        for (png_uint_32 y = 0; y < height; ++y) {
+            picture.read_row(static_cast<int>(y), row_.data());
             png_write_row(png_, row_.data());
-            progress("writing", static_cast<std::size_t>(y), static_cast<std::size_t>(size.height));
+            progress("writing", y, height);
         }
         png_write_end(png_, info_);
         return true;
@@ -46,14 +46,6 @@ public:
     const std::vector<std::uint8_t> &bytes() const { return bytes_; }
 
 private:
-    void encode_header(Size size, const std::vector<png_color> &colours)
-    {
-        png_set_IHDR(png_, info_, static_cast<png_uint_32>(size.width), static_cast<png_uint_32>(size.height), 8,
-                     PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-        png_set_PLTE(png_, info_, colours.data(), static_cast<int>(colours.size()));
-        png_write_info(png_, info_);
-    }
-
     static void append(png_structp png, png_bytep data, png_size_t size)
     {
         auto *bytes = static_cast<std::vector<std::uint8_t> *>(png_get_io_ptr(png));

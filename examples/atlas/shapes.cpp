@@ -1,13 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 #include "shapes.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstdint>
-#include <memory>
 #include <span>
-#include <utility>
-#include <vector>
 
 namespace atlas {
 
@@ -66,12 +60,6 @@ static Points with_seams(const Points &ring, std::vector<std::size_t> &seams)
     return all;
 }
 
-/* A cut leaves the seam at both of its sides: at the end of a piece, the seam lies on the other side of the map. */
-static void end_at_other_side(Points &piece)
-{
-    piece.back().longitude *= -1;
-}
-
 static Angle nearer_pole(const Points &ring)
 {
     std::int64_t sum = 0;
@@ -93,15 +81,15 @@ static void close_piece(Shapes &shapes, Points piece, Angle pole)
     shapes.append(std::make_unique<Points>(std::move(piece)));
 }
 
-/* Cuts the piece at the seams, which lie at those positions less `start`. A split is linear in what it takes off, so
-   the piece is halved, not peeled. */
+/* Cuts the piece at the seams, which lie at those positions less `start`. A cut leaves the seam at both of its sides: at the end
+   of a piece it lies on the other side of the map. A split is linear in what it takes off, so the piece is halved, not peeled. */
 static void cut_at(Shapes &shapes, Points piece, std::span<const std::size_t> seams, std::size_t start, Angle pole)
 {
     if (seams.empty())
         return close_piece(shapes, std::move(piece), pole);
     const std::size_t middle = seams.size() / 2;
     Points rest = piece.split(seams[middle] - start);
-    end_at_other_side(piece);
+    piece.back().longitude *= -1;
     cut_at(shapes, std::move(piece), seams.first(middle), start, pole);
     cut_at(shapes, std::move(rest), seams.subspan(middle + 1), seams[middle], pole);
 }
@@ -111,13 +99,11 @@ static void append_ring(Shapes &shapes, const Ring &path)
     Points whole = joined(path);
     std::vector<std::size_t> seams;
     Points ring = with_seams(whole, seams);
-    if (seams.empty()) {
-        shapes.append(std::make_unique<Points>(std::move(whole)));
-        return;
-    }
+    if (seams.empty())
+        return static_cast<void>(shapes.append(std::make_unique<Points>(std::move(whole))));
     const Angle pole = nearer_pole(whole);
     ring.open_at(seams.front());
-    end_at_other_side(ring);
+    ring.back().longitude *= -1;
     cut_at(shapes, std::move(ring), std::span(seams).subspan(1), seams.front(), pole);
 }
 
@@ -133,13 +119,6 @@ Shapes shapes_of(const Polygon &polygon)
     Shapes shapes;
     for (const Ring *ring : polygon)
         append_ring(shapes, *ring);
-    return shapes;
-}
-
-Shapes shapes_of(const Ring &ring)
-{
-    Shapes shapes;
-    append_ring(shapes, ring);
     return shapes;
 }
 
@@ -169,7 +148,9 @@ constexpr std::int64_t whole_globe = std::int64_t{2} * 360 << area_bits;
 static std::int64_t area(const Ring &ring)
 {
     std::int64_t sum = 0;
-    for_each_side(shapes_of(ring), [&](Point from, Point to) {
+    Shapes shapes;
+    append_ring(shapes, ring);
+    for_each_side(shapes, [&](Point from, Point to) {
         const std::int64_t across = std::int64_t{from.longitude} - to.longitude;
         const std::int64_t below = across * (sine(from.latitude) + sine(to.latitude));
         sum += (below + (std::int64_t{1} << (dropped_bits - 1))) >> dropped_bits;

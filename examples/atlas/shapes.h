@@ -27,11 +27,10 @@ namespace atlas {
 /* Outlines, each a ring: its last point is joined to its first. */
 using Shapes = Owned<Points>;
 
-/* Returns what a country, a polygon or a ring covers, as shapes: the places that an odd number of them enclose. So holes stay
-   open. A ring that goes round a pole takes in the pole that its points are nearer to, on average. */
+/* Returns what a country or a polygon covers, as shapes: the places that an odd number of them enclose. So holes stay open. A
+   ring that goes round a pole takes in the pole that its points are nearer to, on average. */
 Shapes shapes_of(const Country &country);
 Shapes shapes_of(const Polygon &polygon);
-Shapes shapes_of(const Ring &ring);
 
 /* Calls `visit` with both ends of each side. */
 template <class Visit>

@@ -11,8 +11,7 @@
 #include <mova/cxx/id_table.h>
 #include <nlohmann/json.hpp>
 
-#include "neighbours.h"
-#include "messages.h"
+#include "colours.h"
 
 namespace atlas {
 
@@ -231,12 +230,9 @@ static Points read_points(const json &positions, const std::optional<Transform> 
         for (const std::size_t i : {0u, 1u}) {
             if (!transform)
                 position[i] = fine(each[i], "a position");
-            else if (__builtin_add_overflow(quantised[i], whole(each[i], "a position"), &quantised[i]))
-                throw Error(outside);
-        }
-        for (std::size_t i = 0; transform && i < 2; ++i) {
-            if (__builtin_mul_overflow(quantised[i], transform->scale[i], &position[i]) ||
-                __builtin_add_overflow(position[i], transform->translate[i], &position[i]))
+            else if (__builtin_add_overflow(quantised[i], whole(each[i], "a position"), &quantised[i]) ||
+                     __builtin_mul_overflow(quantised[i], transform->scale[i], &position[i]) ||
+                     __builtin_add_overflow(position[i], transform->translate[i], &position[i]))
                 throw Error(outside);
         }
         points.append(point_at(position));
@@ -382,10 +378,15 @@ static void read_objects(const json &objects, OutlineReader &reader)
 /* As a transform makes of any file that scales by nothing. */
 static bool is_one_point(const Topology &topology)
 {
-    const Point first = topology.arcs.front()->points.front();
-    return std::ranges::all_of(topology.arcs, [=](const Arc *arc) {
-        return std::ranges::all_of(arc->points, [=](const Point &point) { return point == first; });
-    });
+    const Point *first = nullptr;
+    for (const Arc *arc : topology.arcs) {
+        if (arc->use == ArcUse::none)
+            continue;
+        first = first ? first : &arc->points.front();
+        if (std::ranges::count(arc->points, *first) != std::ssize(arc->points))
+            return false;
+    }
+    return true;
 }
 
 Topology decode_topology(std::string_view text, const Progress &progress)
@@ -401,9 +402,9 @@ Topology decode_topology(std::string_view text, const Progress &progress)
     read_objects(member(root, "objects", "the topology"), reader);
     if (topology.countries.empty())
         throw Error("nothing to draw: no geometry has outlines");
+    find_borders(topology);
     if (is_one_point(topology))
         topology.warnings.emplace_back("all of its points are one point: there is little to see");
-    find_borders(topology);
     return topology;
 }
 

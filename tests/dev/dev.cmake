@@ -97,7 +97,7 @@ endif()
 
 # A source that is another's, or that only may be read.
 file(COPY ${SOURCE}/dev DESTINATION ${place}/source)
-file(COPY ${SOURCE}/examples/atlas/options.cpp DESTINATION ${place}/source/examples/atlas)
+file(COPY ${SOURCE}/examples/atlas/main.cpp DESTINATION ${place}/source/examples/atlas)
 file(MAKE_DIRECTORY ${place}/mine)
 file(CHMOD ${place}/mine PERMISSIONS OWNER_WRITE OWNER_EXECUTE WORLD_WRITE WORLD_EXECUTE)
 file(CHMOD_RECURSE ${place}/source PERMISSIONS OWNER_READ OWNER_EXECUTE WORLD_READ WORLD_EXECUTE)

@@ -1,6 +1,8 @@
 /* SPDX-License-Identifier: MIT */
 #include "canvas.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "pixels.h"
@@ -46,4 +48,18 @@ TEST(Canvas, DrawsEachPixelOnceAndKnowsWhenAllAreDrawn)
         EXPECT_EQ(x >= 60 && x < 140 ? 1 : 2, pixels.at({x, 8})) << x;
         EXPECT_EQ(x <= 100 ? 1 : 2, pixels.at({x, 9})) << x;
     }
+}
+
+/* Of 100 spans in a row that has been drawn, each comes to blocks of columns, not to columns, though all of those are open. */
+TEST(Canvas, PassesOverRowsThatAreDrawnWhereOthersAreNot)
+{
+    Pixels pixels(6400, 2);
+    Canvas canvas(pixels.tile());
+    const PenInHand pen(canvas, 1);
+    canvas.span(canvas.rows(0, 1), 0, 6400);
+    const std::size_t before = canvas.steps();
+    for (int i = 0; i < 100; ++i)
+        canvas.span(canvas.rows(0, 1), i, 6400 - i);
+    EXPECT_GE(100u * (6400 / 64 + 2 * 64), canvas.steps() - before);
+    EXPECT_EQ(6400, std::count(pixels.bytes().begin(), pixels.bytes().end(), 1));
 }

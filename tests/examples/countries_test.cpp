@@ -35,7 +35,7 @@ std::vector<std::int32_t> numbers(const AreaIndex &index)
 {
     std::vector<std::int32_t> all;
     for (const Summary &summary : index)
-        all.push_back(summary.number);
+        all.push_back(summary.rank.number);
     return all;
 }
 
@@ -105,7 +105,7 @@ TEST(AreaIndex, AddsUpACountryAndKnowsItsLargestPolygon)
     const AreaIndex index = index_by_area(topology);
     const Summary &summary = index.front();
     EXPECT_EQ(*++summary.country->polygons.begin(), summary.largest);
-    EXPECT_NEAR(6182 * 21.0, static_cast<double>(summary.area), 1000);
+    EXPECT_NEAR(6182 * 21.0, static_cast<double>(summary.rank.area), 1000);
 }
 
 TEST(AreaIndex, OfALineHasNoArea)
@@ -113,7 +113,7 @@ TEST(AreaIndex, OfALineHasNoArea)
     const Topology topology = decode(world_of("LineString", "[0]", "[[0,0],[9,9]]"));
     const AreaIndex index = index_by_area(topology);
     const Summary &summary = index.front();
-    EXPECT_EQ(0, summary.area);
+    EXPECT_EQ(0, summary.rank.area);
     EXPECT_EQ(nullptr, summary.largest);
 }
 

@@ -171,6 +171,8 @@ TEST(Decoding, WarnsOfWhatIsOdd)
         {with_transform(unit, line), {}},
         {with_transform(collapsed, line), {one_point}},
         {world_of("LineString", "[0]", "[[3,4],[3,4]]"), {one_point}},
+        {world_of("LineString", "[1]", "[[0,0],[1,1]],[[3,4],[3,4]]"), {one_point}},
+        {world_of("MultiLineString", "[[0],[1]]", "[[0,0],[0,0]],[[3,4],[3,4]]"), {}},
         {twice, {"an object has several \"type\": the last one counts"}}};
     for (const auto &[text, warnings] : cases)
         EXPECT_EQ(warnings, decode(text).warnings) << text;

@@ -90,7 +90,7 @@ TEST(Labels, LieInsideTheirCountriesInTheShippedWorlds)
             int inside = 0;
             for (int y = box.top; y < box.top + box.height; ++y)
                 for (int x = box.left; x < box.left + box.width; ++x)
-                    inside += map.at({x, y}) == label.summary.number + 1;
+                    inside += map.at({x, y}) == label.rank.number + 1;
             EXPECT_EQ(box.width * box.height, inside) << label.text;
         }
     }
@@ -103,7 +103,7 @@ TEST(Labels, AreAllApartInTheShippedWorld)
     for (std::size_t i = 0; i < labels.size(); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
             EXPECT_TRUE(apart(labels[i].box, labels[j].box, 3)) << labels[i].text << labels[j].text;
-            EXPECT_GE(labels[j].summary.area, labels[i].summary.area);
+            EXPECT_GE(labels[j].rank.area, labels[i].rank.area);
         }
     }
 }
@@ -141,7 +141,7 @@ TEST(Labels, AreDrawnTwiceAsLargeOnAMapThatIsTwiceAsWide)
     const Topology topology = world_of_lands({{"Ab", 0, 0, 30, 20}});
     const auto pixels = [&](int width) {
         Pixels picture(width, width / 2);
-        const Labels labels(topology, {width, width / 2}, no_progress);
+        Labels labels(topology, {width, width / 2}, no_progress);
         draw_in_bands(picture.tile(), [&](Canvas &canvas) { labels.draw(canvas); });
         return std::count(picture.bytes().begin(), picture.bytes().end(), 1);
     };
@@ -209,7 +209,7 @@ TEST(Labels, AreDrawnDotForDotAndLinesCentred)
 {
     const Topology topology = world_of_lands({{"I ab", 0, 0, 14, 20}});
     Pixels picture(360, 180);
-    const Labels labels(topology, {360, 180}, no_progress);
+    Labels labels(topology, {360, 180}, no_progress);
     draw_in_bands(picture.tile(), [&](Canvas &canvas) { labels.draw(canvas); });
     std::string drawn;
     for (int y = 71; y < 89; ++y, drawn += '\n')

@@ -98,7 +98,7 @@ TEST_F(Progress, CountsGigabytes)
     EXPECT_EQ("atlas: a 50 %", text());
 }
 
-/* What a terminal would act upon: controls of 7 and 8 bits, line breaks, directions, what is no UTF-8. */
+/* What a terminal would act upon: controls of 7 and 8 bits, line breaks, directions, what shows nothing, what is no UTF-8. */
 TEST(Printable, IsOnePlainLine)
 {
     const std::pair<std::string_view, std::string_view> cases[] = {
@@ -112,6 +112,8 @@ TEST(Printable, IsOnePlainLine)
          "?2J"},
         {"\u061c\u200e\u200f\u202a\u202b\u202c\u202d\u202e\u2066\u2067\u2068\u2069", "????????????"},
         {"\u200d\u2010\u2027\u2028\u2029\u2030\u206a", "\u200d\u2010\u2027??\u2030\u206a"},
+        {"a\u00ad\u180e\u200b\u200c\u2060\ufeff\ufff9\U000e0041b", "a???\u200c????b"},
+        {"\xed\xa0\x80\xf4\x90\x80\x80", "???????"},
         {"\xc3", "?"},
         {"\xe2\x80", "??"},
         {"\xc0\x9b", "??"},

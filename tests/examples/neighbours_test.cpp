@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-#include "neighbours.h"
+#include "colours.h"
 
 #include <map>
 #include <set>
