@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT */
-/* The rows of the block array. Its record is the program's, lies anywhere, and is copied at will: nothing is noted of it. What
-   is said of an array follows from its fields, and from what is known of its storage. */
+/* The rows of the block array. Its record is the program's, lies anywhere, and is copied at will: nothing is noted of it but
+   which thread uses it. What is said of an array follows from its fields, and from what is known of its storage. */
 #ifndef MOVA_CHECKED_BLOCK_ARRAY_H
 #define MOVA_CHECKED_BLOCK_ARRAY_H
 
@@ -10,9 +10,25 @@
 #include <mova/arrays/block_array.h>
 #include <mova/arrays/internal/invariants.h>
 
+#include <iterator>
+
 namespace mova::checked {
 
+inline constexpr family block_array = {"array", "block array", "block", false, nullptr, nullptr, nullptr};
+
 namespace gb {
+
+/* The owner that the address of a record has the place of; another's may be in it. */
+inline owner_number user_of(const GB_block *array)
+{
+    static owner_number users[64];
+    const auto address = reinterpret_cast<uintptr_t>(array);
+    owner_number &number = users[(address / alignof(GB_block) ^ address >> 12) % std::size(users)];
+    if (number == 0)
+        number = new_owner(block_array, nullptr);
+    owner_at(number).container = array;
+    return number;
+}
 
 constexpr int32_t most_elements = std::numeric_limits<int32_t>::max();
 
@@ -28,8 +44,6 @@ inline void show(call &made, const GB_block *array)
 /* A count below 0 is what the removal of the last element of none leaves. That was said. */
 inline void judge(call &made, const GB_block *array)
 {
-    if (!array)
-        return made.wrong().say("the array is null");
     const entry *const storage = array->data ? find(array->data) : nullptr;
     const bool has_elements = array->capacity > 0 || array->count > 0;
     if (has_elements && storage && !storage->live && storage->what == kind::block && sees_every_block())
@@ -41,18 +55,32 @@ inline void judge(call &made, const GB_block *array)
     show(made, array);
 }
 
-template <int Argument>
-struct array : role {
-    static void before(call &made, const auto &arguments) { judge(made, std::get<Argument>(arguments)); }
-};
-
-/* Of a record that the function fills, or only writes to. */
+/* A record that the function fills, or only looks at. */
 template <int Argument>
 struct record : role {
-    static void before(call &made, const auto &arguments)
+    constexpr explicit record(use does) : how(does) {}
+
+    void before(call &made, const auto &arguments) const
     {
-        if (!std::get<Argument>(arguments))
+        const GB_block *const given = std::get<Argument>(arguments);
+        if (given)
+            made.enters(user_of(given), how, Argument);
+        else
             made.wrong().say("the array is null");
+    }
+
+    use how;
+};
+
+template <int Argument>
+struct array : record<Argument> {
+    using record<Argument>::record;
+
+    void before(call &made, const auto &arguments) const
+    {
+        record<Argument>::before(made, arguments);
+        if (!made.is_wrong())
+            judge(made, std::get<Argument>(arguments));
     }
 };
 
@@ -61,7 +89,9 @@ struct released_record : role {
     static void before(call &made, const auto &arguments)
     {
         const GB_block *const given = std::get<0>(arguments);
-        if (!given || given->capacity > 0)
+        if (!given)
+            made.wrong().say("the array is null");
+        else if (given->capacity > 0)
             judge(made, given);
     }
 };
@@ -162,41 +192,41 @@ struct joins : role {
     }
 };
 
-inline constexpr array<0> array_0;
-inline constexpr array<1> array_1;
-inline constexpr record<0> record_0;
+inline constexpr array<0> edit{use::edit}, read{use::read};
+inline constexpr array<1> source{use::read}, other{use::edit};
+inline constexpr record<0> fill{use::edit}, look{use::read};
 inline constexpr index element{false}, element_or_end{true};
 
 } // namespace gb
 
 namespace rows {
 
-inline constexpr row GB_init{gb::record_0};
-inline constexpr row GB_set_inc{gb::record_0};
-inline constexpr row GB_set_number_of_elements{gb::array_0};
+inline constexpr row GB_init{gb::fill};
+inline constexpr row GB_set_inc{gb::fill};
+inline constexpr row GB_set_number_of_elements{gb::edit};
 inline constexpr row GB_release{gb::released_record{}};
-inline constexpr row GB_make_empty{gb::record_0};
-inline constexpr row GB_set_closed{gb::record_0};
-inline constexpr row GB_reset_closed{gb::record_0};
-inline constexpr row GB_count_items{gb::record_0};
+inline constexpr row GB_make_empty{gb::fill};
+inline constexpr row GB_set_closed{gb::fill};
+inline constexpr row GB_reset_closed{gb::fill};
+inline constexpr row GB_count_items{gb::look};
 
-inline constexpr row GB_append_after_last{gb::array_0, gb::one_more_element<1>{}};
-inline constexpr row GB_append_block{gb::array_0, gb::array_1, gb::two_arrays{}, gb::one_size{}, gb::joins{}};
-inline constexpr row GB_remove_last_item{gb::array_0, gb::has_last{}};
-inline constexpr row GB_replace_item{gb::array_0, gb::element, gb::replaces{}};
-inline constexpr row GB_insert_item{gb::array_0, gb::element_or_end, gb::one_more_element<2>{}};
-inline constexpr row GB_remove_item{gb::array_0, gb::element};
+inline constexpr row GB_append_after_last{gb::edit, gb::one_more_element<1>{}};
+inline constexpr row GB_append_block{gb::edit, gb::source, gb::two_arrays{}, gb::one_size{}, gb::joins{}};
+inline constexpr row GB_remove_last_item{gb::edit, gb::has_last{}};
+inline constexpr row GB_replace_item{gb::edit, gb::element, gb::replaces{}};
+inline constexpr row GB_insert_item{gb::edit, gb::element_or_end, gb::one_more_element<2>{}};
+inline constexpr row GB_remove_item{gb::edit, gb::element};
 
-inline constexpr row GB_advance{gb::array_0};
+inline constexpr row GB_advance{gb::read};
 inline constexpr row GB_get_index{role{}};
 
-inline constexpr row GB_copy{gb::record_0, gb::array_1, gb::two_arrays{}};
-inline constexpr row GB_copy_into{gb::array_0, gb::array_1, gb::one_size{}};
-inline constexpr row GB_reverse{gb::array_0};
+inline constexpr row GB_copy{gb::fill, gb::source, gb::two_arrays{}};
+inline constexpr row GB_copy_into{gb::edit, gb::source, gb::one_size{}};
+inline constexpr row GB_reverse{gb::edit};
 
-inline constexpr row GB_make_open_at_position{gb::array_0};
-inline constexpr row GB_remove_and_get_end_part{gb::record_0, gb::array_1, gb::two_arrays{}};
-inline constexpr row GB_roll{gb::array_0};
+inline constexpr row GB_make_open_at_position{gb::edit};
+inline constexpr row GB_remove_and_get_end_part{gb::fill, gb::other, gb::two_arrays{}};
+inline constexpr row GB_roll{gb::edit};
 
 } // namespace rows
 

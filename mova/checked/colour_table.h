@@ -7,12 +7,41 @@
 #include "internal/roles.h"
 
 #include <mova/clut/colour_table.h>
+#include <mova/clut/internal/table_state.h>
 
 #include <cstring>
 
 namespace mova::checked {
 
+inline constexpr family colour_table = {
+    "colour table", "colour table", "colour", false, nullptr, nullptr, nullptr,
+};
+
 namespace clut {
+
+/* The table. It is there from the start, and never released. */
+inline owner_number the_table()
+{
+    static owner_number number;
+    if (number == 0) {
+        number = new_owner(colour_table, nullptr);
+        owner_at(number).container = &::mova::clut::table;
+    }
+    return number;
+}
+
+struct entered : role {
+    constexpr explicit entered(use does) : how(does) {}
+
+    void before(call &made, const auto &) const { made.enters(the_table(), how); }
+
+    use how;
+};
+
+/* RGBLUT_init. */
+struct made_anew : role {
+    static void before(call &made, const auto &) { owner_at(the_table()).made = made.where(); }
+};
 
 /* A negative index raises nothing, and is outside the table. */
 template <int Argument>
@@ -56,21 +85,22 @@ struct stored : role {
     }
 };
 
-inline constexpr role nothing;
+inline constexpr entered read{use::read}, edit{use::edit};
 
 } // namespace clut
 
 namespace rows {
 
-inline constexpr row RGBLUT_init{clut::outside_callbacks{}};
-inline constexpr row CLUT_alloc{clut::index<0>{}};
-inline constexpr row CLUT_new_index{clut::nothing};
-inline constexpr row CLUT_release_index{clut::index<0>{}};
-inline constexpr row CLUT_set{clut::index<0>{}};
-inline constexpr row CLUT_set_RGB{clut::index<0>{}, clut::component<1>{}, clut::component<2>{}, clut::component<3>{}};
-inline constexpr row CLUT_get{clut::index<0>{}, clut::stored<1>{}, clut::stored<2>{}, clut::stored<3>{}};
-inline constexpr row CLUT_copy{clut::index<0>{}, clut::index<1>{}};
-inline constexpr row CLUT_statistics{clut::nothing};
+inline constexpr row RGBLUT_init{clut::outside_callbacks{}, clut::edit, clut::made_anew{}};
+inline constexpr row CLUT_alloc{clut::edit, clut::index<0>{}};
+inline constexpr row CLUT_new_index{clut::edit};
+inline constexpr row CLUT_release_index{clut::edit, clut::index<0>{}};
+inline constexpr row CLUT_set{clut::edit, clut::index<0>{}};
+inline constexpr row CLUT_set_RGB{clut::edit, clut::index<0>{}, clut::component<1>{}, clut::component<2>{},
+                                  clut::component<3>{}};
+inline constexpr row CLUT_get{clut::read, clut::index<0>{}, clut::stored<1>{}, clut::stored<2>{}, clut::stored<3>{}};
+inline constexpr row CLUT_copy{clut::edit, clut::index<0>{}, clut::index<1>{}};
+inline constexpr row CLUT_statistics{clut::read};
 
 } // namespace rows
 

@@ -142,19 +142,23 @@ struct sizes : role {
 };
 
 /* A new key would double the largest table. */
+inline void judge_room(call &made, const HSH_table *table, mova_word key)
+{
+    if (table->capacity != static_cast<int32_t>(most_slots) || table->count < table->high_water_mark)
+        return;
+    const size_t home = hash::home_of(table, key);
+    if (table->keys[home] != key &&
+        !table->keys[hash::probe_one_by_one(table->keys, hash::mask_of(table), home, key)]) {
+        made.wrong().say("the table would have more than 2^30 slots");
+        made.wrong().show_container(made.used(0));
+    }
+}
+
 struct room : role {
     static void before(call &made, const auto &arguments)
     {
-        const HSH_table *const table = std::get<0>(arguments);
-        if (made.used(0) == 0 || table->capacity != static_cast<int32_t>(most_slots) ||
-            table->count < table->high_water_mark)
-            return;
-        const size_t home = hash::home_of(table, std::get<1>(arguments));
-        if (table->keys[home] != std::get<1>(arguments) &&
-            !table->keys[hash::probe_one_by_one(table->keys, hash::mask_of(table), home, std::get<1>(arguments))]) {
-            made.wrong().say("the table would have more than 2^30 slots");
-            made.wrong().show_container(made.used(0));
-        }
+        if (made.used(0) != 0)
+            judge_room(made, std::get<0>(arguments), std::get<1>(arguments));
     }
 };
 

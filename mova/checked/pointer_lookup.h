@@ -50,6 +50,16 @@ struct gone_or_null : role {
     }
 };
 
+/* The pair in front goes into the table. */
+struct room : role {
+    static void before(call &made, const auto &arguments)
+    {
+        const mova_lookup *const lookup = std::get<0>(arguments);
+        if (made.used(0) != 0 && lookup->front_key != 0)
+            hsh::judge_room(made, lookup->table, lookup->front_key);
+    }
+};
+
 inline constexpr container<0, pointer_lookup> read{use::read}, edit{use::edit};
 
 } // namespace lu
@@ -57,7 +67,7 @@ inline constexpr container<0, pointer_lookup> read{use::read}, edit{use::edit};
 namespace rows {
 
 inline constexpr row mova_lu_create{lu::makes_lookup{}};
-inline constexpr row mova_lu_add{lu::edit, hsh::key{}};
+inline constexpr row mova_lu_add{lu::edit, hsh::key{}, lu::room{}};
 inline constexpr row mova_lu_get{lu::read};
 inline constexpr row mova_lu_remove{lu::edit};
 inline constexpr row mova_lu_release{lu::gone_or_null{}};

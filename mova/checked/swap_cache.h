@@ -1,6 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-/* The rows of the swap cache. Of the blocks in its pool the pool itself is asked: the default host's, which answers without
-   being seen. Another's is left alone. */
+/* The rows of the swap cache. Of the blocks in its pool the pool itself is asked, where it is the checked host's. */
 #ifndef MOVA_CHECKED_SWAP_CACHE_H
 #define MOVA_CHECKED_SWAP_CACHE_H
 
@@ -20,7 +19,7 @@ namespace cc {
 /* Whether a handle surely names no live block of the pool. */
 inline bool is_stale(mb_pool *pool, mb_handle handle)
 {
-    return handle != 0 && pool && has_default_pools() && !mb_get(pool, handle);
+    return handle != 0 && pool && has_checked_pools() && !mova_checked_look_at_block(pool, handle);
 }
 
 inline int broken_invariant(const cc_cache &cache)

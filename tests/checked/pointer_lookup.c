@@ -73,6 +73,17 @@ static void zero_key(int misused)
     mova_lu_release(&lookup, NULL);
 }
 
+static void too_many_slots(int misused)
+{
+    mova_lookup *lookup = three_keys();
+    if (misused) {
+        lookup->table->capacity = 1 << 30;
+        lookup->table->high_water_mark = lookup->table->count;
+    }
+    mova_lu_add(lookup, 4, 4);
+    mova_lu_release(&lookup, NULL);
+}
+
 static void damaged_table(int misused)
 {
     mova_lookup *lookup = three_keys();
@@ -86,6 +97,7 @@ static const misuse_cell cells[] = {
     {"never created", 2, "mova_lu_get: the lookup was never created", never_created},
     {"released twice", 2, "mova_lu_release: the lookup was released", released_twice},
     {"lookup of another family", 2, "mova_lu_remove: the lookup is of another family", lookup_of_another_family},
+    {"too many slots", 7, "mova_lu_add: the table would have more than 2^30 slots", too_many_slots},
     {"edited by release", 9, "mova_lu_remove: the lookup is calling back in mova_lu_release", edited_by_release},
     {"key 0", 11, "mova_lu_add: the key is 0", zero_key},
     {"damaged table", 13, "mova_lu_release: the lookup breaks its invariant 4", damaged_table},

@@ -267,6 +267,34 @@ static void edited_by_test(int misused)
     release(list);
 }
 
+static void *reverse_it(void *list)
+{
+    SL_reverse(list);
+    return NULL;
+}
+
+static void *copy_while_another_edits(void *item)
+{
+    static record copies[3];
+    static int count;
+    if (edited)
+        in_a_thread(reverse_it, edited);
+    edited = NULL;
+    (void)item;
+    return &copies[count++];
+}
+
+static void copied_and_edited(int misused)
+{
+    SL_list *list = list_of(0, 3), *other = list_of(3, 4), *copy;
+    in_a_thread(do_nothing, NULL);
+    edited = misused ? list : other;
+    copy = SL_total_copy(list, copy_while_another_edits);
+    release(copy);
+    release(list);
+    release(other);
+}
+
 static void damaged_links(int misused)
 {
     SL_list *list = list_of(0, 3);
@@ -300,6 +328,7 @@ static const misuse_cell cells[] = {
     {"too many items", 7, "SL_append_after_last: the list would hold more than 2147483647 items", too_many_items},
     {"edited by free", 9, "SL_remove_item: the list is calling back in SL_make_empty", edited_by_free},
     {"edited by test", 9, "SL_reverse: the list is calling back in SL_next_item", edited_by_test},
+    {"copied and edited", 10, "SL_total_copy: another thread used the list meanwhile", copied_and_edited},
     {"damaged links", 13, "SL_total_release: the list breaks its invariant 4", damaged_links},
 };
 

@@ -220,6 +220,20 @@ static void body_was_freed(int misused)
     end(cache);
 }
 
+/* There is room for the third block only where the second is moved. */
+static void body_was_moved(int misused)
+{
+    cc_cache *cache = two_entries();
+    mb_handle first = cc_alloc(cache, 2048), second = cc_alloc(cache, 1024), third;
+    char *body = mb_get(cache->pool, second);
+    cc_free(cache, &first);
+    third = cc_alloc(cache, 3000);
+    *(misused ? body : (char *)mb_get(cache->pool, second)) = 1;
+    cc_free(cache, &third);
+    cc_free(cache, &second);
+    end(cache);
+}
+
 /* ---- callbacks, damage ---- */
 
 static void removed_by_its_fetch(int misused)
@@ -276,6 +290,33 @@ static void emptied_by_its_fetch(int misused)
     end(cache);
 }
 
+static void *put_behind(void *cache)
+{
+    cc_lazy_swap_out(cache, ((cc_cache *)cache)->last);
+    return NULL;
+}
+
+/* Another thread is in the cache while a body is written back. */
+static cc_cache *entered;
+
+static void write_back_while_another_edits(void *item, void *block)
+{
+    (void)item, (void)block;
+    in_a_thread(put_behind, entered);
+}
+
+static void written_back_and_edited(int misused)
+{
+    cc_cache *cache = two_entries(), *other = two_entries();
+    mb_handle handle = cc_alloc(cache, 64);
+    cc_entry *entry = cc_insert(cache, &items[0], handle, size_of, fetch, write_back_while_another_edits, let_go);
+    in_a_thread(do_nothing, NULL);
+    entered = misused ? cache : other;
+    cc_swap_out(cache, entry);
+    end(other);
+    end(cache);
+}
+
 static void damaged_links(int misused)
 {
     cc_cache *cache = two_entries();
@@ -326,12 +367,16 @@ static const misuse_cell cells[] = {
     {"foreign handle", 12, "cc_insert: the handle names no block of the cache's pool", foreign_handle},
     {"pool was released", 12, "cc_get: the cache's pool was released", pool_was_released},
     {"body was freed", 12, "cc_get: the entry's block was freed", body_was_freed},
+#if defined __x86_64__
+    {"body was moved", 12, "fault: a block is touched where it lay before its pool moved blocks", body_was_moved},
+#endif
     {"removed by its fetch", 9, "cc_remove: the entry's cache is calling back in cc_get", removed_by_its_fetch},
     {"removed by a write back", 9, "cc_remove: the entry's cache is calling back in cc_swap_out",
      removed_by_a_write_back},
     {"removed while flushed", 9, "cc_remove: the entry's cache is calling back in cc_flush", removed_while_flushed},
     {"removed for room", 9, "cc_remove: the entry's cache is calling back in cc_alloc", removed_for_room},
     {"emptied by its fetch", 9, "cc_make_empty: the cache is calling back in cc_get", emptied_by_its_fetch},
+    {"written back and edited", 10, "cc_swap_out: another thread used the cache meanwhile", written_back_and_edited},
     {"damaged links", 13, "cc_make_empty: the cache breaks its invariant 1", damaged_links},
     {"damaged end", 13, "cc_make_empty: the cache breaks its invariant 2", damaged_end},
     {"damaged status", 13, "cc_make_empty: the cache breaks its invariant 3", damaged_status},

@@ -9,6 +9,8 @@
 #ifndef MOVA_CHECKED_INTERNAL_BLOCKS_H
 #define MOVA_CHECKED_INTERNAL_BLOCKS_H
 
+#include <mova/frame/host.h>
+
 #include <cstddef>
 
 namespace mova::checked {
@@ -22,6 +24,9 @@ struct block_misuse {
     size_t size;
     const void *made, *released;
 };
+
+/* What released memory is filled with: no word of it is an address on 64-bit. */
+constexpr int pattern_of_the_released = 0xDF;
 
 /* Whose blocks a visit of all that live is told of. */
 using block_visitor = void (*)(const void *block, size_t size, const void *made, void *context);
@@ -44,6 +49,16 @@ __attribute__((weak)) void *mova_checked_reallocate(void *item, size_t old_size,
 /* Whether a pool was released, of late; stores the place where. */
 __attribute__((weak)) bool mova_checked_pool_was_released(const void *pool, const void **where);
 
+/* Whether that function is the checked pools'. */
+__attribute__((weak)) bool mova_checked_is_pool_service(void *(*get)(mb_pool *, mb_handle));
+
+/* As mb_get, and says nothing. */
+__attribute__((weak)) void *mova_checked_look_at_block(mb_pool *pool, mb_handle handle);
+
+/* What it means that a program must not touch the address, or null; stores the place of the call since which that is so. Takes
+   no lock. */
+__attribute__((weak)) const char *mova_checked_explain_fault(const void *address, const void **where);
+
 /* Looks at the guards of what lives and at what was released: the program ends. Then names what lives. */
 __attribute__((weak)) void mova_checked_close_blocks(mova::checked::block_visitor visit, void *context);
 
@@ -54,6 +69,9 @@ __attribute__((weak)) void mova_checked_report_block(const mova::checked::block_
 /* The program itself released the block, or was given it. */
 __attribute__((weak)) void mova_checked_note_released(const void *block, const void *where);
 __attribute__((weak)) void mova_checked_note_allocated(const void *block);
+
+/* The place in the program of a call that returns there: where that is in the containers, of the one that runs. */
+__attribute__((weak)) const void *mova_checked_place_of(const void *returns_to);
 }
 #pragma GCC visibility pop
 

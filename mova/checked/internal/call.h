@@ -95,8 +95,8 @@ inline running_call *innermost_call()
    position nothing is said. */
 bool sees_every_block();
 
-/* Whether pools of memory blocks are the default host's. It is not seen when one of those is asked for a block. */
-bool has_default_pools();
+/* Whether pools of memory blocks are the checked host's, which can be asked about a block. */
+bool has_checked_pools();
 
 /* The innermost call raises this line: reports what that means. */
 void note_raise(int32_t line);
@@ -150,6 +150,13 @@ public:
     /* The nth container that the call uses, or 0. */
     owner_number used(int nth) const { return own_->used[nth]; }
     void uses(owner_number number, int nth) { own_->used[nth] = number; }
+
+    /* As judge_container, of an owner that the registry does not know by an address: nothing is judged but its threads. */
+    void enters(owner_number number, use how, int nth = 0)
+    {
+        own_->edits |= how != use::read;
+        uses(number, nth);
+    }
 
     /* Judges a position of the container `in`, or of any of that family where it is 0. A null one is wrong. */
     __attribute__((always_inline)) void judge_position(const family &of, owner_number in, const void *position,

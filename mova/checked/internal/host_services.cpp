@@ -7,8 +7,6 @@
 
 #include <mova/frame/host.h>
 
-#include <cstring>
-
 #include <dlfcn.h>
 
 namespace mova::checked {
@@ -45,23 +43,16 @@ bool has_checked_host()
     return has;
 }
 
-bool is_of_default_host(void *service)
-{
-    Dl_info found;
-    return dladdr(service, &found) != 0 && found.dli_fname && std::strstr(found.dli_fname, "/libmova_host.so");
-}
-
 } // namespace
 
 bool sees_every_block()
 {
-    static const bool sees = is_of_default_host(reinterpret_cast<void *>(&MM_alloc_item));
-    return sees;
+    return has_checked_host();
 }
 
-bool has_default_pools()
+bool has_checked_pools()
 {
-    static const bool has = is_of_default_host(reinterpret_cast<void *>(&mb_get));
+    static const bool has = mova_checked_is_pool_service && mova_checked_is_pool_service(&mb_get);
     return has;
 }
 
@@ -121,6 +112,14 @@ void mova_checked_report_block(const block_misuse *misuse)
     if (misuse->released)
         found.add(misuse->released, "%-10s released in   ", "");
     report(found);
+}
+
+const void *mova_checked_place_of(const void *returns_to)
+{
+    const place caller = place_of_call();
+    Dl_info found, own;
+    const bool is_known = caller && dladdr(returns_to, &found) && dladdr(&calls_checked, &own);
+    return is_known && found.dli_fbase == own.dli_fbase ? caller : returns_to;
 }
 
 void mova_checked_note_released(const void *block, const void *where)

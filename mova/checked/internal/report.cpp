@@ -178,7 +178,7 @@ void finding::show_container(owner_number number)
     const owner &shown = owner_at(number);
     char name[48];
     const int width = std::snprintf(name, sizeof name, "%s %p", shown.of->noun, shown.container);
-    add(shown.made, "%s   made in      ", name);
+    add(shown.made, shown.made ? "%s   made in      " : "%s", name);
     if (!shown.live)
         add(shown.released, "%*s   released in  ", width, "");
 }

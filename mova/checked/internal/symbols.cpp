@@ -29,7 +29,7 @@ const char *last_part(const char *path)
 /* What the dynamic linker knows. */
 source_place module_place(uintptr_t address)
 {
-    source_place found = {"?", "?", false};
+    source_place found = {"?", "?", false, false};
     Dl_info module;
     if (!dladdr(reinterpret_cast<void *>(address), &module) || !module.dli_fname) {
         std::snprintf(found.line, sizeof found.line, "%#lx", static_cast<unsigned long>(address));
@@ -71,6 +71,7 @@ public:
         std::snprintf(found.function, sizeof found.function, "%s", readable ? readable : name ? name : "?");
         std::free(readable);
         std::snprintf(found.line, sizeof found.line, "%s:%d", last_part(file), line);
+        found.has_line = true;
         found.is_in_layer = is_in_layer(file);
         return true;
     }

@@ -10,6 +10,7 @@ namespace mova::checked {
 struct source_place {
     char function[96]; /* "draw_borders", or the module where there is no debug information */
     char line[96];     /* "borders.cpp:41", or "+0x1234" in that module */
+    bool has_line;     /* whether there is debug information */
     bool is_in_layer;  /* in a header of the typed layer */
 };
 
