@@ -82,8 +82,10 @@ void explain(int, siginfo_t *fault, void *context)
     write_out(text);
 }
 
+} // namespace
+
 /* A program that sets a handler of its own has that one alone. */
-__attribute__((constructor)) void explain_faults()
+void explain_faults()
 {
     struct sigaction before, own = {};
     if (!std::getenv("MOVA_CHECK_CLOSE") || sigaction(SIGSEGV, nullptr, &before) != 0 || before.sa_handler != SIG_DFL)
@@ -93,8 +95,12 @@ __attribute__((constructor)) void explain_faults()
     sigaction(SIGSEGV, &own, nullptr);
 }
 
-} // namespace
-
 } // namespace mova::checked
+
+#else
+
+void mova::checked::explain_faults()
+{
+}
 
 #endif

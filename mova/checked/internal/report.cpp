@@ -132,12 +132,21 @@ void write_report(const finding &misuse, text &out)
 constinit options chosen_options;
 long calls_checked;
 
-/* At the latest when the library has been loaded. */
-__attribute__((constructor)) void read_options()
+void read_options()
+{
+    chosen_options = options_of(std::getenv("MOVA_CHECK"));
+}
+
+namespace {
+
+__attribute__((constructor)) void begin()
 {
     if (!chosen_options.are_read)
-        chosen_options = options_of(std::getenv("MOVA_CHECK"));
+        read_options();
+    explain_faults();
 }
+
+} // namespace
 
 void write_out(const char *text)
 {

@@ -68,6 +68,9 @@ private:
    program is to go on as with the ordinary library. Without the lock. */
 void report(const finding &misuse);
 
+/* Has faults explained, where mova-check asks for it. */
+void explain_faults();
+
 /* Writes to MOVA_CHECK_LOG, or stderr. */
 void write_out(const char *text);
 
