@@ -37,7 +37,7 @@ ${result}mova_checked_${name}(${parameters}) __asm__(\"${name}\");
 __attribute__((visibility(\"default\"))) ${result}mova_checked_${name}(${parameters})
 {
     mova::checked::call made(\"${name}\", __builtin_return_address(0));
-    return mova::checked::make(made, mova::checked::rows::${name}, mova_plain_${name}${arguments});
+    return mova::checked::make<mova::checked::rows::${name}>(made, mova_plain_${name}${arguments});
 }
 ")
     string(APPEND renamed "${name} mova_plain_${name}\n")

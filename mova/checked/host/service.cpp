@@ -1,34 +1,19 @@
 /* SPDX-License-Identifier: MIT */
-/* The checked memory service: each block is a larger one of the ordinary service, with a header before it and a guard behind.
+/* The checked memory service. Released blocks are filled with a pattern and kept for a while; when one is let go it must still
+   hold the pattern. Those that are too large for that are let go at once. */
+#include "given_blocks.h"
 
-       | header: cookie size made | links | guard |  the program's bytes  | guard |
-
-   The cookie says whether a block begins here and lives. Released blocks are filled with a pattern, whose words are no
-   address on 64-bit, and kept for a while; when one is let go it must still hold the pattern. Large ones are let go at once. */
-#include <mova/checked/internal/blocks.h>
 #include <mova/frame/host.h>
 #include <mova/host/memory.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
-
-#include <pthread.h>
-
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#define HAS_ONE_THREAD __libc_single_threaded
-#else
-#define HAS_ONE_THREAD false
-#endif
+#include <iterator>
 
 /* The ordinary service. */
 extern "C" {
-void *mova_plain_MM_alloc_item(size_t size);
-void mova_plain_MM_dealloc_item(void *item, size_t size);
 mova_memory_class mova_plain_mova_memory_statistics_of_size(size_t size);
 mova_memory_totals mova_plain_mova_memory_statistics(void);
 }
@@ -37,86 +22,63 @@ namespace mova::checked {
 
 namespace {
 
-struct alignas(16) header {
-    uintptr_t cookie;
-    size_t size;
-    const void *made;
-    header *next,
-        *previous; /* of those that live; once it is released, the next to be let go and where it was released */
-    uint64_t guard;
-};
-
-constexpr uint64_t guard_word = 0xA5C3A5C3A5C3A5C3u;
-constexpr int pattern = 0xDF;
-constexpr size_t overhead = sizeof(header) + sizeof guard_word;
 constexpr size_t largest_kept = 16384;
-constexpr size_t most_kept = 8192;
 constexpr size_t most_kept_bytes = size_t{4} << 20;
 
-std::mutex mutex;
-header live{0, 0, nullptr, &live, &live, 0};
-header *oldest_kept, *newest_kept;
-size_t kept, kept_bytes;
-
-class lock {
+/* Those that were released last, in a ring. */
+class kept_blocks {
 public:
-    lock() : locked_(!HAS_ONE_THREAD)
+    struct kept {
+        given block;
+        const void *released = nullptr; /* where */
+    };
+
+    bool is_full() const { return count_ == most || bytes_ > most_kept_bytes; }
+
+    void add(given block, size_t size, const void *where)
     {
-        if (locked_)
-            mutex.lock();
+        at(count_++) = {block, where};
+        bytes_ += size;
     }
-    ~lock()
+
+    given oldest() const { return at(0).block; }
+
+    kept take_oldest()
     {
-        if (locked_)
-            mutex.unlock();
+        const kept oldest = at(0);
+        first_ = (first_ + 1) % most;
+        --count_;
+        bytes_ -= oldest.block.size();
+        return oldest;
     }
-    lock(const lock &) = delete;
-    lock &operator=(const lock &) = delete;
+
+    /* Where it was released; null where it is not kept. */
+    const void *place_of(given block) const
+    {
+        for (size_t i = 0; i < count_; ++i) {
+            if (at(i).block.bytes() == block.bytes())
+                return at(i).released;
+        }
+        return nullptr;
+    }
+
+    void for_each(auto visit) const
+    {
+        for (size_t i = 0; i < count_; ++i)
+            visit(at(i));
+    }
 
 private:
-    bool locked_;
+    static constexpr size_t most = 8192;
+
+    kept &at(size_t index) { return ring_[(first_ + index) % most]; }
+    const kept &at(size_t index) const { return ring_[(first_ + index) % most]; }
+
+    kept ring_[most];
+    size_t first_ = 0, count_ = 0, bytes_ = 0;
 };
 
-/* A child of a process that forks must not find the lock held by a thread that it does not have. */
-[[gnu::constructor]] void hold_over_forks()
-{
-    pthread_atfork([] { mutex.lock(); }, [] { mutex.unlock(); }, [] { mutex.unlock(); });
-}
-
-/* ---- one block ---- */
-
-uintptr_t cookie_of(const header *at, bool lives)
-{
-    return (reinterpret_cast<uintptr_t>(at) * static_cast<uintptr_t>(0x9E3779B97F4A7C15u)) ^ (lives ? 0x5A : 0xA5);
-}
-
-header *header_of(void *item)
-{
-    return static_cast<header *>(item) - 1;
-}
-
-char *bytes_of(header *block)
-{
-    return reinterpret_cast<char *>(block + 1);
-}
-
-/* A multiple of 16, so that every block is aligned to that. */
-size_t whole_size(size_t size)
-{
-    return (size + overhead + 15) & ~size_t{15};
-}
-
-bool is_whole_behind(header *block)
-{
-    return std::memcmp(bytes_of(block) + block->size, &guard_word, sizeof guard_word) == 0;
-}
-
-bool is_untouched(header *block)
-{
-    const char *const bytes = bytes_of(block);
-    const size_t size = block->size;
-    return size == 0 || (static_cast<unsigned char>(*bytes) == pattern && std::memcmp(bytes, bytes + 1, size - 1) == 0);
-}
+constinit kept_blocks released;
 
 /* ---- reports ---- */
 
@@ -129,94 +91,126 @@ void report(const block_misuse &misuse)
 }
 
 /* What is wrong with the guards of a block that lives, or null. */
-const char *broken_guard(header *block)
+const char *broken_guard(given block)
 {
-    return block->guard != guard_word ? "bytes before the block were written to"
-           : !is_whole_behind(block)  ? "bytes behind the block were written to"
+    return !block.is_whole_before()   ? "bytes before the block were written to"
+           : !block.is_whole_behind() ? "bytes behind the block were written to"
                                       : nullptr;
 }
 
 /* Nobody knows where that was: the place is the one of the release. */
-block_misuse late_write(header *block)
+block_misuse late_write(const kept_blocks::kept &written)
 {
+    given block = written.block;
     return {"MM_dealloc_item",
             "the block was written to after its release",
-            block->previous,
-            bytes_of(block),
-            block->size,
-            block->made,
+            written.released,
+            block.bytes(),
+            block.size(),
+            block.record()->made,
             nullptr};
 }
 
-/* Returns whether the block is one that the program may release: says what it is otherwise. */
-bool judge_release(const char *function, void *item, size_t size, const void *where)
+/* Whether the block is one that the program may release: says what it is otherwise. */
+bool judge_release(const char *function, const void *item, given block, size_t size, const void *where)
 {
-    header *const block = header_of(item);
-    if (reinterpret_cast<uintptr_t>(item) % alignof(header) != 0 ||
-        (block->cookie != cookie_of(block, true) && block->cookie != cookie_of(block, false))) {
-        report({function, "no block begins there, or the bytes before it were written to", where, item, 0, nullptr,
-                nullptr});
+    if (!block || block.state() == block_state::unused) {
+        report({function, "no block begins there", where, item, 0, nullptr, nullptr});
         return false;
     }
-    if (block->cookie == cookie_of(block, false)) {
-        report({function, "the block was released", where, item, block->size, block->made, block->previous});
+    if (block.state() != block_state::live) {
+        const void *made = nullptr, *last = nullptr;
+        if (const lock held; block.state() == block_state::kept) {
+            made = block.record()->made;
+            last = released.place_of(block);
+        }
+        report({function, "the block was released", where, item, block.size(), made, last});
         return false;
     }
     if (const char *const what = broken_guard(block))
-        report({function, what, where, item, block->size, block->made, nullptr});
-    if (size != block->size) {
+        report({function, what, where, item, block.size(), block.record()->made, nullptr});
+    if (size != block.size()) {
         char what[96];
-        std::snprintf(what, sizeof what, "the size is %zu, and the block's is %zu", size, block->size);
-        report({function, what, where, item, block->size, block->made, nullptr});
+        std::snprintf(what, sizeof what, "the size is %zu, and the block's is %zu", size, block.size());
+        report({function, what, where, item, block.size(), block.record()->made, nullptr});
     }
     return true;
 }
 
 /* ---- the blocks ---- */
 
-void let_go(header *block)
+/* Lets the oldest of those that are kept go, where they are too many. */
+void let_one_go()
 {
-    const size_t size = block->size;
-    block->cookie = 0;
-    mova_plain_MM_dealloc_item(block, whole_size(size));
-}
-
-/* Puts it behind those that are kept, and takes the oldest out where they are too many: null otherwise. Under the lock. */
-header *keep(header *block)
-{
-    block->next = nullptr;
-    (newest_kept ? newest_kept->next : oldest_kept) = block;
-    newest_kept = block;
-    kept_bytes += block->size;
-    if (++kept <= most_kept && kept_bytes <= most_kept_bytes)
-        return nullptr;
-    header *const oldest = oldest_kept;
-    oldest_kept = oldest->next;
-    --kept;
-    kept_bytes -= oldest->size;
-    return oldest;
-}
-
-void release(header *block, const void *where)
-{
-    const bool is_kept = block->size <= largest_kept;
-    if (is_kept)
-        std::memset(bytes_of(block), pattern, block->size);
-    header *gone = block;
+    kept_blocks::kept oldest;
     {
         const lock held;
-        block->next->previous = block->previous;
-        block->previous->next = block->next;
-        block->cookie = cookie_of(block, false);
-        block->previous = static_cast<header *>(const_cast<void *>(where));
-        if (is_kept)
-            gone = keep(block);
+        if (!released.is_full())
+            return;
+        oldest = released.take_oldest();
     }
-    if (!gone)
-        return;
-    if (is_kept && !is_untouched(gone))
-        report(late_write(gone));
-    let_go(gone);
+    if (!oldest.block.is_untouched())
+        report(late_write(oldest));
+    if (oldest.block.is_large())
+        return give_back_large(oldest.block);
+    const lock held;
+    give_back_small(oldest.block);
+}
+
+/* Keeps it, and lets another go, where that is simply done; it returns false where let_one_go() is to do it. */
+__attribute__((always_inline)) inline bool keep(given block, const void *where)
+{
+    const lock held;
+    released.add(block, block.size(), where);
+    block.set_state(block_state::kept);
+    if (!released.is_full())
+        return true;
+    given oldest = released.oldest();
+    if (oldest.is_large() || !oldest.is_untouched())
+        return false;
+    give_back_small(released.take_oldest().block);
+    return true;
+}
+
+__attribute__((always_inline)) inline void release(given block, const void *where)
+{
+    if (block.size() > largest_kept)
+        return give_back_large(block);
+    block.fill();
+    if (!keep(block, where))
+        let_one_go();
+}
+
+__attribute__((always_inline)) inline given allocate(size_t size, const void *where)
+{
+    given block;
+    if (size <= largest_small) {
+        const lock held;
+        block = take_small(size);
+    }
+    if (!block)
+        block = take_large(size);
+    if (block)
+        block.begin(size, where);
+    return block;
+}
+
+/* The memory that is wrong is left where it is; a wrong size is put right. */
+given reallocate(void *item, size_t old_size, size_t new_size, const void *where)
+{
+    const given old = find_block(item);
+    const bool is_block = item && judge_release("MM_realloc_item", item, old, old_size, where);
+    const given moved = allocate(new_size, where);
+    if (moved && is_block) {
+        std::memcpy(moved.bytes(), item, std::min(old.size(), new_size));
+        release(old, where);
+    }
+    return moved;
+}
+
+given_block as_given(given block)
+{
+    return {block.bytes(), block && !block.is_large() ? &block.record()->noted : nullptr};
 }
 
 } // namespace
@@ -225,78 +219,101 @@ void release(header *block, const void *where)
 
 using namespace mova::checked;
 
-void *mova_checked_allocate(size_t size, const void *where)
+given_block mova_checked_allocate(size_t size, const void *where)
 {
-    const bool fits = size <= PTRDIFF_MAX - overhead - 15;
-    auto *const block = static_cast<header *>(mova_plain_MM_alloc_item(fits ? whole_size(size) : size));
-    if (!block)
-        return nullptr;
-    block->cookie = cookie_of(block, true);
-    block->size = size;
-    block->made = where;
-    block->guard = guard_word;
-    std::memcpy(bytes_of(block) + size, &guard_word, sizeof guard_word);
-    const lock held;
-    block->next = live.next;
-    block->previous = &live;
-    live.next->previous = block;
-    live.next = block;
-    return bytes_of(block);
+    return as_given(allocate(size, where));
 }
 
-/* The memory that is wrong is left where it is; a wrong size is put right. */
 void mova_checked_release(void *item, size_t size, const void *where)
 {
-    if (item && judge_release("MM_dealloc_item", item, size, where))
-        release(header_of(item), where);
+    if (!item)
+        return;
+    const given block = find_block(item);
+    if ((block && block.is_plainly(size)) || judge_release("MM_dealloc_item", item, block, size, where))
+        release(block, where);
 }
 
-void *mova_checked_reallocate(void *item, size_t old_size, size_t new_size, const void *where)
+given_block mova_checked_reallocate(void *item, size_t old_size, size_t new_size, const void *where)
 {
-    const bool is_block = !item || judge_release("MM_realloc_item", item, old_size, where);
-    void *const moved = mova_checked_allocate(new_size, where);
-    if (moved && item && is_block) {
-        header *const old = header_of(item);
-        std::memcpy(moved, item, std::min(old->size, new_size));
-        release(old, where);
-    }
-    return moved;
+    return as_given(reallocate(item, old_size, new_size, where));
 }
 
 /* Other threads may be running still: what is found is reported without the lock, as far as there is room. */
-void mova_checked_close_blocks(block_visitor visit, void *context)
+void mova_checked_judge_blocks(void)
 {
-    constexpr size_t most = 64;
-    block_misuse found[most];
-    size_t count = 0;
+    struct findings {
+        block_misuse found[64];
+        size_t count;
+        const char *last_broken; /* a small block's guard is also the next one's */
+
+        void add(const block_misuse &misuse)
+        {
+            if (count < std::size(found))
+                found[count++] = misuse;
+        }
+    };
+    findings all = {};
     {
         const lock held;
-        for (header *block = oldest_kept; block; block = block->next) {
-            if (count < most && !is_untouched(block))
-                found[count++] = late_write(block);
-        }
-        for (header *block = live.next; block != &live; block = block->next) {
-            const char *const what = broken_guard(block);
-            if (count < most && what)
-                found[count++] = {"MM_alloc_item", what, block->made, bytes_of(block), block->size, nullptr, nullptr};
-            visit(bytes_of(block), block->size, block->made, context);
-        }
+        released.for_each([&](const kept_blocks::kept &each) {
+            if (!each.block.is_untouched())
+                all.add(late_write(each));
+        });
+        for_each_live_block(
+            [](given block, void *context) {
+                auto *const to = static_cast<findings *>(context);
+                const char *const what = broken_guard(block);
+                if (what && (block.is_whole_behind() ? block.before() : block.behind()) != to->last_broken)
+                    to->add(
+                        {"MM_alloc_item", what, block.record()->made, block.bytes(), block.size(), nullptr, nullptr});
+                to->last_broken = block.is_whole_behind() ? nullptr : block.behind();
+            },
+            &all);
     }
-    for (size_t i = 0; i < count; ++i)
-        report(found[i]);
+    for (size_t i = 0; i < all.count; ++i)
+        report(all.found[i]);
+}
+
+void mova_checked_visit_blocks(block_visitor visit, void *context)
+{
+    struct visitor {
+        block_visitor visit;
+        void *context;
+    };
+    visitor told = {visit, context};
+    const lock held;
+    for_each_live_block(
+        [](given block, void *argument) {
+            const auto *const to = static_cast<const visitor *>(argument);
+            to->visit(block.bytes(), block.size(), block.record()->made, block.record()->noted, to->context);
+        },
+        &told);
+}
+
+size_t mova_checked_block_bytes(void)
+{
+    const lock held;
+    size_t bytes = large_table_bytes();
+    for_each_live_block([](given block, void *sum) { *static_cast<size_t *>(sum) += bytes_around(block); }, &bytes);
+    return bytes;
 }
 
 /* ---- the services ---- */
+
+static void *allocate_for_program(size_t size, const void *where)
+{
+    const given block = allocate(size, where);
+    if (block && mova_checked_note_allocated)
+        mova_checked_note_allocated(block.bytes());
+    return block.bytes();
+}
 
 extern "C" {
 
 /* Under a name that no program's own service takes the place of. */
 __attribute__((visibility("hidden"))) void *mova_checked_own_alloc_item(size_t size)
 {
-    void *const block = mova_checked_allocate(size, __builtin_return_address(0));
-    if (block && mova_checked_note_allocated)
-        mova_checked_note_allocated(block);
-    return block;
+    return allocate_for_program(size, __builtin_return_address(0));
 }
 
 __attribute__((alias("mova_checked_own_alloc_item"))) void *MM_alloc_item(size_t size);
@@ -312,31 +329,32 @@ void MM_dealloc_item(void *item, size_t size)
 void *MM_realloc_item(void *item, size_t old_size, size_t new_size)
 {
     const void *const where = __builtin_return_address(0);
-    void *const block = mova_checked_reallocate(item, old_size, new_size, where);
+    const given block = reallocate(item, old_size, new_size, where);
     if (block && item && mova_checked_note_released)
         mova_checked_note_released(item, where);
     if (block && mova_checked_note_allocated)
-        mova_checked_note_allocated(block);
-    return block;
+        mova_checked_note_allocated(block.bytes());
+    return block.bytes();
 }
 
 void *mova_memory_zeroed(size_t size)
 {
-    void *const block = mova_checked_allocate(size, __builtin_return_address(0));
-    if (block && mova_checked_note_allocated)
-        mova_checked_note_allocated(block);
+    void *const block = allocate_for_program(size, __builtin_return_address(0));
     return block ? std::memset(block, 0, size) : nullptr;
 }
 
-/* The ordinary service's figures count what lies around the blocks, and what is kept of them. */
+/* The ordinary service's figures count what lies around large blocks, and what is kept of them. */
 mova_memory_class mova_memory_statistics_of_size(size_t size)
 {
     mova_memory_class figures = mova_plain_mova_memory_statistics_of_size(size);
     figures.live_blocks = figures.cached_blocks = 0;
     const lock held;
-    for (const header *block = live.next; block != &live; block = block->next)
-        figures.live_blocks +=
-            mova_plain_mova_memory_statistics_of_size(block->size).largest_size == figures.largest_size;
+    for_each_live_block(
+        [](given block, void *counted) {
+            auto *const to = static_cast<mova_memory_class *>(counted);
+            to->live_blocks += mova_plain_mova_memory_statistics_of_size(block.size()).largest_size == to->largest_size;
+        },
+        &figures);
     return figures;
 }
 
@@ -345,10 +363,15 @@ mova_memory_totals mova_memory_statistics(void)
     mova_memory_totals figures = mova_plain_mova_memory_statistics();
     figures.live_blocks = figures.live_bytes = figures.cached_bytes = 0;
     const lock held;
-    for (const header *block = live.next; block != &live; block = block->next) {
-        ++figures.live_blocks;
-        figures.live_bytes += mova_plain_mova_memory_statistics_of_size(block->size).block_size;
-    }
+    figures.held_bytes += slab_bytes();
+    figures.peak_bytes += slab_bytes();
+    for_each_live_block(
+        [](given block, void *counted) {
+            auto *const to = static_cast<mova_memory_totals *>(counted);
+            ++to->live_blocks;
+            to->live_bytes += mova_plain_mova_memory_statistics_of_size(block.size()).block_size;
+        },
+        &figures);
     return figures;
 }
 }

@@ -9,6 +9,8 @@
 #ifndef MOVA_CHECKED_INTERNAL_BLOCKS_H
 #define MOVA_CHECKED_INTERNAL_BLOCKS_H
 
+#include "records.h"
+
 #include <mova/frame/host.h>
 
 #include <cstddef>
@@ -28,8 +30,15 @@ struct block_misuse {
 /* What released memory is filled with: no word of it is an address on 64-bit. */
 constexpr int pattern_of_the_released = 0xDF;
 
-/* Whose blocks a visit of all that live is told of. */
-using block_visitor = void (*)(const void *block, size_t size, const void *made, void *context);
+/* A block that was allocated, null where there was no memory; and where the containers' checks note what it is, null where it
+   is no small block. */
+struct given_block {
+    void *bytes;
+    entry *noted;
+};
+
+/* What a visit of all blocks is told of each one that lives. */
+using block_visitor = void (*)(const void *block, size_t size, const void *made, const entry &noted, void *context);
 
 } // namespace mova::checked
 
@@ -42,9 +51,16 @@ extern "C" {
 __attribute__((weak)) bool mova_checked_is_service(void *(*allocate)(size_t));
 
 /* The services, told of the place in the program that the call came from, and not of any in the containers. */
-__attribute__((weak)) void *mova_checked_allocate(size_t size, const void *where);
+__attribute__((weak)) mova::checked::given_block mova_checked_allocate(size_t size, const void *where);
 __attribute__((weak)) void mova_checked_release(void *item, size_t size, const void *where);
-__attribute__((weak)) void *mova_checked_reallocate(void *item, size_t old_size, size_t new_size, const void *where);
+__attribute__((weak)) mova::checked::given_block mova_checked_reallocate(void *item, size_t old_size, size_t new_size,
+                                                                         const void *where);
+
+/* Where its blocks of up to 1016 bytes lie. */
+extern __attribute__((weak)) mova::checked::slab_table mova_checked_slabs;
+
+/* The entry of the larger block that begins there, or null. */
+__attribute__((weak)) mova::checked::entry *mova_checked_find_large(uintptr_t address);
 
 /* Whether a pool was released, of late; stores the place where. */
 __attribute__((weak)) bool mova_checked_pool_was_released(const void *pool, const void **where);
@@ -59,8 +75,14 @@ __attribute__((weak)) void *mova_checked_look_at_block(mb_pool *pool, mb_handle 
    no lock. */
 __attribute__((weak)) const char *mova_checked_explain_fault(const void *address, const void **where);
 
-/* Looks at the guards of what lives and at what was released: the program ends. Then names what lives. */
-__attribute__((weak)) void mova_checked_close_blocks(mova::checked::block_visitor visit, void *context);
+/* Looks at the guards of what lives and at what was released: the program ends. */
+__attribute__((weak)) void mova_checked_judge_blocks(void);
+
+/* Names what lives, under the service's lock. */
+__attribute__((weak)) void mova_checked_visit_blocks(mova::checked::block_visitor visit, void *context);
+
+/* How many bytes lie around the blocks that live, and in the records of them. */
+__attribute__((weak)) size_t mova_checked_block_bytes(void);
 
 /* ---- the checked containers' ---- */
 
@@ -72,6 +94,9 @@ __attribute__((weak)) void mova_checked_note_allocated(const void *block);
 
 /* The place in the program of a call that returns there: where that is in the containers, of the one that runs. */
 __attribute__((weak)) const void *mova_checked_place_of(const void *returns_to);
+
+/* A large block goes back to where it came from. Without the service's lock. */
+__attribute__((weak)) void mova_checked_note_gone(const void *block);
 }
 #pragma GCC visibility pop
 

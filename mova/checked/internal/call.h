@@ -8,7 +8,7 @@
        void GL_remove_item(GL_list *list, GL_node *position)
        {
            call made("GL_remove_item", return address);
-           make(made, rows::GL_remove_item, mova_plain_GL_remove_item, list, position);
+           make<rows::GL_remove_item>(made, mova_plain_GL_remove_item, list, position);
        }
 
    So what the program calls is checked, and what the containers call of each other is not. What they ask of their host goes
@@ -110,7 +110,8 @@ public:
         outermost_.depth = nullptr;
         if (running.count != 0)
             make_room();
-        own_ = &running.calls[running.count++];
+        index_ = running.count++;
+        own_ = &running.calls[index_];
         *own_ = {this, function, where, {}, 0, 0, nullptr, nullptr, false, false, false};
     }
 
@@ -254,7 +255,7 @@ private:
     {
         if (!completed_ || own_->has_raised)
             leave_running();
-        running.count = static_cast<unsigned>(own_ - running.calls);
+        running.count = index_;
         if (outermost_.depth)
             running.calls[running.count++] = outermost_;
     }
@@ -269,6 +270,7 @@ private:
     static bool still_runs(const running_call &outer);
 
     finding finding_;
+    unsigned index_;
     running_call *own_;
     running_call outermost_; /* what this one's record holds otherwise, where there are more than fit */
     const void *remembered_ = nullptr;
@@ -311,16 +313,16 @@ struct row {
 };
 
 /* Makes a call as its row says. */
-template <class Row, class Result, class... Declared, class... Arguments>
-__attribute__((always_inline)) inline Result make(call &made, const Row &checked, Result (*plain)(Declared...),
-                                                  Arguments &...given)
+template <const auto &Row, class Result, class... Declared, class... Arguments>
+__attribute__((always_inline)) inline Result make(call &made, Result (*plain)(Declared...), Arguments &...given)
 {
+    using row_of_it = std::remove_cvref_t<decltype(Row)>;
     const std::tuple<Arguments &...> arguments(given...);
     {
         const registry_lock lock;
         ++calls_checked;
         std::apply([&](const auto &...role) { ((made.is_wrong() || (role.before(made, arguments), true)) && ...); },
-                   checked.all);
+                   Row.all);
         if (lock.has_threads() && !made.is_wrong())
             made.enter();
     }
@@ -328,16 +330,15 @@ __attribute__((always_inline)) inline Result make(call &made, const Row &checked
     made.report_misuse();
     const auto conclude = [&](auto &...result) {
         made.completed();
-        if constexpr (Row::template concludes<call, decltype(arguments),
-                                              std::remove_reference_t<decltype(result)>...>) {
+        if constexpr (row_of_it::template concludes<call, decltype(arguments),
+                                                    std::remove_reference_t<decltype(result)>...>) {
             const registry_lock lock;
-            std::apply([&](const auto &...role) { (conclude_role(role, made, arguments, result...), ...); },
-                       checked.all);
+            std::apply([&](const auto &...role) { (conclude_role(role, made, arguments, result...), ...); }, Row.all);
         }
         if (made.has_entered())
             made.judge_threads();
         if (asked_for().order)
-            std::apply([&](const auto &...role) { (ask_role(role, made, arguments, result...), ...); }, checked.all);
+            std::apply([&](const auto &...role) { (ask_role(role, made, arguments, result...), ...); }, Row.all);
         if (!was_wrong)
             made.report_misuse();
     };

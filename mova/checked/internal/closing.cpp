@@ -79,7 +79,7 @@ private:
 
 struct inventory {
     groups by_place;
-    size_t blocks_of_program = 0;
+    tally count = {};
 };
 
 inventory left;
@@ -87,6 +87,7 @@ inventory left;
 /* Nodes and storage go with their container. */
 void note_entry(const void *, const entry &known, void *)
 {
+    ++(known.what == kind::head ? left.count.containers : left.count.blocks);
     if (known.owner == 0 || known.what == kind::block || known.what == kind::item)
         return;
     const owner &of = owner_at(resolved(known.owner));
@@ -96,14 +97,12 @@ void note_entry(const void *, const entry &known, void *)
         left.by_place.add(of.of->noun, " iterator", known.last_place, 0);
 }
 
-/* The containers' blocks are known as theirs. */
-void note_block(const void *block, size_t size, const void *made, void *)
+/* A block is a container's, or the program's own. */
+void note_block(const void *block, size_t size, const void *made, const entry &noted, void *)
 {
-    const registry_lock lock;
-    const entry *const known = find(block);
-    if (known && known->live)
-        return;
-    ++left.blocks_of_program;
+    if (noted.known && noted.live)
+        return note_entry(block, noted, nullptr);
+    ++left.count.blocks;
     left.by_place.add("block", "", made, size);
 }
 
@@ -111,18 +110,17 @@ void note_block(const void *block, size_t size, const void *made, void *)
 
 tally close_program(bool lists_leaks)
 {
-    if (mova_checked_close_blocks)
-        mova_checked_close_blocks(note_block, nullptr);
-    tally count = {};
+    if (mova_checked_judge_blocks)
+        mova_checked_judge_blocks();
     {
         const registry_lock lock;
-        count = count_live();
-        for_each_live(note_entry, nullptr);
+        for_each_live_elsewhere(note_entry, nullptr);
+        if (mova_checked_visit_blocks)
+            mova_checked_visit_blocks(note_block, nullptr);
     }
-    count.blocks += left.blocks_of_program;
     if (lists_leaks)
         left.by_place.print();
-    return count;
+    return left.count;
 }
 
 } // namespace mova::checked

@@ -7,6 +7,10 @@
 
 namespace mova::checked {
 
+struct tally {
+    size_t containers, blocks;
+};
+
 /* Looks once more at every block of the checked host; where leaks are asked for, lists what lives, by where it was made.
    Returns how much that is. */
 tally close_program(bool lists_leaks);

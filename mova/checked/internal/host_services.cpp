@@ -13,13 +13,19 @@ namespace mova::checked {
 
 namespace {
 
-void note_allocation(const void *block, size_t size)
+/* A block that the innermost call allocated. */
+void note_allocation(const given_block &block)
 {
-    const running_call *const caller = innermost_call();
-    if (!block)
+    if (!block.bytes)
         return;
+    const running_call *const caller = innermost_call();
+    const owner_number of = caller ? caller->blocks_of : 0;
+    const place where = caller ? caller->where : nullptr;
     const registry_lock lock;
-    book(block, kind::block, caller ? caller->blocks_of : 0, caller ? caller->where : nullptr, size);
+    if (block.noted)
+        enter(*block.noted, kind::block, of, where);
+    else
+        book(block.bytes, kind::block, of, where);
 }
 
 /* Before the service has it: other threads may be given it at once. */
@@ -37,7 +43,7 @@ place place_of_call()
 }
 
 /* Whether the checked host serves: it is told where in the program each call came from. */
-bool has_checked_host()
+inline bool has_checked_host()
 {
     static const bool has = mova_checked_is_service && mova_checked_is_service(&MM_alloc_item);
     return has;
@@ -69,9 +75,10 @@ void mova_checked_EX_raise_exception_line(const char *module, int32_t line, int3
 
 void *mova_checked_MM_alloc_item(size_t size)
 {
-    void *const block = has_checked_host() ? mova_checked_allocate(size, place_of_call()) : MM_alloc_item(size);
-    note_allocation(block, size);
-    return block;
+    const given_block given =
+        has_checked_host() ? mova_checked_allocate(size, place_of_call()) : given_block{MM_alloc_item(size), nullptr};
+    note_allocation(given);
+    return given.bytes;
 }
 
 void mova_checked_MM_dealloc_item(void *item, size_t size)
@@ -86,12 +93,12 @@ void mova_checked_MM_dealloc_item(void *item, size_t size)
 /* Where it fails, the old block is as it was. */
 void *mova_checked_MM_realloc_item(void *item, size_t old_size, size_t new_size)
 {
-    void *const block = has_checked_host() ? mova_checked_reallocate(item, old_size, new_size, place_of_call())
-                                           : MM_realloc_item(item, old_size, new_size);
-    if (block && block != item)
+    const given_block given = has_checked_host() ? mova_checked_reallocate(item, old_size, new_size, place_of_call())
+                                                 : given_block{MM_realloc_item(item, old_size, new_size), nullptr};
+    if (given.bytes && given.bytes != item)
         note_release(item);
-    note_allocation(block, new_size);
-    return block;
+    note_allocation(given);
+    return given.bytes;
 }
 
 void mova_checked_EX_raise_exception_line(const char *module, int32_t line, int32_t code)
@@ -132,4 +139,10 @@ void mova_checked_note_allocated(const void *block)
 {
     const registry_lock lock;
     forget(block);
+}
+
+void mova_checked_note_gone(const void *block)
+{
+    const registry_lock lock;
+    keep_entry_of_gone(block);
 }

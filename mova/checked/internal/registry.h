@@ -6,25 +6,22 @@
                                                                       |
                                               joined_to, where its nodes moved to another container
 
-   Entries lie in tables by address; owners in one by number, where 0 is nobody. Whoever was seen released stays known
-   until its address is used again or room is needed, so that a late use of it can be told from a stranger's. What was never
-   seen is unknown, and nothing is said against it.
+   Entries lie by address: of blocks that the checked host gave, in its own records (records.h); of all else in a table.
+   Owners lie in one by number, where 0 is nobody. Whoever was seen released stays known until its address is used again or
+   room is needed, so that a late use of it can be told from a stranger's. What was never seen is unknown, and nothing is
+   said against it.
 
    The memory of both comes from the system alone. One lock guards all of it; it is taken only where there are threads. */
 #ifndef MOVA_CHECKED_INTERNAL_REGISTRY_H
 #define MOVA_CHECKED_INTERNAL_REGISTRY_H
 
-#include <cstddef>
-#include <cstdint>
+#include "blocks.h"
 
 #if __has_include(<sys/single_threaded.h>)
 #include <sys/single_threaded.h>
 #endif
 
 namespace mova::checked {
-
-/* A place in the program: the address that a call returns to. */
-using place = const void *;
 
 /* A family of containers, as reports name it. */
 struct family {
@@ -45,20 +42,6 @@ inline bool same_records(const family &a, const family &b)
 {
     return (a.records ? a.records : &a) == (b.records ? b.records : &b);
 }
-
-/* What lies at an address: a container's head; a block that a container allocated, which is a node of it or its storage;
-   an iterator that it allocated; or a record of the program's that is linked into a container. */
-enum class kind : uint8_t { head, block, iterator, item };
-
-using owner_number = uint32_t;
-
-struct entry {
-    place last_place; /* where it was made, or where it was released */
-    owner_number owner;
-    kind what;
-    bool live;
-    bool known; /* false where nothing is known of the address */
-};
 
 struct alignas(64) owner {
     const void *container;
@@ -111,33 +94,22 @@ private:
 /* Where entries and owners lie: registry.cpp says how. */
 namespace table {
 
-constexpr unsigned window_bits = 8;
-constexpr unsigned word_bits = sizeof(void *) == 8 ? 3 : 2;
-constexpr size_t window_slots = size_t{1} << (window_bits - word_bits);
-constexpr size_t recent_windows = 64;
+/* Of an address where no small block of the checked host begins. */
+entry *find_elsewhere(uintptr_t address);
+entry *make_elsewhere(uintptr_t address);
 
-/* A piece of memory, and a slot for each word in it. */
-struct window {
-    uintptr_t tag; /* its address, less the bits within it, inverted: no address has the tag 0 */
-    entry *slots;  /* null where there is none */
-};
-
-inline uintptr_t tag_of(uintptr_t address)
+/* The record of a small block of the checked host, or null. */
+inline block_record *small_record(uintptr_t address)
 {
-    return ~(address >> window_bits);
+    return &mova_checked_slabs ? record_of(mova_checked_slabs, address) : nullptr;
 }
 
-extern window recent[recent_windows];
-
-entry *find_slowly(uintptr_t address);
-entry *make_entry(uintptr_t address, size_t size);
-
-/* Owners are in pieces, each twice as long as the one before, that never move. */
-constexpr unsigned first_piece_bits = 8;
+/* Owners are in pieces, each twice as long as the one before, that never move: numbers 0 to 16383 are in piece 0, the next
+   32768 in piece 1, and so on. */
+constexpr unsigned first_piece_bits = 14;
 constexpr owner_number first_piece = owner_number{1} << first_piece_bits;
-extern owner *pieces[24];
+extern owner *pieces[18];
 
-/* Numbers 0 to 255 are in piece 0, the next 512 in piece 1, and so on. */
 inline unsigned piece_of(owner_number number)
 {
     return 31 - first_piece_bits - static_cast<unsigned>(__builtin_clz(number + first_piece));
@@ -145,30 +117,20 @@ inline unsigned piece_of(owner_number number)
 
 } // namespace table
 
-namespace table {
-
-/* The entry of an address in a window that was looked at not long ago, or null. */
-inline entry *find_at_once(uintptr_t address)
-{
-    const uintptr_t tag = tag_of(address);
-    const window &in = recent[tag % recent_windows];
-    if (in.tag != tag || address % sizeof(void *) != 0)
-        return nullptr;
-    entry *const slot = &in.slots[(address >> word_bits) % window_slots];
-    return slot->known ? slot : nullptr;
-}
-
-} // namespace table
-
 /* The entry of an address, or null. It may move with the next insertion. */
 inline entry *find(const void *address)
 {
-    entry *const found = table::find_at_once(reinterpret_cast<uintptr_t>(address));
-    return found ? found : table::find_slowly(reinterpret_cast<uintptr_t>(address));
+    const auto number = reinterpret_cast<uintptr_t>(address);
+    block_record *const small = table::small_record(number);
+    if (!small)
+        return table::find_elsewhere(number);
+    return small->noted.known ? &small->noted : nullptr;
 }
 
 inline owner &owner_at(owner_number number)
 {
+    if (number < table::first_piece)
+        return table::pieces[0][number];
     const unsigned piece = table::piece_of(number);
     return table::pieces[piece][number + table::first_piece - (table::first_piece << piece)];
 }
@@ -176,18 +138,28 @@ inline owner &owner_at(owner_number number)
 /* Gives it back where nothing names it and its container is gone. */
 void drop_if_unused(owner_number number);
 
-/* Notes what lies at the address from now on, whatever lay there before, and how large it is where that is known. */
-inline entry *book(const void *address, kind what, owner_number of, place where, size_t size = SIZE_MAX)
+/* Notes in an address's entry what lies there from now on, whatever lay there before. */
+inline void enter(entry &noted, kind what, owner_number of, place where)
 {
-    entry *booked = table::find_at_once(reinterpret_cast<uintptr_t>(address));
-    if (!booked)
-        booked = table::make_entry(reinterpret_cast<uintptr_t>(address), size);
-    const owner_number before = booked->owner;
-    *booked = {where, of, what, true, true};
+    const owner_number before = noted.owner;
+    noted.last_place = where;
+    noted.owner = of;
+    noted.what = what;
+    noted.live = true;
+    noted.known = true;
     if (of != 0)
         ++owner_at(of).entries;
     if (before != 0 && --owner_at(before).entries == 0)
         drop_if_unused(before);
+}
+
+/* As enter(), of an address. */
+inline entry *book(const void *address, kind what, owner_number of, place where)
+{
+    const auto number = reinterpret_cast<uintptr_t>(address);
+    block_record *const small = table::small_record(number);
+    entry *const booked = small ? &small->noted : table::make_elsewhere(number);
+    enter(*booked, what, of, where);
     return booked;
 }
 
@@ -199,6 +171,10 @@ void hand_over(const void *address, owner_number to);
 
 /* Forgets the address. */
 void forget(const void *address);
+
+/* The large block of the checked host that begins there goes back to the system, or to the ordinary service: what was noted
+   of it is kept elsewhere. */
+void keep_entry_of_gone(const void *address);
 
 /* The number of a new owner without a container yet. */
 owner_number new_owner(const family &of, place made);
@@ -215,15 +191,11 @@ inline owner_number resolved(owner_number number)
    of `from` gets another owner, whose number is returned; 0 where it is gone. */
 owner_number join(owner_number from, owner_number to);
 
-struct tally {
-    size_t containers, blocks;
-};
+/* Calls `visit(address, entry, context)` for every live entry but those of the checked host's blocks. */
+void for_each_live_elsewhere(void (*visit)(const void *address, const entry &, void *context), void *context);
 
-/* How many containers and blocks live. */
-tally count_live();
-
-/* Calls `visit(address, entry, context)` for every live entry. */
-void for_each_live(void (*visit)(const void *address, const entry &, void *context), void *context);
+/* How many bytes the entries and owners take up, but for those of the checked host. */
+size_t registry_bytes();
 
 } // namespace mova::checked
 
