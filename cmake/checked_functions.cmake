@@ -30,14 +30,16 @@ foreach(name IN LISTS names)
             string(APPEND arguments ", ${argument}")
         endforeach()
     endif()
-    # Under its own name the header may have given it a body already.
+    # Under its own name the header may have given it a body already. (The row is a constant of this file: the compiler sees
+    # what is in it.)
     string(APPEND functions "
 ${result}mova_plain_${name}(${parameters});
 ${result}mova_checked_${name}(${parameters}) __asm__(\"${name}\");
+static constexpr auto row_of_${name} = mova::checked::rows::${name};
 __attribute__((visibility(\"default\"))) ${result}mova_checked_${name}(${parameters})
 {
     mova::checked::call made(\"${name}\", __builtin_return_address(0));
-    return mova::checked::make<mova::checked::rows::${name}>(made, mova_plain_${name}${arguments});
+    return mova::checked::make<row_of_${name}>(made, mova_plain_${name}${arguments});
 }
 ")
     string(APPEND renamed "${name} mova_plain_${name}\n")

@@ -157,27 +157,27 @@ void let_one_go()
     give_back_small(oldest.block);
 }
 
-/* Keeps it, and lets another go, where that is simply done; it returns false where let_one_go() is to do it. */
-__attribute__((always_inline)) inline bool keep(given block, const void *where)
+/* Keeps a block of that size. Returns whether there are not too many by now: one may have gone for it. */
+__attribute__((always_inline)) inline bool keep(given block, size_t size, const void *where)
 {
     const lock held;
-    released.add(block, block.size(), where);
+    released.add(block, size, where);
     block.set_state(block_state::kept);
     if (!released.is_full())
         return true;
-    given oldest = released.oldest();
+    const given oldest = released.oldest();
     if (oldest.is_large() || !oldest.is_untouched())
         return false;
     give_back_small(released.take_oldest().block);
     return true;
 }
 
-__attribute__((always_inline)) inline void release(given block, const void *where)
+__attribute__((always_inline)) inline void release(given block, size_t size, const void *where)
 {
-    if (block.size() > largest_kept)
+    if (size > largest_kept)
         return give_back_large(block);
     block.fill();
-    if (!keep(block, where))
+    if (!keep(block, size, where))
         let_one_go();
 }
 
@@ -203,7 +203,7 @@ given reallocate(void *item, size_t old_size, size_t new_size, const void *where
     const given moved = allocate(new_size, where);
     if (moved && is_block) {
         std::memcpy(moved.bytes(), item, std::min(old.size(), new_size));
-        release(old, where);
+        release(old, old.size(), where);
     }
     return moved;
 }
@@ -229,8 +229,10 @@ void mova_checked_release(void *item, size_t size, const void *where)
     if (!item)
         return;
     const given block = find_block(item);
-    if ((block && block.is_plainly(size)) || judge_release("MM_dealloc_item", item, block, size, where))
-        release(block, where);
+    if (block && block.is_plainly(size))
+        release(block, size, where);
+    else if (judge_release("MM_dealloc_item", item, block, size, where))
+        release(block, block.size(), where);
 }
 
 given_block mova_checked_reallocate(void *item, size_t old_size, size_t new_size, const void *where)

@@ -8,7 +8,7 @@
        void GL_remove_item(GL_list *list, GL_node *position)
        {
            call made("GL_remove_item", return address);
-           make<rows::GL_remove_item>(made, mova_plain_GL_remove_item, list, position);
+           make<row of GL_remove_item>(made, mova_plain_GL_remove_item, list, position);
        }
 
    So what the program calls is checked, and what the containers call of each other is not. What they ask of their host goes

@@ -14,7 +14,7 @@ namespace mova::checked {
 namespace {
 
 /* A block that the innermost call allocated. */
-void note_allocation(const given_block &block)
+inline void note_allocation(given_block block)
 {
     if (!block.bytes)
         return;
@@ -28,15 +28,7 @@ void note_allocation(const given_block &block)
         book(block.bytes, kind::block, of, where);
 }
 
-/* Before the service has it: other threads may be given it at once. */
-void note_release(const void *block)
-{
-    const running_call *const caller = innermost_call();
-    const registry_lock lock;
-    mark_released(block, caller ? caller->where : nullptr);
-}
-
-place place_of_call()
+inline place place_of_call()
 {
     const running_call *const caller = innermost_call();
     return caller ? caller->where : nullptr;
@@ -81,11 +73,16 @@ void *mova_checked_MM_alloc_item(size_t size)
     return given.bytes;
 }
 
+/* It is noted before the service has the block: other threads may be given it at once. */
 void mova_checked_MM_dealloc_item(void *item, size_t size)
 {
-    note_release(item);
+    const place where = place_of_call();
+    {
+        const registry_lock lock;
+        mark_released(item, where);
+    }
     if (has_checked_host())
-        mova_checked_release(item, size, place_of_call());
+        mova_checked_release(item, size, where);
     else
         MM_dealloc_item(item, size);
 }
@@ -95,8 +92,10 @@ void *mova_checked_MM_realloc_item(void *item, size_t old_size, size_t new_size)
 {
     const given_block given = has_checked_host() ? mova_checked_reallocate(item, old_size, new_size, place_of_call())
                                                  : given_block{MM_realloc_item(item, old_size, new_size), nullptr};
-    if (given.bytes && given.bytes != item)
-        note_release(item);
+    if (given.bytes && given.bytes != item) {
+        const registry_lock lock;
+        mark_released(item, place_of_call());
+    }
     note_allocation(given);
     return given.bytes;
 }

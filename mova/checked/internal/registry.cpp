@@ -119,19 +119,6 @@ void registry_lock::unlock()
     mutex.unlock();
 }
 
-void mark_released(const void *address, place where)
-{
-    entry *const released = find(address);
-    if (!released || !released->live)
-        return;
-    released->live = false;
-    released->last_place = where;
-    if (released->what == kind::head && released->owner != 0) {
-        owner_at(released->owner).live = false;
-        owner_at(released->owner).released = where;
-    }
-}
-
 void hand_over(const void *address, owner_number to)
 {
     if (const entry *const handed = find(address))

@@ -164,7 +164,18 @@ inline entry *book(const void *address, kind what, owner_number of, place where)
 }
 
 /* Notes that it lies there no longer. Knows nothing of it where nobody had booked it. */
-void mark_released(const void *address, place where);
+inline void mark_released(const void *address, place where)
+{
+    entry *const released = find(address);
+    if (!released || !released->live)
+        return;
+    released->live = false;
+    released->last_place = where;
+    if (released->what == kind::head && released->owner != 0) {
+        owner_at(released->owner).live = false;
+        owner_at(released->owner).released = where;
+    }
+}
 
 /* The node at the address is of another owner from now on. */
 void hand_over(const void *address, owner_number to);
