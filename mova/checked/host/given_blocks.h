@@ -59,7 +59,6 @@ enum class block_state : uint8_t {
 
 constexpr uint64_t guard_word = 0xA5C3A5C3A5C3A5C3u;
 constexpr char slack_byte = 0x5A;
-constexpr unsigned char pattern = 0xDF;
 constexpr uint64_t pattern_word = 0xDFDFDFDFDFDFDFDFu;
 
 /* In front of a large block. */
@@ -159,7 +158,7 @@ public:
     {
         const size_t filled = is_large() ? size() : room();
         if (is_large() || filled > 128)
-            std::memset(bytes_, pattern, filled);
+            std::memset(bytes_, pattern_of_the_released, filled);
         else
             fill_words(bytes_, bytes_ + filled);
     }
@@ -168,7 +167,8 @@ public:
     {
         if (is_large()) {
             const size_t own = size();
-            return static_cast<unsigned char>(*bytes_) == pattern && std::memcmp(bytes_, bytes_ + 1, own - 1) == 0;
+            return static_cast<unsigned char>(*bytes_) == pattern_of_the_released &&
+                   std::memcmp(bytes_, bytes_ + 1, own - 1) == 0;
         }
         uint64_t differs = 0;
         for (const char *at = bytes_, *const end = at + room(); at != end; at += sizeof pattern_word) {
