@@ -6,13 +6,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <optional>
 #include <stdexcept>
 #include <variant>
 
-#include <sched.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <bench/child.h>
+#include <bench/growth.h>
 
 namespace scoreboard {
 namespace {
@@ -92,14 +90,6 @@ private:
     std::map<std::string, std::vector<double>> times_;
 };
 
-void stay_on_this_processor()
-{
-    cpu_set_t only;
-    CPU_ZERO(&only);
-    CPU_SET(static_cast<size_t>(sched_getcpu()), &only);
-    sched_setaffinity(0, sizeof only, &only);
-}
-
 void initialise_benchmark(const effort &spent)
 {
     std::vector<std::string> words = {"mova_bench", "--benchmark_enable_random_interleaving=true",
@@ -131,31 +121,6 @@ figures measure(const timed_row &timed, const effort &spent)
         const figure of_a_turn = figure_of(times.times_of(std::to_string(i)));
         result.push_back({of_a_turn.median * 1e9 / timed.operations, of_a_turn.spread});
     }
-    return result;
-}
-
-/* Does `work` in a child process and returns what it returned there, or nothing if the child failed. */
-template <class Result>
-std::optional<std::vector<Result>> in_a_child(const std::function<std::vector<Result>()> &work)
-{
-    int ends[2];
-    if (pipe(ends) != 0)
-        return std::nullopt;
-    std::fflush(nullptr);
-    pid_t child = fork();
-    if (child == 0) {
-        const std::vector<Result> result = work();
-        const size_t size = result.size() * sizeof(Result);
-        _exit(write(ends[1], result.data(), size) == static_cast<ssize_t>(size) ? 0 : 1);
-    }
-    close(ends[1]);
-    std::vector<Result> result(64);
-    const ssize_t size = read(ends[0], result.data(), result.size() * sizeof(Result));
-    close(ends[0]);
-    int status = 1;
-    if (child < 0 || waitpid(child, &status, 0) != child || status != 0 || size <= 0)
-        return std::nullopt;
-    result.resize(static_cast<size_t>(size) / sizeof(Result));
     return result;
 }
 
@@ -407,6 +372,8 @@ bool add_sized(const char *id, const std::string &workload, size_t count, sized_
 
 int run(int argc, char **argv)
 {
+    if (argc > 1 && std::string_view(argv[1]) == "--growth")
+        return growth::run({argv + 2, argv + argc});
     std::ranges::stable_sort(rows(), {}, id_of);
     auto wanted = read_command_line(argc, argv);
     if (!wanted)

@@ -3,7 +3,9 @@
    one would write without thinking of speed. */
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <numeric>
+#include <optional>
 #include <random>
 #include <set>
 #include <string>
@@ -12,6 +14,7 @@
 #include <boost/container/flat_set.hpp>
 #include <glib.h>
 
+#include <bench/growth.h>
 #include <bench/scoreboard.h>
 #include <mova/arrays/block_array.h>
 #include <mova/arrays/dynamic_array.h>
@@ -315,7 +318,229 @@ void add_find_id(int32_t count, const std::string &count_text, double target)
          {{"std::find", [=](benchmark::State &state) { look_for_id_in_vector(state, count); }, target}}});
 }
 
+/* ---- growth ---- */
+
+/* Every array holds the numbers from 0 on. */
+struct grown_mova_array {
+    DA_array *array = DA_create(4, 1024);
+    ~grown_mova_array() { DA_release(array); }
+    void append(int32_t number) { DA_append(array, &number, 1); }
+    int32_t at(int32_t i) const { return *static_cast<int32_t *>(DA_get_item(array, i)); }
+    int32_t size() const { return DA_nitems(array); }
+    void edit_amid(int32_t i)
+    {
+        DA_insert(array, i, &i, 1);
+        DA_delete(array, i, 1);
+    }
+    void reverse() { DA_reverse(array); }
+    void roll(int32_t n) { DA_roll(array, n); }
+};
+
+struct grown_mova_block {
+    GB_block block;
+    grown_mova_block()
+    {
+        GB_init(&block, 4, 1);
+        GB_set_inc(&block, 1024);
+    }
+    ~grown_mova_block() { GB_release(&block); }
+    void append(int32_t number) { GB_append_after_last(&block, &number); }
+    int32_t at(int32_t i) const { return static_cast<int32_t *>(block.data)[i]; }
+    int32_t size() const { return GB_count_items(&block); }
+    void edit_amid(int32_t i)
+    {
+        GB_insert_item(&block, i, &i);
+        GB_remove_item(&block, i);
+    }
+    void reverse() { GB_reverse(&block); }
+};
+
+struct grown_vector {
+    numbers vector;
+    void append(int32_t number) { vector.push_back(number); }
+    int32_t at(int32_t i) const { return vector.at(static_cast<size_t>(i)); }
+    size_t size() const { return vector.size(); }
+    void edit_amid(int32_t i)
+    {
+        vector.insert(vector.begin() + i, i);
+        vector.erase(vector.begin() + i);
+    }
+    void reverse() { std::reverse(vector.begin(), vector.end()); }
+    void roll(int32_t n) { std::rotate(vector.begin(), vector.begin() + n, vector.end()); }
+};
+
+struct grown_glib_array {
+    GArray *array = g_array_new(FALSE, FALSE, 4);
+    ~grown_glib_array() { g_array_free(array, TRUE); }
+    void append(int32_t number) { g_array_append_val(array, number); }
+    int32_t at(int32_t i) const { return g_array_index(array, int32_t, i); }
+    void edit_amid(int32_t i)
+    {
+        g_array_insert_val(array, static_cast<guint>(i), i);
+        g_array_remove_index(array, static_cast<guint>(i));
+    }
+};
+
+template <class Array>
+void live(growth::life &of)
+{
+    const auto count = static_cast<int32_t>(of.items());
+    Array array;
+    of.fill("append an int", [&] {
+        for (int32_t i = 0; i < count; ++i)
+            array.append(i);
+    });
+    of.repeat("read by index", of.items(), [&] {
+        int32_t sum = 0;
+        for (int32_t i = 0; i < count; ++i)
+            sum ^= array.at(i);
+        DoNotOptimize(sum);
+    });
+    of.repeat("insert and delete in the middle (for each item)", of.items(), [&] { array.edit_amid(count / 2); });
+    if constexpr (requires { array.reverse(); })
+        of.repeat("reverse", of.items(), [&] { array.reverse(); });
+    if constexpr (requires { array.roll(0); })
+        of.repeat("roll by a third", of.items(), [&] { array.roll(count / 3); });
+}
+
+struct grown_mova_numbers {
+    mova_array array;
+    explicit grown_mova_numbers(int32_t count) : array(count) {}
+    bool contains(int32_t number) { return SA_check_number(array, number); }
+    void adapt(int32_t position)
+    {
+        SA_adapt_for_insert(array, position);
+        SA_adapt_for_remove(array, position);
+    }
+};
+
+template <class Set>
+struct grown_set {
+    Set set;
+    explicit grown_set(int32_t count)
+    {
+        for (int32_t number = 0; number < count; ++number)
+            set.insert(set.end(), number);
+    }
+    bool contains(int32_t number) { return set.find(number) != set.end(); }
+};
+
+template <class Numbers>
+void live_sorted(growth::life &of)
+{
+    const auto count = static_cast<int32_t>(of.items());
+    std::mt19937 engine(1);
+    std::vector<int32_t> sought(std::min<size_t>(of.items(), 100000));
+    for (int32_t &number : sought)
+        number = static_cast<int32_t>(engine() % static_cast<uint32_t>(count));
+    std::optional<Numbers> all;
+    of.fill("fill in order", [&] { all.emplace(count); });
+    of.repeat("look up at random", sought.size(), [&] {
+        for (int32_t number : sought)
+            DoNotOptimize(all->contains(number));
+    });
+    if constexpr (requires { all->adapt(0); })
+        of.repeat("adapt for an insertion and a removal", of.items(), [&] { all->adapt(count); });
+}
+
+struct grown_mova_ids {
+    DA_array *table = io_lut_create();
+    ~grown_mova_ids() { io_lut_release(&table); }
+    void add(void *pointer) { io_lut_add(table, pointer); }
+    void *at(int32_t id) const { return io_lut_look_ptr(table, id); }
+    void find(void *pointer) const { DoNotOptimize(io_lut_look_id(table, pointer)); }
+};
+
+/* Ids begin with 1 here too. */
+struct grown_vector_ids {
+    std::vector<void *> table = {nullptr};
+    void add(void *pointer) { table.push_back(pointer); }
+    void *at(int32_t id) const { return table.at(static_cast<size_t>(id)); }
+    void find(void *pointer) const { DoNotOptimize(std::find(table.begin(), table.end(), pointer)); }
+};
+
+template <class Ids>
+void live_as_ids(growth::life &of)
+{
+    const auto count = static_cast<int32_t>(of.items());
+    char last;
+    Ids ids;
+    of.fill("add", [&] {
+        for (int32_t i = 1; i < count; ++i)
+            ids.add(&thing);
+        ids.add(&last);
+    });
+    of.repeat("pointer of an id", of.items(), [&] {
+        for (int32_t id = 1; id <= count; ++id)
+            DoNotOptimize(ids.at(id));
+    });
+    of.repeat("find the id of the last pointer (for each item)", of.items(), [&] { ids.find(&last); });
+}
+
+/* Each is reached through a pointer, as by a function that is given the table. */
+template <class Ids>
+void look_up_ids(benchmark::State &state, int32_t count)
+{
+    const auto ids = std::make_unique<Ids>();
+    for (int32_t i = 0; i < count; ++i)
+        ids->add(&thing + i % 2);
+    Ids *table = ids.get();
+    for (auto _ : state) {
+        DoNotOptimize(table);
+        uintptr_t sum = 0;
+        for (int32_t id = 1; id <= count; ++id)
+            sum += reinterpret_cast<uintptr_t>(table->at(id));
+        DoNotOptimize(sum);
+    }
+}
+
+constexpr size_t short_arrays = 1000;
+
+/* Adds up how many elements so many arrays have. */
+template <class Array>
+void count(benchmark::State &state)
+{
+    std::vector<Array> arrays(short_arrays);
+    arrays.front().append(1);
+    for (auto _ : state) {
+        size_t sum = 0;
+        for (const Array &array : arrays)
+            sum += static_cast<size_t>(array.size());
+        DoNotOptimize(sum);
+    }
+}
+
+void add_short_functions()
+{
+    scoreboard::add_timed(
+        {"I1",
+         "id table: the pointers of 1e5 ids",
+         many,
+         [](benchmark::State &state) { look_up_ids<grown_mova_ids>(state, many); },
+         {{"vector::at", [](benchmark::State &state) { look_up_ids<grown_vector_ids>(state, many); }, 0.91}}});
+    scoreboard::add_timed({"A5",
+                           "dynamic array: the counts of 1e3 arrays",
+                           short_arrays,
+                           count<grown_mova_array>,
+                           {{"std::vector", count<grown_vector>, 0.91}}});
+}
+
+void add_growth()
+{
+    growth::add("dynamic_array", {{"mova", live<grown_mova_array>, 1e8},
+                                  {"std::vector", live<grown_vector>, 1e8},
+                                  {"GArray", live<grown_glib_array>, 1e8}});
+    growth::add("block_array", {{"mova", live<grown_mova_block>, 1e8}, {"std::vector", live<grown_vector>, 1e8}});
+    growth::add("sorted_number_array", {{"mova", live_sorted<grown_mova_numbers>, 1e8},
+                                        {"flat_set", live_sorted<grown_set<boost::container::flat_set<int32_t>>>, 1e8},
+                                        {"std::set", live_sorted<grown_set<std::set<int32_t>>>, 1e7}});
+    growth::add("id_lookup_table",
+                {{"mova", live_as_ids<grown_mova_ids>, 1e8}, {"std::vector", live_as_ids<grown_vector_ids>, 1e8}});
+}
+
 const bool registered = [] {
+    add_short_functions();
+    add_growth();
     add_append("dynamic array: append", append_to_mova, 10, 1.5, 2.5);
     add_append("dynamic array: append", append_to_mova, 1024, 1.9, 3);
     add_append("block array: append", append_to_mova_block, 1024, 0, 0);

@@ -6,11 +6,13 @@
 #include <cstring>
 #include <list>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include <bench/growth.h>
 #include <bench/scoreboard.h>
 #include <mova/cache/swap_cache.h>
 #include <mova/host/memory_blocks.h>
@@ -124,6 +126,34 @@ void get(benchmark::State &state, uint32_t count, uint32_t size, size_t room)
     }
 }
 
+/* Of the bodies of 64 B all have room, or a tenth; a get of the others evicts. */
+template <class Cache, size_t part>
+void live(growth::life &of)
+{
+    const auto count = static_cast<uint32_t>(of.items());
+    static std::vector<item> items = numbered_items(count, 64);
+    static const std::vector<uint32_t> numbers = random_numbers(count);
+    std::optional<Cache> cache;
+    const auto get_each = [&](const auto &wanted, const auto &number_of) {
+        for (const auto &each : wanted)
+            DoNotOptimize(cache->get(number_of(each)));
+    };
+    of.fill(part == 1 ? "insert and fetch 64 B" : "insert and fetch 64 B (room for a tenth)", [&] {
+        cache.emplace(items, 64, items.size() / part);
+        get_each(items, [](const item &each) { return each.number; });
+    });
+    of.repeat(part == 1 ? "get at random" : "get at random (room for a tenth)", numbers.size(),
+              [&] { get_each(numbers, [](uint32_t number) { return number; }); });
+    of.once("release", of.items(), [&] { cache.reset(); });
+}
+
+template <class Cache>
+void live_in(growth::life &of)
+{
+    live<Cache, 1>(of);
+    live<Cache, 10>(of);
+}
+
 void add(const std::string &id, const std::string &workload, uint32_t items, uint32_t size, size_t room, double target)
 {
     scoreboard::add_timed(
@@ -135,6 +165,7 @@ void add(const std::string &id, const std::string &workload, uint32_t items, uin
 }
 
 const bool registered = [] {
+    growth::add("swap_cache", {{"mova", live_in<mova_cache>, 1e7}, {"list + map", live_in<standard_cache>, 1e7}});
     add("C1", "cc_get of a body in memory, 1e3 entries", 1000, 64, 1000, 2.5);
     add("C1", "cc_get of a body in memory, 1e5 entries", 100000, 64, 100000, 4);
     add("C1f", "cc_get, pool of a tenth of 1e4 bodies of 4 KiB", 10000, 4096, 1000, 0);

@@ -12,8 +12,10 @@
 #include <glib.h>
 #include <tsl/robin_map.h>
 
+#include <bench/growth.h>
 #include <bench/scoreboard.h>
 #include <mova/hash/hash_table.h>
+#include <mova/hash/pointer_lookup.h>
 
 namespace {
 
@@ -313,6 +315,73 @@ struct remove_few {
     }
 };
 
+/* ---- growth ---- */
+
+/* So many of the keys are asked for and removed. */
+constexpr size_t most_asked = 1000000;
+
+template <class Table>
+void live_with(growth::life &of, key_set (*keys_of)(size_t count), int32_t shift)
+{
+    static const key_set keys = keys_of(of.items());
+    const size_t asked = std::min(of.items(), most_asked);
+    typename Table::type table = Table::create(shift);
+    const auto get_each_of = [&](const words &sought) {
+        mova_word sum = 0;
+        for (size_t i = 0; i < asked; ++i)
+            sum += Table::get(table, sought[i]);
+        DoNotOptimize(sum);
+    };
+    of.fill("insert", [&] {
+        for (mova_word key : keys.stored)
+            Table::set(table, key);
+    });
+    of.repeat("find one that is there", asked, [&] { get_each_of(keys.shuffled); });
+    of.repeat("find one that is absent", asked, [&] { get_each_of(keys.absent); });
+    if constexpr (requires { Table::sum(table); })
+        of.repeat("iterate", of.items(), [&] { DoNotOptimize(Table::sum(table)); });
+    of.once("remove", asked / 2, [&] {
+        for (size_t i = 0; i < asked / 2; ++i)
+            Table::remove(table, keys.shuffled[i]);
+    });
+    Table::release(table);
+}
+
+template <class Table>
+void live(growth::life &of)
+{
+    live_with<Table>(of, random_keys, 0);
+}
+
+struct mova_lookup_table {
+    using type = mova_lookup *;
+    static type create(int32_t) { return mova_lu_create(); }
+    static void set(type table, mova_word key) { mova_lu_add(table, key, key); }
+    static mova_word get(type table, mova_word key) { return mova_lu_get(table, key); }
+    static void remove(type table, mova_word key) { mova_lu_remove(table, key); }
+    static void release(type table) { mova_lu_release(&table, nullptr); }
+};
+
+/* The addresses of blocks, as lookups have them. The pointer lookup has no shift. */
+template <class Table>
+void live_of_pointers(growth::life &of)
+{
+    live_with<Table>(of, block_keys, 4);
+}
+
+void add_growth()
+{
+    growth::add("hash_table", {{"mova", live<mova_table>, 1e7},
+                               {"flat_hash_map", live<flat_map>, 1e7},
+                               {"robin_map", live<robin_map>, 1e7},
+                               {"GHashTable", live<glib_table>, 1e7},
+                               {"unordered_map", live<standard_map>, 1e7}});
+    growth::add("pointer_lookup", {{"mova", live_of_pointers<mova_lookup_table>, 1e7},
+                                   {"HSH_ with a shift", live_of_pointers<mova_table>, 1e7},
+                                   {"flat_hash_map", live_of_pointers<flat_map>, 1e7},
+                                   {"unordered_map", live_of_pointers<standard_map>, 1e7}});
+}
+
 /* ---- the rows ---- */
 
 struct targets {
@@ -393,6 +462,7 @@ void add_rows()
 
 const bool registered = [] {
     add_rows();
+    add_growth();
     return true;
 }();
 

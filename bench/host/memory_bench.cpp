@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <bench/growth.h>
 #include <bench/host/heaps.h>
 
 namespace {
@@ -142,6 +143,30 @@ double bytes_held(size_t count, size_t size)
     return (resident_bytes() - before) / static_cast<double>(count);
 }
 
+/* ---- growth ---- */
+
+template <class Heap>
+void live(growth::life &of)
+{
+    block_list blocks(of.items());
+    std::vector<uint32_t> places =
+        random_numbers(std::min<size_t>(of.items(), 1000000), static_cast<uint32_t>(of.items()));
+    of.fill("allocate 48 B and write", [&] {
+        for (void *&block : blocks) {
+            block = Heap::take(48);
+            *static_cast<uint64_t *>(block) = 1;
+        }
+    });
+    of.once("release and allocate at random", places.size(), [&] {
+        for (uint32_t place : places) {
+            Heap::give(blocks[place], 48);
+            blocks[place] = Heap::take(48);
+        }
+    });
+    shuffle(blocks);
+    of.once("release at random", of.items(), [&] { release<Heap>(blocks, 48); });
+}
+
 /* ---- the rows ---- */
 
 struct row {
@@ -175,6 +200,9 @@ void add_bytes(size_t size, double at_most)
 }
 
 const bool registered = [] {
+    growth::add("memory", {{"mova", live<mova_heap>, 1e7},
+                           {"glibc", live<glibc_heap>, 1e7},
+                           {"mimalloc", mimalloc_heap::is_there() ? live<mimalloc_heap> : nullptr, 1e7}});
     for (const row &each : {row{1000, "1e3", {2, 1.5}}, row{100000, "1e5", {5, 1.7}}, row{2000000, "2e6", {5, 3}}})
         add_churn(each);
     for (const row &each : {row{1000, "1e3", {1.6, 1}}, row{100000, "1e5", {10, 1.1}}, row{2000000, "2e6", {5, 1.1}}})

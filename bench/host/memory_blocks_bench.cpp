@@ -1,12 +1,15 @@
 /* SPDX-License-Identifier: MIT */
 /* The pool of movable blocks beside glibc's allocator, which has all the memory that it wants and moves nothing. */
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <bench/growth.h>
 #include <bench/scoreboard.h>
 #include <mova/host/memory_blocks.h>
 
@@ -21,6 +24,13 @@ public:
     using block = mb_handle;
 
     ~mova_pool() { mb_release_pool(&pool_); }
+
+    mova_pool() = default;
+    explicit mova_pool(size_t bytes) : pool_(mb_create_pool(bytes)) {}
+    mova_pool(const mova_pool &) = delete;
+    mova_pool &operator=(const mova_pool &) = delete;
+
+    void *address(block of) { return mb_get(pool_, of); }
 
     block take(size_t size)
     {
@@ -39,6 +49,11 @@ private:
 class glibc_heap {
 public:
     using block = void *;
+
+    glibc_heap() = default;
+    explicit glibc_heap(size_t) {}
+
+    void *address(block of) { return of; }
 
     block take(size_t size)
     {
@@ -147,6 +162,26 @@ double moved_by_an_operation(unsigned per_cent)
     return static_cast<double>(churning.heap().figures().moved_bytes - before) / (turns * churns);
 }
 
+template <class Heap>
+void live(growth::life &of)
+{
+    std::vector<typename Heap::block> blocks(of.items());
+    std::optional<Heap> heap(std::in_place, of.items() * 64);
+    of.fill("allocate 64 B and write", [&] {
+        for (auto &block : blocks)
+            block = heap->take(64);
+    });
+    std::shuffle(blocks.begin(), blocks.end(), std::mt19937(4197));
+    of.repeat("address at random", of.items(), [&] {
+        for (const auto &block : blocks)
+            benchmark::DoNotOptimize(*static_cast<char *>(heap->address(block)));
+    });
+    of.once("release at random", of.items(), [&] {
+        for (const auto &block : blocks)
+            heap->give(block);
+    });
+}
+
 std::string workload(const char *what, unsigned per_cent)
 {
     return what + std::to_string(per_cent) + " % full";
@@ -173,6 +208,7 @@ void add_moved(unsigned per_cent, double at_most)
 }
 
 const bool registered = [] {
+    growth::add("memory_blocks", {{"mova", live<mova_pool>, 1e7}, {"glibc", live<glibc_heap>, 1e7}});
     for (const auto &[per_cent, target] :
          std::initializer_list<std::pair<unsigned, double>>{{50, 0}, {80, 1}, {90, 0}, {95, 0.7}, {99, 0}})
         add_time(per_cent, target);

@@ -4,14 +4,17 @@
 #include <array>
 #include <list>
 #include <random>
+#include <stack>
 #include <string>
 #include <vector>
 
 #include <glib.h>
 
+#include <bench/growth.h>
 #include <bench/scoreboard.h>
 #include <mova/lists/double_list.h>
 #include <mova/lists/element_list.h>
+#include <mova/lists/element_stack.h>
 
 namespace {
 
@@ -128,7 +131,174 @@ void add_sort(size_t count, const std::string &count_text)
                            {{"std::list", [=](benchmark::State &state) { sort_standard_list(state, count); }, 0}}});
 }
 
+/* ---- the stack ---- */
+
+struct mova_stack {
+    ES_stack *stack = ES_create(8);
+    ~mova_stack() { ES_release(&stack); }
+    void push(int64_t number) { ES_push(stack, &number); }
+    int64_t pop()
+    {
+        int64_t number = 0;
+        ES_pop(stack, &number);
+        return number;
+    }
+    int64_t top() const
+    {
+        int64_t number = 0;
+        ES_inspect_top(stack, &number);
+        return number;
+    }
+};
+
+template <class Storage>
+struct standard_stack {
+    std::stack<int64_t, Storage> stack;
+    void push(int64_t number) { stack.push(number); }
+    int64_t pop()
+    {
+        const int64_t number = stack.top();
+        stack.pop();
+        return number;
+    }
+    int64_t top() const { return stack.top(); }
+};
+using vector_stack = standard_stack<std::vector<int64_t>>;
+using list_stack = standard_stack<std::list<int64_t>>;
+
+constexpr size_t stacks = 1000;
+
+/* Puts one more element on a stack and takes it off, again and again. */
+template <class Stack>
+void push_and_pop(benchmark::State &state)
+{
+    Stack stack;
+    Stack *reached = &stack;
+    stack.push(1);
+    for (auto _ : state) {
+        for (size_t i = 0; i < stacks; ++i) {
+            DoNotOptimize(reached);
+            reached->push(1);
+            DoNotOptimize(reached);
+            DoNotOptimize(reached->pop());
+        }
+    }
+}
+
+/* Adds up what lies on top of so many stacks. */
+template <class Stack>
+void top(benchmark::State &state)
+{
+    std::vector<Stack> all(stacks);
+    for (Stack &each : all)
+        each.push(1);
+    for (auto _ : state) {
+        int64_t sum = 0;
+        for (const Stack &each : all)
+            sum += each.top();
+        DoNotOptimize(sum);
+    }
+}
+
+/* A node for each element, as ours has, is what the targets are for. */
+void add_stack()
+{
+    const auto add = [](const char *workload, auto ours, auto of_list, auto of_vector) {
+        scoreboard::add_timed({"L8",
+                               std::string("element stack: ") + workload,
+                               stacks,
+                               ours,
+                               {{"std::list", of_list, 0.91}, {"std::vector", of_vector, 0}}});
+    };
+    add("push and pop 8 B", push_and_pop<mova_stack>, push_and_pop<list_stack>, push_and_pop<vector_stack>);
+    add("the tops of 1e3 stacks", top<mova_stack>, top<list_stack>, top<vector_stack>);
+}
+
+/* ---- growth ---- */
+
+void walk(EL_list *list)
+{
+    EL_iterator iterator = EL_all_items(list);
+    for (void *item; EL_next_item(&iterator, &item);)
+        DoNotOptimize(item);
+}
+
+void walk(std::list<element<8>> *list)
+{
+    for (element<8> &each : *list)
+        DoNotOptimize(&each);
+}
+
+void walk(GQueue *list)
+{
+    for (GList *node = list->head; node; node = node->next)
+        DoNotOptimize(node->data);
+}
+
+template <class List>
+void live(growth::life &of)
+{
+    typename List::type list = List::create();
+    element<8> appended{};
+    of.fill("append 8 B", [&] {
+        for (size_t i = 0; i < of.items(); ++i)
+            List::append(list, appended);
+    });
+    of.repeat("walk", of.items(), [&] { walk(list); });
+    of.once("release", of.items(), [&] { List::release(list); });
+}
+
+template <class Stack>
+void live_as_stack(growth::life &of)
+{
+    Stack stack;
+    of.fill("push 8 B", [&] {
+        for (size_t i = 0; i < of.items(); ++i)
+            stack.push(static_cast<int64_t>(i));
+    });
+    of.repeat("push and pop one more", 1, [&] {
+        stack.push(1);
+        DoNotOptimize(stack.pop());
+    });
+    of.once("pop", of.items(), [&] {
+        for (size_t i = 0; i < of.items(); ++i)
+            DoNotOptimize(stack.pop());
+    });
+}
+
+void live_sorted_in_mova(growth::life &of)
+{
+    const std::vector<double> values = random_values(of.items());
+    DBLL_list *list = DBLL_create();
+    of.fill("append", [&] {
+        for (double value : values)
+            DBLL_add_double(list, value);
+    });
+    of.once("sort", of.items(), [&] { DBLL_sort(list); });
+    of.once("release", of.items(), [&] { DBLL_release(&list); });
+}
+
+void live_sorted_in_standard(growth::life &of)
+{
+    const std::vector<double> values = random_values(of.items());
+    std::list<double> list;
+    of.fill("append", [&] {
+        for (double value : values)
+            list.push_back(value);
+    });
+    of.once("sort", of.items(), [&] { list.sort(); });
+    of.once("release", of.items(), [&] { list.clear(); });
+}
+
 const bool registered = [] {
+    add_stack();
+    growth::add("element_list", {{"mova", live<mova_list<8>>, 1e8},
+                                 {"std::list", live<standard_list<8>>, 1e8},
+                                 {"GQueue", live<glib_queue<8>>, 1e7}});
+    growth::add("element_stack", {{"mova", live_as_stack<mova_stack>, 1e8},
+                                  {"std::list", live_as_stack<list_stack>, 1e8},
+                                  {"std::vector", live_as_stack<vector_stack>, 1e8}});
+    growth::add("double_list", {{"mova", live_sorted_in_mova, 1e7}, {"std::list", live_sorted_in_standard, 1e7}});
     add_sizes(1000, "1e3", 0);
     add_sizes(100000, "1e5", 0);
     add_sizes(2000000, "2e6", 1.7);

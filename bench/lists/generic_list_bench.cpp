@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <list>
 #include <string>
+#include <vector>
 
 #include <glib.h>
 
+#include <bench/growth.h>
 #include <bench/scoreboard.h>
 #include <mova/lists/generic_list.h>
 
@@ -27,7 +29,14 @@ struct mova_list {
         return GL_find_item(list, item, &position);
     }
     static type copy(type list) { return GL_copy(list); }
+    static int32_t count(type list) { return GL_count_items(list); }
     static void release(type list) { GL_release(&list); }
+
+    static GL_node *first(type list) { return list->first; }
+    static void edit_behind(type list, GL_node *position)
+    {
+        GL_remove_item(list, GL_insert_after(list, position, items));
+    }
 
     static void walk(type list)
     {
@@ -55,7 +64,15 @@ struct glib_queue {
     static void append(type list, void *item) { g_queue_push_tail(list, item); }
     static bool find(type list, const void *item) { return g_queue_find(list, item); }
     static type copy(type list) { return g_queue_copy(list); }
+    static guint count(type list) { return g_queue_get_length(list); }
     static void release(type list) { g_queue_free(list); }
+
+    static GList *first(type list) { return g_queue_peek_head_link(list); }
+    static void edit_behind(type list, GList *position)
+    {
+        g_queue_insert_after(list, position, items);
+        g_queue_delete_link(list, position->next);
+    }
 
     static void walk(type list)
     {
@@ -70,7 +87,14 @@ struct standard_list {
     static void append(type list, void *item) { list->push_back(item); }
     static bool find(type list, const void *item) { return std::find(list->begin(), list->end(), item) != list->end(); }
     static type copy(type list) { return new std::list<void *>(*list); }
+    static size_t count(type list) { return list->size(); }
     static void release(type list) { delete list; }
+
+    static auto first(type list) { return list->begin(); }
+    static void edit_behind(type list, std::list<void *>::iterator position)
+    {
+        list->erase(list->insert(std::next(position), items));
+    }
 
     static void walk(type list)
     {
@@ -123,6 +147,37 @@ void copy_and_release(benchmark::State &state, size_t count)
     on_one_list<List>(state, count, [](auto list) { List::release(List::copy(list)); });
 }
 
+/* Adds up how many items so many lists have. */
+template <class List>
+void count(benchmark::State &state, size_t lists)
+{
+    std::vector<typename List::type> all;
+    for (size_t i = 0; i < lists; ++i)
+        all.push_back(filled<List>(i % 3));
+    for (auto _ : state) {
+        size_t sum = 0;
+        for (typename List::type list : all)
+            sum += static_cast<size_t>(List::count(list));
+        DoNotOptimize(sum);
+    }
+    for (typename List::type list : all)
+        List::release(list);
+}
+
+template <class List>
+void live(growth::life &of)
+{
+    typename List::type list = List::create();
+    of.fill("append", [&] {
+        for (size_t i = 0; i < of.items(); ++i)
+            List::append(list, items);
+    });
+    of.repeat("walk", of.items(), [&] { List::walk(list); });
+    of.repeat("find an absent item", of.items(), [&] { DoNotOptimize(List::find(list, &absent)); });
+    of.repeat("insert and remove at a position", 1, [&] { List::edit_behind(list, List::first(list)); });
+    of.once("release", of.items(), [&] { List::release(list); });
+}
+
 struct size {
     size_t count;
     const char *text;
@@ -152,6 +207,11 @@ void add_rows(const size &of)
 const bool registered = [] {
     for (const size &of : {size{1000, "1e3"}, {100000, "1e5"}, {2000000, "2e6"}})
         add_rows(of);
+    scoreboard::add_sized("L9", "pointer list: the counts of 1e3 lists", 1000, count<mova_list>,
+                          {{"std::list", count<standard_list>, 0.91}, {"GQueue", count<glib_queue>, 0}});
+    growth::add(
+        "generic_list",
+        {{"mova", live<mova_list>, 1e8}, {"GQueue", live<glib_queue>, 1e8}, {"std::list", live<standard_list>, 1e8}});
     return true;
 }();
 

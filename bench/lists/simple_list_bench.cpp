@@ -10,6 +10,7 @@
 #include <boost/intrusive/list.hpp>
 #include <utlist.h>
 
+#include <bench/growth.h>
 #include <bench/scoreboard.h>
 #include <mova/lists/simple_list.h>
 
@@ -119,10 +120,10 @@ struct bsd_list {
 };
 
 template <class List>
-std::vector<typename List::record> numbered_records()
+std::vector<typename List::record> numbered_records(size_t count = item_count)
 {
-    std::vector<typename List::record> records(item_count);
-    for (size_t i = 0; i < item_count; ++i)
+    std::vector<typename List::record> records(count);
+    for (size_t i = 0; i < count; ++i)
         records[i].number = i;
     return records;
 }
@@ -174,6 +175,26 @@ void append_walk_and_remove(benchmark::State &state)
     }
 }
 
+template <class List>
+void live(growth::life &of)
+{
+    auto records = numbered_records<List>(of.items());
+    List list;
+    of.once("append", of.items(), [&] {
+        for (auto &record : records)
+            list.append(record);
+    });
+    of.repeat("walk", of.items(), [&] {
+        size_t sum = 0;
+        list.walk([&sum](const auto &record) { sum += record.number; });
+        DoNotOptimize(sum);
+    });
+    of.once("remove", of.items(), [&] {
+        for (auto &record : records)
+            list.remove(record);
+    });
+}
+
 using work = void (*)(benchmark::State &);
 
 void add(const std::string &workload, work ours, const std::vector<scoreboard::timed_peer> &peers)
@@ -195,6 +216,10 @@ const bool registered = [] {
          {"utlist", append_and_remove<ut_list>, 0},
          {"TAILQ", append_and_remove<bsd_list>, 0},
          {"own calls", append_and_remove<called_mova_list>, 0}});
+    growth::add("simple_list", {{"mova", live<mova_list>, 1e8},
+                                {"boost", live<boost_list>, 1e8},
+                                {"utlist", live<ut_list>, 1e8},
+                                {"TAILQ", live<bsd_list>, 1e8}});
     return true;
 }();
 

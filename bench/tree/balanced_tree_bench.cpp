@@ -14,6 +14,7 @@
 
 #include <boost/intrusive/avl_set.hpp>
 
+#include <bench/growth.h>
 #include <bench/scoreboard.h>
 #include <mova/tree/balanced_tree.h>
 
@@ -238,6 +239,30 @@ void walk(benchmark::State &state, size_t count)
     }
 }
 
+template <class Tree>
+void live(growth::life &of)
+{
+    static std::vector<record> items = shuffled_records(of.items(), 1), keys = shuffled_records(of.items(), 2);
+    const size_t asked = std::min<size_t>(of.items(), 1000000);
+    std::optional<Tree> tree(std::in_place);
+    of.fill("insert", [&] { insert_all(*tree, items); });
+    of.repeat("search", asked, [&] {
+        for (size_t i = 0; i < asked; ++i)
+            DoNotOptimize(tree->find(keys[i]));
+    });
+    of.repeat("walk", of.items(), [&] {
+        int64_t sum = 0;
+        tree->walk([&sum](const record &item) { sum += item.key; });
+        DoNotOptimize(sum);
+    });
+    const size_t removed = asked / 2;
+    of.once("find and remove", removed, [&] {
+        for (size_t i = 0; i < removed; ++i)
+            tree->remove(keys[i]);
+    });
+    of.once("release", of.items() - removed, [&] { tree.reset(); });
+}
+
 struct size {
     size_t count;
     const char *text;
@@ -267,6 +292,10 @@ void add_rows(const size &of)
 }
 
 const bool registered = [] {
+    growth::add("balanced_tree", {{"mova", live<mova_tree>, 1e7},
+                                  {"GTree", live<glib_tree>, 1e7},
+                                  {"std::set", live<standard_set>, 1e7},
+                                  {"boost avl_set", live<boost_set>, 1e7}});
     add_rows({1000, "1e3", 1.15, 1.05, 1.1, 0, 0, 0, 0});
     add_rows({100000, "1e5", 1.5, 2, 1.4, 0, 0, 0, 0});
     add_rows({1000000, "1e6", 1.6, 1.9, 1.5, 0.9, 1.2, 1.3, 1.35});

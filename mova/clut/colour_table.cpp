@@ -1,4 +1,5 @@
 /* SPDX-License-Identifier: MIT */
+#define MOVA_OWN_COLOUR_TABLE
 #include <mova/clut/colour_table.h>
 
 #include <algorithm>
@@ -16,6 +17,8 @@
 /* Weak, so that a program in a static link can define it too. */
 [[gnu::weak]] int32_t clut_debug = 0;
 
+clut_colours clut_shown = {};
+
 int32_t GE_CLEAR = 0, GE_WHITE = 0, GE_BLACK = 0, GE_RED = 0, GE_LRED = 0, GE_GREEN = 0, GE_BLUE = 0, GE_GRAY = 0,
         GE_LGRAY = 0, GE_GRAY144 = 0, GE_GRAY164 = 0, GE_CYAN = 0, GE_MAG = 0, GE_DRKGREEN = 0, GE_DRKMAG = 0,
         GE_DRKBLU = 0, GE_DRKCYAN = 0, GE_DRKGRAY = 0, GE_SYS32 = 0;
@@ -23,6 +26,12 @@ int32_t GE_CLEAR = 0, GE_WHITE = 0, GE_BLACK = 0, GE_RED = 0, GE_LRED = 0, GE_GR
 namespace mova::clut {
 
 table_state table = {};
+
+void use_table(const table_state &used)
+{
+    table = used;
+    clut_shown = {std::max(table.size, 0), table.colours};
+}
 
 namespace {
 
@@ -90,7 +99,7 @@ public:
 
     void restore() const
     {
-        table = state_;
+        use_table(state_);
         words = words_;
         for (std::size_t i = 0; i < std::size(indices_); ++i)
             *standard_indices[i] = indices_[i];
@@ -105,11 +114,8 @@ private:
 void make_table(int32_t size, CLUT_callback callback, mova_word client_word)
 {
     const size_t count = static_cast<size_t>(std::max(size, 0));
-    table.size = size;
-    table.states = zeroed<int32_t>(count + 1);
-    table.colours = zeroed<colour>(count);
-    table.callback = callback;
-    table.client_word = client_word;
+    int32_t *states = zeroed<int32_t>(count + 1);
+    use_table({size, table.dirty_index, states, zeroed<colour>(count), callback, client_word});
 }
 
 void assign_standard_indices()

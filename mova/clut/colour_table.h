@@ -69,6 +69,19 @@ typedef void (*CLUT_callback)(int32_t index, int16_t red, int16_t green, int16_t
    start. */
 extern int32_t clut_debug;
 
+/* All colours of the table, for the body of CLUT_get in its caller. Programs have no use for it; the library alone writes
+   it. No colours until RGBLUT_init. */
+typedef struct clut_colour {
+    int16_t red, green, blue;
+} clut_colour;
+
+typedef struct clut_colours {
+    int32_t size; /* not negative */
+    const clut_colour *first;
+} clut_colours;
+
+extern clut_colours clut_shown;
+
 /* The indices of the standard colours: 0 until RGBLUT_init assigns them. Beside each its index and its red, green and
    blue. */
 extern int32_t GE_CLEAR;    /* 21   255 255 255 */
@@ -153,6 +166,10 @@ void CLUT_statistics(void);
 #pragma GCC visibility pop
 #ifdef __cplusplus
 }
+#endif
+
+#ifndef MOVA_NO_INLINE
+#include <mova/clut/inline/colour_table.h>
 #endif
 
 #endif

@@ -31,7 +31,9 @@ static void check_colour(int32_t index, int red, int green, int blue)
 static void standard_colours(void)
 {
     CHECK(GE_WHITE == 0);
+    CHECK(clut_shown.size == 0);
     RGBLUT_init(64, tell, (mova_word)&told_index);
+    CHECK(clut_shown.size == 64 && clut_shown.first[GE_MAG].red == 189);
     CHECK(told_index == GE_DRKCYAN);
     const int32_t indices[] = {GE_WHITE,   GE_CLEAR, GE_BLACK,   GE_RED,     GE_LRED,     GE_BLUE,   GE_LGRAY,
                                GE_GRAY,    GE_GREEN, GE_CYAN,    GE_MAG,     GE_DRKGREEN, GE_DRKMAG, GE_DRKBLU,

@@ -251,6 +251,17 @@ TEST(RecordLayout, HashTableIteratorIsATableAndAnIndex)
     EXPECT_EQ(sizeof(HSH_iterator), 2 * word);
 }
 
+TEST(RecordLayout, ShownColoursAreASizeAndAPointerToThreeComponentsEach)
+{
+    EXPECT_EQ(offsetof(clut_colours, size), 0u);
+    EXPECT_EQ(sizeof(clut_colours::size), 4u);
+    EXPECT_EQ(offsetof(clut_colours, first), word);
+    EXPECT_EQ(offsetof(clut_colour, red), 0u);
+    EXPECT_EQ(offsetof(clut_colour, green), 2u);
+    EXPECT_EQ(offsetof(clut_colour, blue), 4u);
+    EXPECT_EQ(sizeof(clut_colour), 6u);
+}
+
 TEST(RecordLayout, PointerLookupIsThreeWords)
 {
     EXPECT_EQ(offsetof(mova_lookup, front_key), 0u);

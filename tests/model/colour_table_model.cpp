@@ -8,6 +8,7 @@
 #include <tests/support/colour_table_start.h>
 #include <mova/clut/internal/invariants.h>
 
+#include <algorithm>
 #include <array>
 #include <iterator>
 #include <map>
@@ -178,6 +179,8 @@ public:
     void compare()
     {
         require(clut::table.size == size_, "another size");
+        require(clut_shown.size == std::max(size_, 0) && clut_shown.first == clut::table.colours,
+                "other colours are shown");
         require(modules.rgblut.first_free_index == first_free_, "another first free index");
         require(clut::table.dirty_index == dirty_, "another dirty index");
         require((modules.rgblut.full_warning != 0) == warned_, "another warning flag");

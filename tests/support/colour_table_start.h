@@ -46,7 +46,7 @@ inline void restart_colour_table()
     std::free(clut::table.states);
     std::free(clut::table.colours);
     modules.rgblut = first_record;
-    clut::table = first_state;
+    clut::use_table(first_state);
     clut_debug = first_debug;
     for (std::size_t i = 0; i < first_words.size(); ++i)
         *standard_colours[i].word = first_words[i];

@@ -19,10 +19,12 @@
 extern "C" {
 #endif
 
+/* One comparison: an id below 1 is above all others here, and there is the word of the flags to take away. */
 LUT_INLINE void *io_lut_look_ptr(const DA_array *table, int32_t id)
 {
-    MOVA_ASSERT(table->element_size == sizeof(void *));
-    return id > 0 && id < DA_nitems(table) ? MOVA_CAST(void **, DA_data(table))[id] : NULL;
+    const uint32_t ids = MOVA_CAST(uint32_t, DA_nitems(table)) - 1;
+    MOVA_ASSERT(table->element_size == sizeof(void *) && DA_nitems(table) > 0);
+    return MOVA_CAST(uint32_t, id) - 1 < ids ? MOVA_CAST(void **, DA_data(table))[id] : NULL;
 }
 
 #ifndef MOVA_OWN_ID_LOOKUP_TABLE

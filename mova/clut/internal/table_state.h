@@ -9,9 +9,7 @@ namespace mova::clut {
 
 enum : int32_t { free_index = 0, hard_index = 1, dynamic_index = 2 };
 
-struct colour {
-    int16_t red, green, blue;
-};
+using colour = clut_colour;
 
 struct table_state {
     int32_t size;
@@ -23,6 +21,9 @@ struct table_state {
 };
 
 extern table_state table;
+
+/* Puts another table in its place, before programs' eyes too. */
+void use_table(const table_state &used);
 
 } // namespace mova::clut
 
