@@ -222,7 +222,7 @@ mb_pool *mb_create_pool(size_t budget)
         return nullptr;
     const std::lock_guard lock(known.mutex);
     known.of(pool) = {};
-    if (mova_checked_is_service(&MM_alloc_item)) {
+    if (mova_checked_is_service && mova_checked_is_service(&MM_alloc_item)) {
         if (char *const view = make_view(view_bytes(pool)))
             correct_addresses(pool, view);
     }

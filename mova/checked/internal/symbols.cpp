@@ -4,10 +4,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <type_traits>
 
 #include <cxxabi.h>
 #include <dlfcn.h>
+#include <pthread.h>
 #include <unistd.h>
 #include <unwind.h>
 
@@ -43,7 +45,8 @@ source_place module_place(uintptr_t address)
 
 #ifdef CAN_READ_DEBUG_INFORMATION
 
-/* The library's functions, from where it is loaded: a program that makes no mistake never loads it. */
+/* The library's functions, from where it is loaded: a program that makes no mistake never loads it. It is not made for several
+   threads: one reads at a time. Where reading itself faults, the fault is explained by the thread that holds the lock. */
 class debug_reader {
 public:
     static debug_reader &get()
@@ -55,6 +58,7 @@ public:
     /* Returns false where there is no debug information for the address. */
     bool find(uintptr_t address, source_place &found)
     {
+        const std::lock_guard lock(mutex_);
         Dwfl_Module *const module = module_of(address);
         if (!module)
             return false;
@@ -77,8 +81,10 @@ public:
     }
 
 private:
+    /* A child of a process that forks must not find the lock held by a thread that it does not have. */
     debug_reader()
     {
+        pthread_atfork([] { get().mutex_.lock(); }, [] { get().mutex_.unlock(); }, [] { get().mutex_.unlock(); });
         void *const library = dlopen("libdw.so.1", RTLD_LAZY | RTLD_LOCAL);
         if (!library)
             return;
@@ -176,6 +182,7 @@ private:
         std::free(scopes);
     }
 
+    std::recursive_mutex mutex_;
     Dwfl_Callbacks callbacks_ = {};
     char *search_path_ = nullptr;
     Dwfl *session_ = nullptr;
