@@ -80,60 +80,60 @@ typedef struct GB_block {
 /* Fills the record: no elements of `element_size` bytes, open, increment 10, with storage for `initial_capacity`
    elements, or for 1 where that is below 2. Returns the storage, or null where the memory service answers that. A record
    that has storage must be released first. */
-void *GB_init(GB_block *block, uint32_t element_size, int32_t initial_capacity);
+void *GB_init(GB_block *block, uint32_t element_size, int32_t initial_capacity) __attribute__((nonnull(1)));
 
 /* Sets the number of elements by which a full array grows. Only the low 16 bits count, as a signed number. */
-void GB_set_inc(GB_block *block, int32_t increment);
+void GB_set_inc(GB_block *block, int32_t increment) __attribute__((nonnull(1)));
 
 /* Makes the storage as large as `n` elements. Does nothing where `n` is the capacity, or where it is not above the
    count; so it can shrink the storage too. Where the capacity is 0 it allocates anew. Linear. */
-void GB_set_number_of_elements(GB_block *block, int32_t n);
+void GB_set_number_of_elements(GB_block *block, int32_t n) __attribute__((nonnull(1)));
 
 /* Frees the storage, where the capacity is above 0, and sets the capacity to 0. `data` and `count` stay as they are
    and mean nothing any more. */
-void GB_release(GB_block *block);
+void GB_release(GB_block *block) __attribute__((nonnull(1)));
 
 /* Sets the count to 0 and keeps the storage. */
-void GB_make_empty(GB_block *block);
+void GB_make_empty(GB_block *block) __attribute__((nonnull(1)));
 
 /* Makes the array a ring. */
-void GB_set_closed(GB_block *block);
+void GB_set_closed(GB_block *block) __attribute__((nonnull(1)));
 
 /* Makes the array open. */
-void GB_reset_closed(GB_block *block);
+void GB_reset_closed(GB_block *block) __attribute__((nonnull(1)));
 
 /* Returns the number of elements. */
-int32_t GB_count_items(const GB_block *block);
+int32_t GB_count_items(const GB_block *block) __attribute__((nonnull(1)));
 
 /* ---- elements ---- */
 
 /* Copies an element to the end and returns its index. A full array first grows to `increment` elements more than it
    has, which is linear. */
-int32_t GB_append_after_last(GB_block *block, const void *element);
+int32_t GB_append_after_last(GB_block *block, const void *element) __attribute__((nonnull(1)));
 
 /* Appends the elements of `other`, then releases `other`. Where the storage is too small it grows to exactly what is
    needed. Returns the index of the first appended element: what the count was. Requires the same element size. Linear
    in the other's count. */
-int32_t GB_append_block(GB_block *block, GB_block *other);
+int32_t GB_append_block(GB_block *block, GB_block *other) __attribute__((nonnull(1, 2)));
 
 /* Subtracts 1 from the count, even from 0. */
-void GB_remove_last_item(GB_block *block);
+void GB_remove_last_item(GB_block *block) __attribute__((nonnull(1)));
 
 /* Copies an element over element `i`. */
-void GB_replace_item(GB_block *block, int32_t i, const void *element);
+void GB_replace_item(GB_block *block, int32_t i, const void *element) __attribute__((nonnull(1)));
 
 /* Copies an element in before element `i`; `i` may be the count. Grows as GB_append_after_last. Linear in the number of
    elements from there on. */
-void GB_insert_item(GB_block *block, int32_t i, const void *element);
+void GB_insert_item(GB_block *block, int32_t i, const void *element) __attribute__((nonnull(1)));
 
 /* Takes element `i` out. Linear in the number of elements beyond. */
-void GB_remove_item(GB_block *block, int32_t i);
+void GB_remove_item(GB_block *block, int32_t i) __attribute__((nonnull(1)));
 
 /* ---- positions ---- */
 
 /* Returns the position `steps` after `index`, or before it for a negative number: around a ring, or -1 outside an open
    array. Returns -1 for an empty array. */
-int32_t GB_advance(const GB_block *block, int32_t index, int32_t steps);
+int32_t GB_advance(const GB_block *block, int32_t index, int32_t steps) __attribute__((nonnull(1)));
 
 /* Returns `position`: a position is an index. */
 int32_t GB_get_index(const GB_block *block, int32_t position);
@@ -142,32 +142,32 @@ int32_t GB_get_index(const GB_block *block, int32_t position);
 
 /* Fills the new record with a copy: the same elements, increment and state, with storage for exactly the count, or for
    1. The new record must have no storage. Linear. */
-void GB_copy(GB_block *new_block, const GB_block *source);
+void GB_copy(GB_block *new_block, const GB_block *source) __attribute__((nonnull(1, 2)));
 
 /* Gives `destination` the elements and the state of `source`, not its increment. Makes its storage as large as they are
    with GB_set_number_of_elements, which does nothing where the destination has as many elements or more. Requires the
    same element size. Linear. */
-void GB_copy_into(GB_block *destination, const GB_block *source);
+void GB_copy_into(GB_block *destination, const GB_block *source) __attribute__((nonnull(1, 2)));
 
 /* Reverses the order, through a buffer of one element from MM_alloc_item. Linear. */
-void GB_reverse(GB_block *block);
+void GB_reverse(GB_block *block) __attribute__((nonnull(1)));
 
 /* ---- rings ---- */
 
 /* Cuts a ring open at `position`, whose element becomes the first and, once more, the last. Does nothing to an open
    array or where there is no such position. Grows as GB_append_after_last, then uses a buffer of `count` elements from
    MM_alloc_item: where that fails, the array has grown and is the same ring. Linear. */
-void GB_make_open_at_position(GB_block *block, int32_t position);
+void GB_make_open_at_position(GB_block *block, int32_t position) __attribute__((nonnull(1)));
 
 /* Splits an open array: fills the new record with the elements from `position` on, with storage for exactly those and
    the increment of `source`, which keeps those up to and including `position`, and its storage. Does nothing to a ring
    or where there is no such position. The new record must have no storage. Linear in the new count. */
-void GB_remove_and_get_end_part(GB_block *new_block, GB_block *source, int32_t position);
+void GB_remove_and_get_end_part(GB_block *new_block, GB_block *source, int32_t position) __attribute__((nonnull(1, 2)));
 
 /* Rotates a ring so that element `n` becomes the first: element i is then what element (i + n) modulo the count was,
    whatever the sign of `n`. Does nothing to an open array, or to fewer than 2 elements. Uses a buffer for the smaller of
    the two pieces from MM_alloc_item, unless everything stays. Linear. */
-void GB_roll(GB_block *block, int32_t n);
+void GB_roll(GB_block *block, int32_t n) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

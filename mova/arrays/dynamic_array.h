@@ -93,88 +93,88 @@ DA_array *DA_create(uint32_t element_size, int32_t increment) __attribute__((war
 void DA_release(DA_array *array);
 
 /* Frees the storage, if there is any. The array is as new, with its element size and increment. */
-void DA_clear(DA_array *array);
+void DA_clear(DA_array *array) __attribute__((nonnull(1)));
 
 /* Returns a new array of the same elements, element size and increment; of an empty array, without storage. Linear.
    Raises line 271, MOVA_ALLOCATION_FAILED, when there is no memory for the head; returns null where the host returns.
    When there is none for the storage, raises as DA_append; returns an array without elements where the host returns. A
    jump loses the new head. */
-DA_array *DA_copy(const DA_array *array) __attribute__((warn_unused_result));
+DA_array *DA_copy(const DA_array *array) __attribute__((nonnull(1), warn_unused_result));
 
 /* Clears `destination`, then appends the elements of `source` to it. The destination keeps its increment. An array that
    is copied into itself is cleared, and so is one that there is no storage for. Linear.
    Raises line 289, MOVA_PRECONDITION_BROKEN, when the element sizes differ. Where the host returns, goes on to append
    `nitems` elements of the destination's size from the source's storage, if that holds as many bytes. */
-void DA_copy_into(DA_array *destination, const DA_array *source);
+void DA_copy_into(DA_array *destination, const DA_array *source) __attribute__((nonnull(1, 2)));
 
 /* ---- sizes ---- */
 
 /* Returns the number of elements in use. */
-int32_t DA_nitems(const DA_array *array);
+int32_t DA_nitems(const DA_array *array) __attribute__((nonnull(1)));
 
 /* Returns the number of elements that there is storage for. */
-int32_t DA_nalloc(const DA_array *array);
+int32_t DA_nalloc(const DA_array *array) __attribute__((nonnull(1)));
 
 /* Returns the bytes of storage, modulo 2^32; 0 for null. */
 uint32_t DA_memsize(const DA_array *array);
 
 /* Returns the bytes that the array holds, modulo 2^32: its storage, if there is any, and 20 for the head. */
-uint32_t DA_check(const DA_array *array);
+uint32_t DA_check(const DA_array *array) __attribute__((nonnull(1)));
 
 /* Makes `nalloc` at least (n / increment + 1) * increment, which is the smallest multiple of the increment above `n`.
    The elements stay, what is added is zeroed, and `nitems` stays.
    Raises line 111, MOVA_ALLOCATION_FAILED, when there is no memory; where the host returns, returns. */
-void DA_extend(DA_array *array, int32_t n);
+void DA_extend(DA_array *array, int32_t n) __attribute__((nonnull(1)));
 
 /* Extends the array for `n` elements, always, and makes it that long: longer or shorter. After a failure that returned,
    `nitems` is `n` too. */
-void DA_setsize(DA_array *array, int32_t n);
+void DA_setsize(DA_array *array, int32_t n) __attribute__((nonnull(1)));
 
 /* Makes the array `n` elements long where it is longer. Keeps the storage. */
-void DA_truncate(DA_array *array, int32_t n);
+void DA_truncate(DA_array *array, int32_t n) __attribute__((nonnull(1)));
 
 /* Makes the array 0 elements long. Keeps the storage. */
-void DA_reset(DA_array *array);
+void DA_reset(DA_array *array) __attribute__((nonnull(1)));
 
 /* ---- elements ---- */
 
 /* Returns the storage, which is null when there is none. */
-void *DA_data(const DA_array *array);
+void *DA_data(const DA_array *array) __attribute__((nonnull(1)));
 
 /* Makes a string of an array of bytes: writes a zero byte at byte `nitems` of the storage, whatever the element size,
    and returns the storage. The array does not become longer. Returns null after a failure that returned. */
-char *DA_string(DA_array *array);
+char *DA_string(DA_array *array) __attribute__((nonnull(1)));
 
 /* Returns a pointer to element `i`. Where the array ends before that, makes it `i` + 1 elements long. After a failure
    that returned, does that too and returns null. */
-void *DA_get_item(DA_array *array, int32_t i);
+void *DA_get_item(DA_array *array, int32_t i) __attribute__((nonnull(1)));
 
 /* Copies an element over element `i`, or zeroes that where `source` is null. Where the array ends before that, makes it
    `i` + 1 elements long; the elements in between are not written. After a failure that returned, does nothing more. */
-void DA_put_item(DA_array *array, int32_t i, const void *source);
+void DA_put_item(DA_array *array, int32_t i, const void *source) __attribute__((nonnull(1)));
 
 /* Copies `n` elements to the end. After a failure that returned, does nothing more. Linear in `n`. */
-void DA_append(DA_array *array, const void *source, int32_t n);
+void DA_append(DA_array *array, const void *source, int32_t n) __attribute__((nonnull(1)));
 
 /* Copies `n` elements in before element `i`. Where the array ends before that, the elements in between are not written.
    Linear in `n` and the number of elements from there on. After a failure that returned, does nothing more where `i` is
    an element, else makes the array `i` + `n` elements long. */
-void DA_insert(DA_array *array, int32_t i, const void *source, int32_t n);
+void DA_insert(DA_array *array, int32_t i, const void *source, int32_t n) __attribute__((nonnull(1)));
 
 /* Takes `n` elements out, from element `i` on. Requires that there are so many. Keeps the storage. Linear in the number
    of elements beyond. */
-void DA_delete(DA_array *array, int32_t i, int32_t n);
+void DA_delete(DA_array *array, int32_t i, int32_t n) __attribute__((nonnull(1)));
 
 /* Returns 1 when both arrays have the same number of elements, of the same size and the same bytes, else 0. Linear. */
-int DA_equal(const DA_array *a, const DA_array *b);
+int DA_equal(const DA_array *a, const DA_array *b) __attribute__((nonnull(1, 2)));
 
 /* ---- iteration: none of these allocates ---- */
 
 /* Returns an iterator over all elements, first to last. */
-DA_iterator DA_all_items(DA_array *array);
+DA_iterator DA_all_items(DA_array *array) __attribute__((nonnull(1)));
 
 /* Returns an iterator over the elements that `test` accepts, first to last. A null test accepts all. */
-DA_iterator DA_tested_items(DA_array *array, DA_test test);
+DA_iterator DA_tested_items(DA_array *array, DA_test test) __attribute__((nonnull(1)));
 
 /* Returns 1 and stores a pointer to the next accepted element in `*item`, or returns 0 and stores null when the
    iteration is over. The iterator goes on to the index that was the last one when it was made; elements that were
@@ -182,17 +182,17 @@ DA_iterator DA_tested_items(DA_array *array, DA_test test);
    elements.
    Deliberately, for each index that is passed over the test is asked once more about the element that it rejected last
    in this call. An element that the test throws or jumps for has been passed, and `*item` points to it. To walk down, a caller sets `forward` to 0, `current` to the upper index and `last` to the lower. */
-int DA_next(DA_iterator *iterator, void **item);
+int DA_next(DA_iterator *iterator, void **item) __attribute__((nonnull(1, 2)));
 
 /* ---- reordering ---- */
 
 /* Reverses the order, through a buffer of one element from MM_alloc_item, which must not fail. Linear. */
-void DA_reverse(DA_array *array);
+void DA_reverse(DA_array *array) __attribute__((nonnull(1)));
 
 /* Rotates the elements so that element `n` becomes the first: element i is then what element (i + n) modulo `nitems` was,
    whatever the sign of `n`. Does nothing to fewer than 2 elements. Uses a buffer for the smaller of the two pieces from
    MM_alloc_item, which must not fail, unless everything stays. Linear. */
-void DA_roll(DA_array *array, int32_t n);
+void DA_roll(DA_array *array, int32_t n) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -56,41 +56,41 @@ typedef struct io_lut_iterator {
 DA_array *io_lut_create(void) __attribute__((warn_unused_result));
 
 /* Lets io_lut_set overwrite ids in use, from now on. */
-void io_lut_allow_reuse(DA_array *table);
+void io_lut_allow_reuse(DA_array *table) __attribute__((nonnull(1)));
 
 /* Frees the table and sets `*table` to null. */
-void io_lut_release(DA_array **table);
+void io_lut_release(DA_array **table) __attribute__((nonnull(1)));
 
 /* Gives the pointer the next id, and returns that. After a failure to grow that returned, returns the highest id that
    there is. */
-int32_t io_lut_add(DA_array *table, void *pointer);
+int32_t io_lut_add(DA_array *table, void *pointer) __attribute__((nonnull(1)));
 
 /* Returns the lowest id of the pointer; of null, the first free id. Linear, several slots at a time.
    Raises line 108, MOVA_ID_NOT_FOUND, when there is none; returns 0 where the host returns. */
-int32_t io_lut_get_id(const DA_array *table, const void *pointer);
+int32_t io_lut_get_id(const DA_array *table, const void *pointer) __attribute__((nonnull(1)));
 
 /* Returns the lowest id of the pointer, or 0 when there is none. Linear, several slots at a time. */
-int32_t io_lut_look_id(const DA_array *table, const void *pointer);
+int32_t io_lut_look_id(const DA_array *table, const void *pointer) __attribute__((nonnull(1)));
 
 /* Gives the id to the pointer. Beyond the highest id it makes the table longer; the ids in between are free.
    Raises line 140, MOVA_PRECONDITION_BROKEN, when reuse is not allowed, the table has that id, free or not, and its word
    is not the pointer; gives it to the pointer all the same where the host returns. Id 0 is the word of the flags, which
    it overwrites. */
-void io_lut_set(DA_array *table, void *pointer, int32_t id);
+void io_lut_set(DA_array *table, void *pointer, int32_t id) __attribute__((nonnull(1)));
 
 /* Returns the pointer of the id.
    Raises line 155, MOVA_ID_NOT_FOUND, when there is no such id or it is free. Where the host returns, returns the word at
    that index, be it the flags or a spare one, or null where there is none. */
-void *io_lut_get_ptr(const DA_array *table, int32_t id);
+void *io_lut_get_ptr(const DA_array *table, int32_t id) __attribute__((nonnull(1)));
 
 /* Returns the pointer of the id, or null when there is no such id or it is free. */
-void *io_lut_look_ptr(const DA_array *table, int32_t id);
+void *io_lut_look_ptr(const DA_array *table, int32_t id) __attribute__((nonnull(1)));
 
 /* Returns an iterator over the pointers in the order of their ids. Allocates nothing. */
-io_lut_iterator io_lut_all_items(const DA_array *table);
+io_lut_iterator io_lut_all_items(const DA_array *table) __attribute__((nonnull(1)));
 
 /* Returns the next pointer, or null when the iteration is over. Free ids are passed over. */
-void *io_lut_next_item(io_lut_iterator *iterator);
+void *io_lut_next_item(io_lut_iterator *iterator) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -54,28 +54,28 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 /* Adds a number, with DA_insert, unless it is there. */
-void SA_add_number(DA_array *array, int32_t number);
+void SA_add_number(DA_array *array, int32_t number) __attribute__((nonnull(1)));
 
 /* Removes a number, with DA_delete, if it is there. */
-void SA_remove_number(DA_array *array, int32_t number);
+void SA_remove_number(DA_array *array, int32_t number) __attribute__((nonnull(1)));
 
 /* Returns 1 when the number is there, else 0. */
-int SA_check_number(const DA_array *array, int32_t number);
+int SA_check_number(const DA_array *array, int32_t number) __attribute__((nonnull(1)));
 
 /* The companion got a new entry at `position`: adds 1 to every number from `position` on. */
-void SA_adapt_for_insert(DA_array *array, int32_t position);
+void SA_adapt_for_insert(DA_array *array, int32_t position) __attribute__((nonnull(1)));
 
 /* The companion lost its entry at `position`: removes that number, and subtracts 1 from every one above it. */
-void SA_adapt_for_remove(DA_array *array, int32_t position);
+void SA_adapt_for_remove(DA_array *array, int32_t position) __attribute__((nonnull(1)));
 
 /* The companion of `count` entries was reversed: reverses the array with DA_reverse and makes every number v the number
    `count` - v - 1. */
-void SA_adapt_for_reverse(DA_array *array, int32_t count);
+void SA_adapt_for_reverse(DA_array *array, int32_t count) __attribute__((nonnull(1)));
 
 /* The companion of `count` entries was rolled so that its entry `n` became the first: rotates the array with DA_roll as
    said above, and makes every number v the remainder of v + `count` - `n` divided by `count`, with the sign of the
    dividend. Requires that `count` is not 0. */
-void SA_adapt_for_roll(DA_array *array, int32_t n, int32_t count);
+void SA_adapt_for_roll(DA_array *array, int32_t n, int32_t count) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

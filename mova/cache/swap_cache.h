@@ -111,7 +111,7 @@ cc_cache *cc_create(mb_pool *pool) __attribute__((warn_unused_result));
    is the only copy and belongs to the cache from now on: the entry is dirty. With 0 it is out. Prints under cc_debug.
    A jump out of the print leaves the entry in, as the first. After any other failure the block is still the caller's. */
 cc_entry *cc_insert(cc_cache *cache, void *item, mb_handle handle, cc_size_fn size_fn, cc_swap_in_fn swap_in_fn,
-                    cc_write_back_fn write_back_fn, cc_release_fn release_fn);
+                    cc_write_back_fn write_back_fn, cc_release_fn release_fn) __attribute__((nonnull(1)));
 
 /* Returns the address of the entry's body and makes the entry the first. A body that is out is fetched: asks for its
    size, allocates with cc_alloc, has the item fill the block, and prints under cc_debug. A body in memory costs no
@@ -121,44 +121,44 @@ cc_entry *cc_insert(cc_cache *cache, void *item, mb_handle handle, cc_size_fn si
    was evicted for it stays evicted. After a jump out of the fetch or the print it counts as in memory, whole or not:
    cc_swap_out puts that right. Where the pool fails to give the address that is to be returned, the body is in memory
    and the entry is the first. */
-void *cc_get(cc_cache *cache, cc_entry *entry);
+void *cc_get(cc_cache *cache, cc_entry *entry) __attribute__((nonnull(1, 2)));
 
 /* Makes an entry that is in memory the first, and so the next to be evicted. Frees nothing now. */
-void cc_lazy_swap_out(cc_cache *cache, cc_entry *entry);
+void cc_lazy_swap_out(cc_cache *cache, cc_entry *entry) __attribute__((nonnull(1, 2)));
 
 /* Evicts the entry's body, where it is in memory; a dirty one is written back first. The entry keeps its place. Prints
    under cc_debug, whatever the entry's state. */
-void cc_swap_out(cc_cache *cache, cc_entry *entry);
+void cc_swap_out(cc_cache *cache, cc_entry *entry) __attribute__((nonnull(1, 2)));
 
 /* Calls cc_swap_out for every entry, first to last. Linear. After a failure the entries before the one that failed are
    out, and the others as they were. */
-void cc_flush(cc_cache *cache);
+void cc_flush(cc_cache *cache) __attribute__((nonnull(1)));
 
 /* Allocates a block of `size` bytes in the cache's pool and returns its handle. Where the pool has no room, evicts the
    bodies in memory from the first entry on, and tries again after each entry, in memory or not, until the pool
    answers. The block is the caller's: give it to cc_insert or to cc_free.
    Raises line 334, MOVA_ALLOCATION_FAILED, when the pool has no room after the last entry either. Where the raise
    returns, the result is 0. After a failure what was evicted stays evicted. Linear in the number of entries passed. */
-mb_handle cc_alloc(cc_cache *cache, uint32_t size);
+mb_handle cc_alloc(cc_cache *cache, uint32_t size) __attribute__((nonnull(1)));
 
 /* Frees a block that the caller took with cc_alloc and holds itself, and clears `*handle`. */
-void cc_free(cc_cache *cache, mb_handle *handle);
+void cc_free(cc_cache *cache, mb_handle *handle) __attribute__((nonnull(1, 2)));
 
 /* Removes the entry and sets `*entry` to null. A body in memory is freed and, even where it is dirty, not written back.
    Prints under cc_debug; where the print fails, that is done already. */
-void cc_remove(cc_cache *cache, cc_entry **entry);
+void cc_remove(cc_cache *cache, cc_entry **entry) __attribute__((nonnull(1, 2)));
 
 /* Removes every entry as cc_remove does, first to last, and calls its `release_fn` just before. The cache can be used
    again. Linear. After a failure of a `release_fn` the cache begins with its entry; those before are gone. */
-void cc_make_empty(cc_cache *cache);
+void cc_make_empty(cc_cache *cache) __attribute__((nonnull(1)));
 
 /* Returns the bytes that the cache's own records occupy, without the blocks: 12 for the head and 36 for each entry, on
    every platform. Linear. */
-uint32_t cc_check(const cc_cache *cache);
+uint32_t cc_check(const cc_cache *cache) __attribute__((nonnull(1)));
 
 /* Prints a line for the cache and one for each entry, first to last, whatever cc_debug says. Of an address the low 32
    bits are printed. Linear. */
-void cc_print(const cc_cache *cache);
+void cc_print(const cc_cache *cache) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

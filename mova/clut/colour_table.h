@@ -152,7 +152,7 @@ void CLUT_set_RGB(int32_t index, float red, float green, float blue);
 /* Stores an index's colour through the three pointers: 255 each when the index is not below the size. Free indices have
    a colour too.
    Raises line 284 before RGBLUT_init. Where the debug output fails, the colour is stored. */
-void CLUT_get(int32_t index, int16_t *red, int16_t *green, int16_t *blue);
+void CLUT_get(int32_t index, int16_t *red, int16_t *green, int16_t *blue) __attribute__((nonnull(2, 3, 4)));
 
 /* Copies a colour. The callback is called after it is stored. Nothing is written to the debug output.
    Raises line 300 before RGBLUT_init, 302 when an index is not below the size, 303 when one is free. */

@@ -49,7 +49,7 @@ enum {
    not for a size of 0 either: a dynamic array takes that for a failure and raises MOVA_ALLOCATION_FAILED, and every
    other container writes through the null pointer. A service that runs out of memory reports that itself. The block is
    the caller's until it gives it to MM_dealloc_item or MM_realloc_item. */
-void *MM_alloc_item(size_t size) __attribute__((malloc, warn_unused_result));
+void *MM_alloc_item(size_t size) __attribute__((malloc, warn_unused_result, alloc_size(1)));
 
 /* Takes back a block. `size` is exactly the size that the block was allocated, or last reallocated, with. Does not fail: it
    neither throws nor jumps. */
@@ -60,7 +60,7 @@ void MM_dealloc_item(void *item, size_t size);
    afterwards. Only the two arrays call it. Where it returns null the old block stays as it is, with the service alone: a
    dynamic array forgets it, has no storage from then on, and raises MOVA_ALLOCATION_FAILED; a block array writes through
    the null pointer. */
-void *MM_realloc_item(void *item, size_t old_size, size_t new_size) __attribute__((warn_unused_result));
+void *MM_realloc_item(void *item, size_t old_size, size_t new_size) __attribute__((warn_unused_result, alloc_size(3)));
 
 /* ---- memory blocks ---- */
 
@@ -71,7 +71,7 @@ mb_handle mb_alloc(mb_pool *pool, size_t size);
 void *mb_get(mb_pool *pool, mb_handle handle);
 
 /* Frees the block and clears the caller's handle. Does not fail, as MM_dealloc_item. */
-void mb_free(mb_pool *pool, mb_handle *handle);
+void mb_free(mb_pool *pool, mb_handle *handle) __attribute__((nonnull(2)));
 
 /* ---- messages ---- */
 

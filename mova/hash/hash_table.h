@@ -114,39 +114,39 @@ typedef struct mova_hash_statistics {
 HSH_table *HSH_create(uint32_t initial_size, int32_t maximum_shift) __attribute__((warn_unused_result));
 
 /* Frees the table and sets `*table` to null. Requires a table there. */
-void HSH_release(HSH_table **table);
+void HSH_release(HSH_table **table) __attribute__((nonnull(1)));
 
 /* Stores `value` for `key`, in place of what was stored for it, and returns it. Does nothing and returns 0 where the
    key is 0. A new key may resize the table: then linear. */
-mova_word HSH_set_value(HSH_table *table, mova_word key, mova_word value);
+mova_word HSH_set_value(HSH_table *table, mova_word key, mova_word value) __attribute__((nonnull(1)));
 
 /* Returns the value of `key`, or 0 where it is absent. HSH_contains_key tells a stored 0 from an absent key. */
-mova_word HSH_get_value(const HSH_table *table, mova_word key);
+mova_word HSH_get_value(const HSH_table *table, mova_word key) __attribute__((nonnull(1)));
 
 /* Returns 1 where `key` is stored, else 0. */
-int HSH_contains_key(const HSH_table *table, mova_word key);
+int HSH_contains_key(const HSH_table *table, mova_word key) __attribute__((nonnull(1)));
 
 /* Returns the first of a table's slots, from `slot` on and around the end, that holds `key` or is empty. The three above go on
    with it where the key's home slot is another key's; programs have no use for it. `mask` is the table's. Linear in the
    number of slots that are passed. */
-size_t mova_hash_find_slot(const mova_word *keys, size_t mask, size_t slot, mova_word key);
+size_t mova_hash_find_slot(const mova_word *keys, size_t mask, size_t slot, mova_word key) __attribute__((nonnull(1)));
 
 /* Removes `key` and its value. Returns -1 where the key is absent, else a number that is not negative and says nothing
    more. May resize the table: then linear. */
-int HSH_remove_entry(HSH_table *table, mova_word key);
+int HSH_remove_entry(HSH_table *table, mova_word key) __attribute__((nonnull(1)));
 
 /* Returns an iterator over all entries, in the order of their slots. It allocates nothing. */
-HSH_iterator HSH_all_entries(HSH_table *table);
+HSH_iterator HSH_all_entries(HSH_table *table) __attribute__((nonnull(1)));
 
 /* Stores the next key and its value and returns 1, or returns 0 and stores nothing when the iteration is over. Linear
    in the number of empty slots that are passed. */
-int HSH_next(HSH_iterator *iterator, mova_word *key, mova_word *value);
+int HSH_next(HSH_iterator *iterator, mova_word *key, mova_word *value) __attribute__((nonnull(1)));
 
 /* Returns how well the keys are spread, to find out why a table is slow: where `mean_hit` is above 3 or `longest_miss` in
    the thousands, make the table with `best_shift`, or mix the keys before they are stored. Changes nothing. Allocates 4
    bytes a slot for as long as it runs. Linear, once for each shift that the table could have: like filling up to 30
    tables of this size. */
-mova_hash_statistics mova_hash_table_statistics(const HSH_table *table);
+mova_hash_statistics mova_hash_table_statistics(const HSH_table *table) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -58,13 +58,13 @@ mova_lookup *mova_lu_create(void) __attribute__((warn_unused_result));
 
 /* Puts the pair in front. The pair that stood there moves into the table, in place of the value that the table had for
    its key. Returns the value of the pair that moved, or 0 where there was none. */
-mova_word mova_lu_add(mova_lookup *lookup, mova_word key, mova_word value);
+mova_word mova_lu_add(mova_lookup *lookup, mova_word key, mova_word value) __attribute__((nonnull(1)));
 
 /* Returns the value of `key`, from the front or else from the table, or 0 where it is absent. */
-mova_word mova_lu_get(const mova_lookup *lookup, mova_word key);
+mova_word mova_lu_get(const mova_lookup *lookup, mova_word key) __attribute__((nonnull(1)));
 
 /* Removes the pair in front where it has this key, else the pair in the table, if there is one. */
-void mova_lu_remove(mova_lookup *lookup, mova_word key);
+void mova_lu_remove(mova_lookup *lookup, mova_word key) __attribute__((nonnull(1)));
 
 /* Calls `release_value`, unless it is null, for the value in front where that is not 0, with the address in the record,
    and then for each value in the table, in the order of the slots, with the address of a copy. Frees the lookup and
@@ -76,7 +76,7 @@ void mova_lu_release(mova_lookup **lookup, mova_lu_release_fn release_value);
 
 /* Returns the statistics of the lookup's table, as mova_hash_table_statistics does. The pair in front is not in it. The
    shift of a lookup is always 0: `best_shift` is what a hash table would take for these keys. */
-mova_hash_statistics mova_lu_statistics(const mova_lookup *lookup);
+mova_hash_statistics mova_lu_statistics(const mova_lookup *lookup) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

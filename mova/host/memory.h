@@ -63,11 +63,12 @@ extern "C" {
 
 /* Returns a block whose bytes are all 0. It is released and reallocated like any other. Large blocks that come from the
    system need no clearing. */
-void *mova_memory_zeroed(size_t size);
+void *mova_memory_zeroed(size_t size) __attribute__((malloc, alloc_size(1), warn_unused_result));
 
 /* Returns a block that begins at a multiple of `alignment`, a power of two of at least 16. It goes back through
    mova_memory_release_aligned alone. Blocks whose size is a multiple of the alignment mostly occupy no more than others. */
-void *mova_memory_aligned(size_t alignment, size_t size);
+void *mova_memory_aligned(size_t alignment, size_t size)
+    __attribute__((malloc, alloc_size(2), alloc_align(1), warn_unused_result));
 
 /* Takes back such a block; both figures are those that it was allocated with. */
 void mova_memory_release_aligned(void *block, size_t alignment, size_t size);

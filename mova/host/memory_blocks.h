@@ -75,10 +75,10 @@ typedef struct mb_statistics {
 mb_pool *mb_create_pool(size_t budget) __attribute__((warn_unused_result));
 
 /* Frees the pool with all its blocks, and sets `*pool` to null. A null pool is none to free. Constant. */
-void mb_release_pool(mb_pool **pool);
+void mb_release_pool(mb_pool **pool) __attribute__((nonnull(1)));
 
 /* Returns the pool's figures. Constant. */
-mb_statistics mb_pool_statistics(const mb_pool *pool);
+mb_statistics mb_pool_statistics(const mb_pool *pool) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -114,41 +114,41 @@ static inline void *EL_element(EL_node *position)
 EL_list *EL_create(uint32_t element_size) __attribute__((warn_unused_result));
 
 /* Frees every node from first to last and the head, and sets `*list` to null. Requires a list. Linear. */
-void EL_release(EL_list **list);
+void EL_release(EL_list **list) __attribute__((nonnull(1)));
 
 /* Frees every node from first to last. The list is empty and open afterwards. Linear. */
-void EL_make_empty(EL_list *list);
+void EL_make_empty(EL_list *list) __attribute__((nonnull(1)));
 
 /* Makes the list a ring. */
-void EL_set_closed(EL_list *list);
+void EL_set_closed(EL_list *list) __attribute__((nonnull(1)));
 
 /* Makes the list open. */
-void EL_reset_closed(EL_list *list);
+void EL_reset_closed(EL_list *list) __attribute__((nonnull(1)));
 
 /* Returns the number of elements. */
-int32_t EL_count_items(const EL_list *list);
+int32_t EL_count_items(const EL_list *list) __attribute__((nonnull(1)));
 
 /* Returns the number of nodes from `from` along `next` to `to`, both inclusive. Linear. */
-int32_t EL_count_items_inbetween(const EL_list *list, EL_node *from, EL_node *to);
+int32_t EL_count_items_inbetween(const EL_list *list, EL_node *from, EL_node *to) __attribute__((nonnull(1)));
 
 /* ---- insertion: each allocates one node, copies the element into it and returns its position ---- */
 
 /* Adds an element at the back: in a ring, between the last and the first. */
-EL_node *EL_append_after_last(EL_list *list, const void *element);
+EL_node *EL_append_after_last(EL_list *list, const void *element) __attribute__((nonnull(1)));
 
 /* Adds an element at the front. */
-EL_node *EL_insert_before_first(EL_list *list, const void *element);
+EL_node *EL_insert_before_first(EL_list *list, const void *element) __attribute__((nonnull(1)));
 
 /* Adds an element before `position`. Before the first it becomes the first. */
-EL_node *EL_insert_before(EL_list *list, EL_node *position, const void *element);
+EL_node *EL_insert_before(EL_list *list, EL_node *position, const void *element) __attribute__((nonnull(1)));
 
 /* Adds an element after `position`. After the last it becomes the last. */
-EL_node *EL_insert_after(EL_list *list, EL_node *position, const void *element);
+EL_node *EL_insert_after(EL_list *list, EL_node *position, const void *element) __attribute__((nonnull(1)));
 
 /* Adds an element before, or after, the element with this index, counted from 0. Where there is none, inserts
    nothing and returns null. Linear in the index. */
-EL_node *EL_insert_before_index(EL_list *list, int32_t index, const void *element);
-EL_node *EL_insert_after_index(EL_list *list, int32_t index, const void *element);
+EL_node *EL_insert_before_index(EL_list *list, int32_t index, const void *element) __attribute__((nonnull(1)));
+EL_node *EL_insert_after_index(EL_list *list, int32_t index, const void *element) __attribute__((nonnull(1)));
 
 /* ---- positions and indices ---- */
 
@@ -157,52 +157,54 @@ EL_node *EL_insert_after_index(EL_list *list, int32_t index, const void *element
 EL_node *EL_advance(const EL_list *list, EL_node *position, int32_t steps);
 
 /* Returns the number of steps from the first node to `position`. Linear. */
-int32_t EL_get_index(const EL_list *list, const EL_node *position);
+int32_t EL_get_index(const EL_list *list, const EL_node *position) __attribute__((nonnull(1)));
 
 /* Returns the position with this index, counted from 0, or null where there is none. Never walks around a ring.
    Linear in the index. */
-EL_node *EL_get_pos_at_index(const EL_list *list, int32_t index);
+EL_node *EL_get_pos_at_index(const EL_list *list, int32_t index) __attribute__((nonnull(1)));
 
 /* Returns a pointer to the element with this index, or null where there is none. Linear in the index. */
-void *EL_get_item_at_index(const EL_list *list, int32_t index);
+void *EL_get_item_at_index(const EL_list *list, int32_t index) __attribute__((nonnull(1)));
 
 /* ---- removal and replacement ---- */
 
 /* Unlinks and frees the node. A ring stays closed, even when it becomes empty. */
-void EL_remove_item(EL_list *list, EL_node *position);
+void EL_remove_item(EL_list *list, EL_node *position) __attribute__((nonnull(1, 2)));
 
 /* Removes the element with this index and returns 1, or returns 0 where there is none. Linear in the index. */
-int EL_remove_at_index(EL_list *list, int32_t index);
+int EL_remove_at_index(EL_list *list, int32_t index) __attribute__((nonnull(1)));
 
 /* Removes the nodes from `from` along `next` to `to`, both inclusive. Linear in their number. */
-void EL_remove_items_inbetween(EL_list *list, EL_node *from, EL_node *to);
+void EL_remove_items_inbetween(EL_list *list, EL_node *from, EL_node *to) __attribute__((nonnull(1)));
 
 /* Copies `size` bytes from `element`, which may be the node's own, into the node. This function does not see the list:
    the caller knows how large its elements are. */
-void EL_replace_item(EL_node *position, const void *element, uint32_t size);
+void EL_replace_item(EL_node *position, const void *element, uint32_t size) __attribute__((nonnull(1)));
 
 /* Replaces the elements from `from` along `next` to `to`, both inclusive, by those of `source` from its first,
    `size` bytes each. Linear.
    Raises line 557, MOVA_PRECONDITION_BROKEN, when `source` has fewer elements than the range. The list is usable then:
    as many elements as `source` has are replaced, and stay so, whether the raise returns or not. */
-void EL_replace_items_inbetween(EL_list *list, EL_node *from, EL_node *to, EL_list *source, uint32_t size);
+void EL_replace_items_inbetween(EL_list *list, EL_node *from, EL_node *to, EL_list *source, uint32_t size)
+    __attribute__((nonnull(1, 4)));
 
 /* ---- copying, joining, reordering ---- */
 
 /* Returns a new list of the same elements in the same order, closed if this one is. Linear. A jump loses the part that was
    made. */
-EL_list *EL_total_copy(EL_list *list) __attribute__((warn_unused_result));
+EL_list *EL_total_copy(EL_list *list) __attribute__((nonnull(1), warn_unused_result));
 
 /* Returns a new open list of copies of the elements from `from` along `next` to `to`, both inclusive. Linear. A jump
    loses the part that was made. */
-EL_list *EL_total_copy_inbetween(EL_list *list, EL_node *from, EL_node *to) __attribute__((warn_unused_result));
+EL_list *EL_total_copy_inbetween(EL_list *list, EL_node *from, EL_node *to)
+    __attribute__((nonnull(1), warn_unused_result));
 
 /* Moves all nodes of `*source` to the back of `target`, frees the source's head and sets `*source` to null.
    Requires two different open lists of the same element size, which is not checked. */
-void EL_append_list(EL_list *target, EL_list **source);
+void EL_append_list(EL_list *target, EL_list **source) __attribute__((nonnull(1, 2)));
 
 /* Reverses the order. Positions keep their elements; a ring stays a ring. Linear. */
-void EL_reverse(EL_list *list);
+void EL_reverse(EL_list *list) __attribute__((nonnull(1)));
 
 /* ---- rings ---- */
 
@@ -210,44 +212,47 @@ void EL_reverse(EL_list *list);
    Raises line 989, MOVA_PRECONDITION_BROKEN, when `position` has no predecessor: the first of an open list, which is
    unchanged where the raise returns. A ring then begins with that foreign node and has no last one, and is lost until
    EL_roll makes a node of its own the first. */
-void EL_roll(EL_list *list, EL_node *position);
+void EL_roll(EL_list *list, EL_node *position) __attribute__((nonnull(1, 2)));
 
 /* Cuts a ring open at `position`, which becomes the first; a new last node gets a copy of its element. Returns
    `position`. On an open list it cuts off the nodes ahead of `position` without freeing them. */
-EL_node *EL_make_open_at_position(EL_list *list, EL_node *position);
+EL_node *EL_make_open_at_position(EL_list *list, EL_node *position) __attribute__((nonnull(1, 2)));
 
 /* Splits the list before `position`. The list keeps its first node up to a new last one, which gets a copy of the
    element at `position`; the returned list has the nodes from `position` to the old last. Both are open. Linear. A jump
    loses the new node's block. */
-EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position) __attribute__((warn_unused_result));
+EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position)
+    __attribute__((nonnull(1, 2), warn_unused_result));
 
 /* ---- iteration: none of these allocates ---- */
 
 /* Returns an iterator that delivers, of the nodes from `from` to `to`, both inclusive, those whose element `test`
    accepts. A null test accepts all. Walks along `next` where `forward` is non-zero, else along `prev`; on a ring it
    may cross the seam. */
-EL_iterator EL_tested_items_inbetween(const EL_list *list, EL_node *from, EL_node *to, int forward, EL_test test);
+EL_iterator EL_tested_items_inbetween(const EL_list *list, EL_node *from, EL_node *to, int forward, EL_test test)
+    __attribute__((nonnull(1)));
 
 /* As EL_tested_items_inbetween, without a test. */
-EL_iterator EL_all_items_inbetween(const EL_list *list, EL_node *from, EL_node *to, int forward);
+EL_iterator EL_all_items_inbetween(const EL_list *list, EL_node *from, EL_node *to, int forward)
+    __attribute__((nonnull(1)));
 
 /* Returns an iterator over all elements, first to last. */
-EL_iterator EL_all_items(const EL_list *list);
+EL_iterator EL_all_items(const EL_list *list) __attribute__((nonnull(1)));
 
 /* Returns an iterator over all elements, last to first. */
-EL_iterator EL_all_items_reversed(const EL_list *list);
+EL_iterator EL_all_items_reversed(const EL_list *list) __attribute__((nonnull(1)));
 
 /* Returns 1 and stores the next accepted node in `*position`, or returns 0 when the iteration is over. The node is
    stored before the test is asked, so after a 0 that follows rejected ones `*position` holds the last of them.
    Linear in the number of rejected elements. */
-int EL_next_position(EL_iterator *iterator, EL_node **position);
+int EL_next_position(EL_iterator *iterator, EL_node **position) __attribute__((nonnull(1)));
 
 /* As EL_next_position, but stores a pointer to the element inside the node. */
-int EL_next_item(EL_iterator *iterator, void **element);
+int EL_next_item(EL_iterator *iterator, void **element) __attribute__((nonnull(1)));
 
 /* Returns 1 and copies the next accepted element into `buffer`, or returns 0 when the iteration is over. Unlike the
    two above it copies only what was accepted: after a 0 the buffer is untouched. */
-int EL_next_item_copy(EL_iterator *iterator, void *buffer);
+int EL_next_item_copy(EL_iterator *iterator, void *buffer) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

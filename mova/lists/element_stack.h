@@ -30,26 +30,26 @@ typedef EL_list ES_stack;
 ES_stack *ES_create(uint32_t element_size) __attribute__((warn_unused_result));
 
 /* Frees all elements and the head, and sets `*stack` to null. Linear. */
-void ES_release(ES_stack **stack);
+void ES_release(ES_stack **stack) __attribute__((nonnull(1)));
 
 /* Frees all elements. Linear. */
-void ES_make_empty(ES_stack *stack);
+void ES_make_empty(ES_stack *stack) __attribute__((nonnull(1)));
 
 /* Returns the number of elements. */
-int32_t ES_count_items(const ES_stack *stack);
+int32_t ES_count_items(const ES_stack *stack) __attribute__((nonnull(1)));
 
 /* Returns 1 when the stack holds no element, else 0. It looks at the ends, not at the count. */
-int ES_is_empty(const ES_stack *stack);
+int ES_is_empty(const ES_stack *stack) __attribute__((nonnull(1)));
 
 /* Copies an element onto the top. Returns its position. */
-EL_node *ES_push(ES_stack *stack, const void *element);
+EL_node *ES_push(ES_stack *stack, const void *element) __attribute__((nonnull(1)));
 
 /* Copies the top element into `buffer`, removes it and returns 1; returns 0 and leaves the buffer when the stack is
    empty. */
-int ES_pop(ES_stack *stack, void *buffer);
+int ES_pop(ES_stack *stack, void *buffer) __attribute__((nonnull(1)));
 
 /* As ES_pop, but removes nothing. */
-int ES_inspect_top(const ES_stack *stack, void *buffer);
+int ES_inspect_top(const ES_stack *stack, void *buffer) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -105,75 +105,75 @@ GL_list *GL_create(void) __attribute__((warn_unused_result));
 
 /* Frees every node from first to last and the head, and sets `*list` to null. The items are left alone. Does nothing
    when `*list` is null. Linear. */
-void GL_release(GL_list **list);
+void GL_release(GL_list **list) __attribute__((nonnull(1)));
 
 /* As GL_release, but calls `free_item` with the address of each node's item field before it frees that node.
    Requires a list: unlike GL_release, it does not test `*list` for null. That is deliberate.
    After an exception the list is usable: it begins with the item that `free_item` threw for, and those before are gone.
    After a jump it is releasable, and begins with the item that `free_item` jumped for. */
-void GL_total_release(GL_list **list, GL_free_fn free_item);
+void GL_total_release(GL_list **list, GL_free_fn free_item) __attribute__((nonnull(1)));
 
 /* Frees every node from first to last. The list is empty afterwards and stays usable. Linear. */
-void GL_make_empty(GL_list *list);
+void GL_make_empty(GL_list *list) __attribute__((nonnull(1)));
 
 /* As GL_make_empty, but calls `free_item` with the address of each node's item field before it frees that node. What an
    exception or a jump leaves is what GL_total_release leaves. */
-void GL_total_make_empty(GL_list *list, GL_free_fn free_item);
+void GL_total_make_empty(GL_list *list, GL_free_fn free_item) __attribute__((nonnull(1)));
 
 /* ---- copying and measuring ---- */
 
 /* Returns a new list of the same item pointers in the same order. Linear. A jump loses the part that was made. */
-GL_list *GL_copy(const GL_list *list) __attribute__((warn_unused_result));
+GL_list *GL_copy(const GL_list *list) __attribute__((nonnull(1), warn_unused_result));
 
 /* Returns a new list of what `copy_item` returns for each item, first to last. Linear. A jump loses the part that was
    made; what `copy_item` had returned by the time of an exception or a jump stays the caller's. */
-GL_list *GL_total_copy(const GL_list *list, GL_copy_fn copy_item) __attribute__((warn_unused_result));
+GL_list *GL_total_copy(const GL_list *list, GL_copy_fn copy_item) __attribute__((nonnull(1), warn_unused_result));
 
 /* Returns the number of bytes that the list and its items occupy: 12 for the head, and for each node 12 plus what
    `item_size` returns for its item. Heads and nodes count with these sizes on every platform. Linear. */
-int32_t GL_check(const GL_list *list, GL_size_fn item_size);
+int32_t GL_check(const GL_list *list, GL_size_fn item_size) __attribute__((nonnull(1)));
 
 /* Returns the number of items. */
-int32_t GL_count_items(const GL_list *list);
+int32_t GL_count_items(const GL_list *list) __attribute__((nonnull(1)));
 
 /* ---- insertion: each allocates one node and returns its position ---- */
 
 /* Adds `item` at the back. */
-GL_node *GL_append_after_last(GL_list *list, void *item);
+GL_node *GL_append_after_last(GL_list *list, void *item) __attribute__((nonnull(1)));
 
 /* Adds `item` at the front. */
-GL_node *GL_insert_before_first(GL_list *list, void *item);
+GL_node *GL_insert_before_first(GL_list *list, void *item) __attribute__((nonnull(1)));
 
 /* Adds `item` between `position` and its predecessor, or at the front where there is none. */
-GL_node *GL_insert_before(GL_list *list, GL_node *position, void *item);
+GL_node *GL_insert_before(GL_list *list, GL_node *position, void *item) __attribute__((nonnull(1, 2)));
 
 /* Adds `item` between `position` and its successor, or at the back where there is none. */
-GL_node *GL_insert_after(GL_list *list, GL_node *position, void *item);
+GL_node *GL_insert_after(GL_list *list, GL_node *position, void *item) __attribute__((nonnull(1, 2)));
 
 /* Adds `item` at the back, unless the list holds the same pointer already: then it changes nothing and returns null.
    Linear. */
-GL_node *GL_insert_unique(GL_list *list, void *item);
+GL_node *GL_insert_unique(GL_list *list, void *item) __attribute__((nonnull(1)));
 
 /* ---- moving and joining ---- */
 
 /* Makes `position` the first node. It allocates nothing, and all positions stay valid. */
-void GL_move_before_first(GL_list *list, GL_node *position);
+void GL_move_before_first(GL_list *list, GL_node *position) __attribute__((nonnull(1, 2)));
 
 /* Moves all nodes of `*source` to the back of `target`, frees the source's head and sets `*source` to null. Nothing is
    copied, and all positions stay valid, in `target`. Requires two different lists. */
-void GL_append_list(GL_list *target, GL_list **source);
+void GL_append_list(GL_list *target, GL_list **source) __attribute__((nonnull(1, 2)));
 
 /* ---- search, removal, replacement ---- */
 
 /* Finds the first node, from the front, whose item is the pointer `item`. Returns 1 and stores the node in
    `*position`, or returns 0 and stores null. Linear. */
-int GL_find_item(const GL_list *list, const void *item, GL_node **position);
+int GL_find_item(const GL_list *list, const void *item, GL_node **position) __attribute__((nonnull(1, 3)));
 
 /* Unlinks and frees the node. The item is left alone. */
-void GL_remove_item(GL_list *list, GL_node *position);
+void GL_remove_item(GL_list *list, GL_node *position) __attribute__((nonnull(1, 2)));
 
 /* Exchanges the node's item and the pointer at `*item`. */
-void GL_swap_item(GL_node *position, void **item);
+void GL_swap_item(GL_node *position, void **item) __attribute__((nonnull(1, 2)));
 
 /* ---- iteration: none of these allocates ---- */
 
@@ -189,22 +189,22 @@ GL_iterator GL_tested_items_inbetween(const GL_list *list, GL_node *from, GL_nod
 GL_iterator GL_all_items_inbetween(const GL_list *list, GL_node *from, GL_node *to, int forward);
 
 /* Returns an iterator over the items that `test` accepts, first to last. */
-GL_iterator GL_tested_items(const GL_list *list, GL_test test);
+GL_iterator GL_tested_items(const GL_list *list, GL_test test) __attribute__((nonnull(1)));
 
 /* Returns an iterator over all items, first to last. */
-GL_iterator GL_all_items(const GL_list *list);
+GL_iterator GL_all_items(const GL_list *list) __attribute__((nonnull(1)));
 
 /* Returns an iterator over all items, last to first. */
-GL_iterator GL_all_items_reversed(const GL_list *list);
+GL_iterator GL_all_items_reversed(const GL_list *list) __attribute__((nonnull(1)));
 
 /* Returns 1 and stores the next accepted item in `*item`, or returns 0 when the iteration is over. The item is stored
    before the test is asked, so after a 0 that follows rejected items `*item` holds the last of them; after a 0 with
    nothing left to deliver it is untouched. Linear in the number of rejected items. An item that the test throws or jumps
    for has been passed: the next step delivers what comes after it. */
-int GL_next_item(GL_iterator *iterator, void **item);
+int GL_next_item(GL_iterator *iterator, void **item) __attribute__((nonnull(1)));
 
 /* As GL_next_item, but stores the node. The test is asked about the node's item. */
-int GL_next_position(GL_iterator *iterator, GL_node **position);
+int GL_next_position(GL_iterator *iterator, GL_node **position) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

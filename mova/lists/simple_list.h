@@ -94,38 +94,38 @@ SL_list *SL_create(void) __attribute__((warn_unused_result));
 /* Frees the head of an empty list and sets `*list` to null.
    Raises line 75, MOVA_PRECONDITION_BROKEN, when the list holds items. Where the raise returns, the head is freed
    all the same, and the items stay linked to each other. */
-void SL_release(SL_list **list);
+void SL_release(SL_list **list) __attribute__((nonnull(1)));
 
 /* Opens the list, calls `free_item` for every item from first to last, frees the head and sets `*list` to null.
    Linear.
    After an exception the list is usable: it is open and begins with the item that `free_item` threw for, and those before
    are gone. After a jump it is releasable, and begins with the item that `free_item` jumped for. */
-void SL_total_release(SL_list **list, SL_free_fn free_item);
+void SL_total_release(SL_list **list, SL_free_fn free_item) __attribute__((nonnull(1)));
 
 /* Opens the list and calls `free_item` for every item from first to last. The list is empty and open afterwards.
    Requires a callback when the list has items. Linear. What an exception or a jump leaves is what SL_total_release
    leaves. */
-void SL_make_empty(SL_list *list, SL_free_fn free_item);
+void SL_make_empty(SL_list *list, SL_free_fn free_item) __attribute__((nonnull(1)));
 
 /* ---- copying, measuring, state ---- */
 
 /* Returns a new list of what `copy_item` returns for each item, first to last, closed if this one is. The copies
    are items of their own: their links are overwritten. Linear.
    A jump loses the new head. What `copy_item` had returned by the time of an exception or a jump stays the caller's. */
-SL_list *SL_total_copy(const SL_list *list, SL_copy_fn copy_item) __attribute__((warn_unused_result));
+SL_list *SL_total_copy(const SL_list *list, SL_copy_fn copy_item) __attribute__((nonnull(1), warn_unused_result));
 
 /* Returns the number of bytes that the list and its items occupy: 16 for the head, on every platform, and what
    `item_size` returns for each item. Linear. */
-int32_t SL_check(const SL_list *list, SL_size_fn item_size);
+int32_t SL_check(const SL_list *list, SL_size_fn item_size) __attribute__((nonnull(1)));
 
 /* Makes the list a ring. */
-void SL_set_closed(SL_list *list);
+void SL_set_closed(SL_list *list) __attribute__((nonnull(1)));
 
 /* Makes the list open. */
-void SL_reset_closed(SL_list *list);
+void SL_reset_closed(SL_list *list) __attribute__((nonnull(1)));
 
 /* Returns the number of items. */
-int32_t SL_count_items(const SL_list *list);
+int32_t SL_count_items(const SL_list *list) __attribute__((nonnull(1)));
 
 /* ---- positions and indices ---- */
 
@@ -134,55 +134,55 @@ int32_t SL_count_items(const SL_list *list);
 void *SL_advance(const SL_list *list, void *item, int32_t n);
 
 /* Returns the number of steps from the first item to `item`, which must be on the list. Linear. */
-int32_t SL_get_index(const SL_list *list, const void *item);
+int32_t SL_get_index(const SL_list *list, const void *item) __attribute__((nonnull(1)));
 
 /* Returns the item with this index, counted from 0, or null where there is none. Never walks around a ring. Linear
    in the index. */
-void *SL_pos_at_index(const SL_list *list, int32_t index);
+void *SL_pos_at_index(const SL_list *list, int32_t index) __attribute__((nonnull(1)));
 
 /* ---- insertion ---- */
 
 /* Links `item` at the back: in a ring, between the last and the first. */
-void SL_append_after_last(SL_list *list, void *item);
+void SL_append_after_last(SL_list *list, void *item) __attribute__((nonnull(1, 2)));
 
 /* Links `item` at the front. */
-void SL_insert_before_first(SL_list *list, void *item);
+void SL_insert_before_first(SL_list *list, void *item) __attribute__((nonnull(1, 2)));
 
 /* Links `item` before `position`. Before the first it becomes the first. */
-void SL_insert_before(SL_list *list, void *position, void *item);
+void SL_insert_before(SL_list *list, void *position, void *item) __attribute__((nonnull(1, 3)));
 
 /* Links `item` after `position`. After the last it becomes the last. */
-void SL_insert_after(SL_list *list, void *position, void *item);
+void SL_insert_after(SL_list *list, void *position, void *item) __attribute__((nonnull(1, 3)));
 
 /* Links `item` before, or after, the item with this index, counted from 0, and returns 1. Where there is none,
    changes nothing and returns 0. Linear in the index. */
-int SL_insert_before_index(SL_list *list, int32_t index, void *item);
-int SL_insert_after_index(SL_list *list, int32_t index, void *item);
+int SL_insert_before_index(SL_list *list, int32_t index, void *item) __attribute__((nonnull(1)));
+int SL_insert_after_index(SL_list *list, int32_t index, void *item) __attribute__((nonnull(1)));
 
 /* Links `item` at the back unless it is on the list already. Requires an open list: the search ends only at a null
    link, so on a ring that does not hold the item it never ends. That is deliberate. Linear. */
-void SL_insert_unique(SL_list *list, void *item);
+void SL_insert_unique(SL_list *list, void *item) __attribute__((nonnull(1)));
 
 /* ---- removal, reordering, joining ---- */
 
 /* Unlinks `item` and sets its links to null. A ring stays closed, even when it becomes empty. */
-void SL_remove_item(SL_list *list, void *item);
+void SL_remove_item(SL_list *list, void *item) __attribute__((nonnull(1, 2)));
 
 /* Removes the item with this index and returns 1, or returns 0 where there is none. Linear in the index. */
-int SL_remove_at_index(SL_list *list, int32_t index);
+int SL_remove_at_index(SL_list *list, int32_t index) __attribute__((nonnull(1)));
 
 /* Reverses the order. A ring stays a ring. Linear. */
-void SL_reverse(SL_list *list);
+void SL_reverse(SL_list *list) __attribute__((nonnull(1)));
 
 /* Moves all items of `*other` to the back of `list`, frees the other head and sets `*other` to null. Requires two
    different open lists, which is not checked. */
-void SL_append_list(SL_list *list, SL_list **other);
+void SL_append_list(SL_list *list, SL_list **other) __attribute__((nonnull(1, 2)));
 
 /* Makes `item` the first of a ring. Does nothing on an open list.
    Raises line 743, MOVA_PRECONDITION_BROKEN, when the list is closed and the item has no predecessor: then it is
    not on a ring. Where the raise returns, the list begins with that item and has no last one: it is lost until SL_roll
    makes an item of the ring the first. */
-void SL_roll(SL_list *list, void *item);
+void SL_roll(SL_list *list, void *item) __attribute__((nonnull(1)));
 
 /* ---- iteration: none of these allocates ---- */
 
@@ -198,21 +198,21 @@ SL_iterator SL_tested_items_inbetween(const SL_list *list, void *from, void *to,
 SL_iterator SL_all_items_inbetween(const SL_list *list, void *from, void *to, int forward);
 
 /* Returns an iterator over the items that `test` accepts, first to last. */
-SL_iterator SL_tested_items(const SL_list *list, SL_test test);
+SL_iterator SL_tested_items(const SL_list *list, SL_test test) __attribute__((nonnull(1)));
 
 /* Returns an iterator over the items that `test` accepts, last to first. */
-SL_iterator SL_tested_items_reversed(const SL_list *list, SL_test test);
+SL_iterator SL_tested_items_reversed(const SL_list *list, SL_test test) __attribute__((nonnull(1)));
 
 /* Returns an iterator over all items, first to last. */
-SL_iterator SL_all_items(const SL_list *list);
+SL_iterator SL_all_items(const SL_list *list) __attribute__((nonnull(1)));
 
 /* Returns an iterator over all items, last to first. */
-SL_iterator SL_all_items_reversed(const SL_list *list);
+SL_iterator SL_all_items_reversed(const SL_list *list) __attribute__((nonnull(1)));
 
 /* Returns 1 and stores the next accepted item in `*item`, or returns 0 and leaves `*item` when the iteration is
    over: unlike a pointer list's, this iterator stores only what was accepted. Linear in the number of rejected
    items. */
-int SL_next_item(SL_iterator *iterator, void **item);
+int SL_next_item(SL_iterator *iterator, void **item) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -138,10 +138,10 @@ GT_tree *GT_create_with_dupl_not_allowed(GT_compare compare) __attribute__((warn
 /* Clears every live iterator's pointers, releases the list of iterators, frees every node, each after both its
    subtrees, and the head, and sets `*t` to null. The items are left alone, and so are the iterators' records. Does
    nothing when `*t` is null. Linear. */
-void GT_release(GT_tree **t);
+void GT_release(GT_tree **t) __attribute__((nonnull(1)));
 
 /* As GT_release, but frees each node's item ahead of the node: MM_dealloc_item with `item_size` bytes. */
-void GT_total_release(GT_tree **t, size_t item_size);
+void GT_total_release(GT_tree **t, size_t item_size) __attribute__((nonnull(1)));
 
 /* Exhausts every live iterator and frees every node, each after both its subtrees. The tree is empty afterwards and
    stays usable. Does nothing when `t` is null. Linear. */
@@ -159,43 +159,43 @@ void GT_total_make_empty(GT_tree *t, size_t item_size);
    -1, 0, +1. The item is in the tree by then, and stays in it where the raise throws or jumps: the tree is releasable,
    and usable once its balances are right. Where the host returns, that balance is left alone and the ancestors are
    rebalanced as if the subtree had grown, up to a rotation whose nodes are not all there. */
-GT_tree_item *GT_insert_item(GT_tree *t, void *item);
+GT_tree_item *GT_insert_item(GT_tree *t, void *item) __attribute__((nonnull(1)));
 
 /* Finds the node that holds the pointer `item` itself: it is compared by identity first, and by the tree's comparison
    only to find the way. Returns 1 and stores the node in `*position`, or returns 0 and stores null. O(log n), and up to
    every item that compares equal. */
-int GT_find_item(GT_tree *t, void *item, GT_tree_item **position);
+int GT_find_item(GT_tree *t, void *item, GT_tree_item **position) __attribute__((nonnull(1, 3)));
 
 /* Finds a node whose item compares equal to `key`: the one nearest to the root, not the first in order. `key` is the
    comparison's first argument and need not be an item. Returns 1 and stores the node in `*position`, or returns 0 and
    stores null. O(log n). */
-int GT_search_item(GT_tree *t, void *key, GT_tree_item **position);
+int GT_search_item(GT_tree *t, void *key, GT_tree_item **position) __attribute__((nonnull(1, 3)));
 
 /* Returns the number of items, by a walk over all nodes: linear. */
-int32_t GT_count_items(const GT_tree *t);
+int32_t GT_count_items(const GT_tree *t) __attribute__((nonnull(1)));
 
 /* ---- removal: the node is freed, its item left alone ---- */
 
 /* Removes the node, which it reaches by comparing its item with those on the way. O(log n), and up to every item that
    compares equal. Balances outside -1 … +1 are left as they are.
    Raises line 481, and changes nothing, when the comparisons do not lead to the node. */
-void GT_remove_item(GT_tree *t, GT_tree_item *position);
+void GT_remove_item(GT_tree *t, GT_tree_item *position) __attribute__((nonnull(1)));
 
 /* As GT_remove_item, but visits every node where the comparisons do not lead to the position: for an item whose key was
    changed after its insertion. The second way is linear.
    Raises line 545, and changes nothing, when the node is not in the tree. */
-void GT_remove_item_global(GT_tree *t, GT_tree_item *position);
+void GT_remove_item_global(GT_tree *t, GT_tree_item *position) __attribute__((nonnull(1)));
 
 /* Finds the node that holds the pointer `item` itself, as GT_find_item does, and removes it, as GT_remove_item does.
    Raises line 566 when no node holds it, and line 579 when the removal does not reach the node; neither changes
    anything. */
-void GT_find_and_remove_item(GT_tree *t, void *item);
+void GT_find_and_remove_item(GT_tree *t, void *item) __attribute__((nonnull(1)));
 
 /* Removes the node `first`, without comparing. O(log n).
    Raises line 1427, and changes nothing, when the tree is empty. Raises line 1728 when `first`, which a program must
    not write, names a node that has a left child; where the host returns, that child's subtree is lost, and the tree is
    releasable. */
-void GT_remove_first_item(GT_tree *t);
+void GT_remove_first_item(GT_tree *t) __attribute__((nonnull(1)));
 
 /* ---- nodes alone: for code that links and unlinks them itself, as the typed layer's does ---- */
 
@@ -213,24 +213,26 @@ void GT_free_node(GT_tree_item *node);
 
 /* Start at the first item: deliver every item, those that `condition` accepts, or all up to the first that it
    rejects. GT_all_items leaves the iterator's `condition` unset. */
-GT_tree_iter *GT_all_items(GT_tree *t) __attribute__((warn_unused_result));
-GT_tree_iter *GT_all_items_conditional(GT_tree *t, GT_condition condition) __attribute__((warn_unused_result));
-GT_tree_iter *GT_all_items_while_conditioned(GT_tree *t, GT_condition condition) __attribute__((warn_unused_result));
+GT_tree_iter *GT_all_items(GT_tree *t) __attribute__((nonnull(1), warn_unused_result));
+GT_tree_iter *GT_all_items_conditional(GT_tree *t, GT_condition condition)
+    __attribute__((nonnull(1), warn_unused_result));
+GT_tree_iter *GT_all_items_while_conditioned(GT_tree *t, GT_condition condition)
+    __attribute__((nonnull(1), warn_unused_result));
 
 /* The same three, from the item that `iterator` has delivered last. `iterator` is not changed. If its current item is
    none, or was removed, the new one is exhausted. GT_from_current copies the `condition`, and does not ask it. */
-GT_tree_iter *GT_from_current(GT_tree_iter *iterator) __attribute__((warn_unused_result));
+GT_tree_iter *GT_from_current(GT_tree_iter *iterator) __attribute__((nonnull(1), warn_unused_result));
 GT_tree_iter *GT_from_current_conditional(GT_tree_iter *iterator, GT_condition condition)
-    __attribute__((warn_unused_result));
+    __attribute__((nonnull(1), warn_unused_result));
 GT_tree_iter *GT_from_current_while_conditioned(GT_tree_iter *iterator, GT_condition condition)
-    __attribute__((warn_unused_result));
+    __attribute__((nonnull(1), warn_unused_result));
 
 /* The same three, from the item at which `iterator` would look next. */
-GT_tree_iter *GT_from_next(GT_tree_iter *iterator) __attribute__((warn_unused_result));
+GT_tree_iter *GT_from_next(GT_tree_iter *iterator) __attribute__((nonnull(1), warn_unused_result));
 GT_tree_iter *GT_from_next_conditional(GT_tree_iter *iterator, GT_condition condition)
-    __attribute__((warn_unused_result));
+    __attribute__((nonnull(1), warn_unused_result));
 GT_tree_iter *GT_from_next_while_conditioned(GT_tree_iter *iterator, GT_condition condition)
-    __attribute__((warn_unused_result));
+    __attribute__((nonnull(1), warn_unused_result));
 
 /* Returns 1 and stores the next accepted item in `*item`. Or the iteration is over: takes the iterator out of the
    tree's list, frees it, and returns 0 with `*item` untouched. The item just delivered may be removed. Linear in the
@@ -245,7 +247,7 @@ int GT_next_position(GT_tree_iter *iterator, GT_tree_item **position) __attribut
 
 /* Stores the item that was delivered last, and returns 1 when it is not null, else 0. Requires that one was delivered
    and has not been removed. */
-int GT_current_item(GT_tree_iter *iterator, void **item);
+int GT_current_item(GT_tree_iter *iterator, void **item) __attribute__((nonnull(1, 2)));
 
 /* Takes the iterator out of the tree's list and frees it. Linear in the number of live iterators.
    Raises line 962 when it is not in its tree's list. Where the host returns, it is freed all the same. */
@@ -258,7 +260,7 @@ void GT_end_iterator(GT_tree_iter *iterator) __attribute__((nonnull(1)));
    in each pass. Linear for items in order, quadratic at worst. After an exception or a jump the tree is usable: the
    items are all there, in some order, and may be sorted again. A jump out of the comparison leaves that iterator in the
    tree's list, as the last one. */
-void GT_sort(GT_tree *t);
+void GT_sort(GT_tree *t) __attribute__((nonnull(1)));
 
 /* Prints how many trees, nodes and iterators are live, of all trees together, a line each. */
 void GT_check(void);
@@ -266,7 +268,7 @@ void GT_check(void);
 /* Prints the tree on its side, the smallest item first: a line for each item, indented by three blanks a level, with
    the item as `print` prints it, and, where its balance B is not the difference D of the heights, a warning:
    " B D ERROR IN BALANCE !!!!!!!!!!". O(n log n). */
-void GT_print_tree(GT_tree *t, GT_print_fn print);
+void GT_print_tree(GT_tree *t, GT_print_fn print) __attribute__((nonnull(1)));
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -5,7 +5,7 @@
 cmake_minimum_required(VERSION 3.21)
 include(${CMAKE_CURRENT_LIST_DIR}/../../cmake/names.cmake)
 
-execute_process(COMMAND ${COMPILER} -std=c11 -Wall -I${INCLUDE} -S -o /dev/null ${SOURCE}
+execute_process(COMMAND ${COMPILER} -std=c11 -Wall -isystem ${INCLUDE} -S -o /dev/null ${SOURCE}
     RESULT_VARIABLE result ERROR_VARIABLE said)
 string(REGEX MATCHALL "\n[^\n]*:[0-9]+:[0-9]+: warning: [^\n]*\\[-W[a-z-]+\\]" warnings "\n${said}")
 list(TRANSFORM warnings REPLACE ".*:([0-9]+):[0-9]+: warning: .*\\[-W([a-z-]+)\\]" "\\1 \\2")

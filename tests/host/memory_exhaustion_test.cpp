@@ -108,9 +108,9 @@ TEST_F(MemoryExhaustion, AnErrorMayBeJumpedOutOfTheService)
     if (setjmp(here) == 0)
         std::ignore = MM_alloc_item(SIZE_MAX);
     if (setjmp(here) == 0)
-        mova_memory_zeroed(SIZE_MAX);
+        std::ignore = mova_memory_zeroed(SIZE_MAX);
     if (setjmp(here) == 0)
-        mova_memory_aligned(64, SIZE_MAX);
+        std::ignore = mova_memory_aligned(64, SIZE_MAX);
     jumps_to = nullptr;
     EXPECT_EQ(mova_memory_statistics().live_blocks, before.live_blocks);
     MM_dealloc_item(MM_alloc_item(mib), mib);
