@@ -7,6 +7,7 @@
 #ifndef MOVA_CHECKED_BALANCED_TREE_H
 #define MOVA_CHECKED_BALANCED_TREE_H
 
+#include "internal/chains.h"
 #include "internal/roles.h"
 
 #include <mova/tree/balanced_tree.h>
@@ -18,12 +19,38 @@ namespace mova::checked {
 
 namespace gt {
 
+/* Whether all nodes of a subtree are there. No tree is as high as that: it goes around in a circle. */
+inline bool is_subtree_there(const GT_tree_item *node, int height = 64)
+{
+    return !node || (height > 0 && is_there(node) && is_subtree_there(node->left, height - 1) &&
+                     is_subtree_there(node->right, height - 1));
+}
+
+inline bool are_iterators_there(const GT_tree &of)
+{
+    if (!is_there(of.iterators) || !is_chain_there(of.iterators->first, of.iterators->last, of.iterators->count))
+        return false;
+    const GL_node *node = of.iterators->first;
+    for (int32_t left = of.iterators->count; node && left > 0; --left, node = node->next) {
+        if (!is_there(node->item))
+            return false;
+    }
+    return true;
+}
+
+/* As broken_invariant, of a tree whose links may lead anywhere. */
+inline int broken_invariant(const void *of)
+{
+    const GT_tree &tree = *static_cast<const GT_tree *>(of);
+    return !is_subtree_there(tree.root) ? 1 : !are_iterators_there(tree) ? 5 : mova::broken_invariant(tree, nullptr);
+}
+
 /* The most nodes that a tree of its height has. The way down on the higher side takes as many steps as it is high. */
 inline int64_t most_nodes(const GT_tree &of)
 {
     int64_t nodes = 1;
     const GT_tree_item *node = of.root;
-    for (int steps = 0; node && steps < 40; ++steps, nodes *= 2)
+    for (int steps = 0; node && steps < 40 && is_there(node); ++steps, nodes *= 2)
         node = node->balance > 0 ? node->right : node->left;
     return nodes;
 }
@@ -36,7 +63,7 @@ inline constexpr family balanced_tree = {
     "node",
     false,
     nullptr,
-    [](const void *tree) { return broken_invariant(*static_cast<const GT_tree *>(tree), nullptr); },
+    gt::broken_invariant,
     [](const void *tree) { return gt::most_nodes(*static_cast<const GT_tree *>(tree)); },
     true,
 };
@@ -255,7 +282,10 @@ struct the_result {
     static const GT_tree_item *of(const auto &, const GT_tree_item *result) { return result; }
 };
 struct the_one_stored {
-    static const GT_tree_item *of(const auto &arguments, int) { return *std::get<2>(arguments); }
+    static const GT_tree_item *of(const auto &arguments, int)
+    {
+        return std::get<2>(arguments) ? *std::get<2>(arguments) : nullptr;
+    }
 };
 
 inline constexpr container<0, balanced_tree> read{use::read}, edit{use::edit};
@@ -282,8 +312,8 @@ inline constexpr row GT_make_empty{gt::outside, gt::empty_or_null};
 inline constexpr row GT_total_make_empty{gt::outside, gt::empty_or_null};
 
 inline constexpr row GT_insert_item{gt::outside, gt::edit, gt::differs_from_itself{}, gt::of_result};
-inline constexpr row GT_find_item{gt::outside, gt::read, gt::of_stored};
-inline constexpr row GT_search_item{gt::outside, gt::read, gt::of_stored};
+inline constexpr row GT_find_item{gt::outside, gt::read, stores_position<2>{}, gt::of_stored};
+inline constexpr row GT_search_item{gt::outside, gt::read, stores_position<2>{}, gt::of_stored};
 inline constexpr row GT_count_items{gt::outside, gt::read};
 
 inline constexpr row GT_remove_item{gt::outside, gt::edit, gt::at, gt::is_led_to<481>{}};

@@ -3,6 +3,7 @@
 #ifndef MOVA_CHECKED_ELEMENT_LIST_H
 #define MOVA_CHECKED_ELEMENT_LIST_H
 
+#include "internal/chains.h"
 #include "internal/elements.h"
 #include "internal/roles.h"
 
@@ -19,7 +20,7 @@ inline constexpr family element_list = {
     "node",
     true,
     nullptr,
-    [](const void *list) { return broken_invariant(*static_cast<const EL_list *>(list)); },
+    [](const void *list) { return broken_invariant_of_chain(*static_cast<const EL_list *>(list)); },
     [](const void *list) { return int64_t{static_cast<const EL_list *>(list)->count}; },
 };
 

@@ -3,6 +3,7 @@
 #ifndef MOVA_CHECKED_GENERIC_LIST_H
 #define MOVA_CHECKED_GENERIC_LIST_H
 
+#include "internal/chains.h"
 #include "internal/roles.h"
 
 #include <mova/lists/generic_list.h>
@@ -16,7 +17,7 @@ inline constexpr family generic_list = {
     "node",
     true,
     nullptr,
-    [](const void *list) { return broken_invariant(*static_cast<const GL_list *>(list)); },
+    [](const void *list) { return broken_invariant_of_chain(*static_cast<const GL_list *>(list)); },
     [](const void *list) { return int64_t{static_cast<const GL_list *>(list)->count}; },
 };
 
@@ -56,7 +57,7 @@ inline constexpr row GL_insert_unique{gl::edit, one_more{}};
 inline constexpr row GL_move_before_first{gl::edit, gl::at};
 inline constexpr row GL_append_list{gl::edit, gl::source, joins_1_to_0{}};
 
-inline constexpr row GL_find_item{gl::read};
+inline constexpr row GL_find_item{gl::read, stores_position<2>{}};
 inline constexpr row GL_remove_item{gl::edit, gl::at};
 inline constexpr row GL_swap_item{gl::anywhere};
 

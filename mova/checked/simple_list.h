@@ -18,7 +18,7 @@ inline constexpr family simple_list = {
     "item",
     true,
     nullptr,
-    [](const void *list) { return broken_invariant(*static_cast<const SL_list *>(list)); },
+    [](const void *list) { return broken_invariant_of_chain(*static_cast<const SL_list *>(list)); },
     [](const void *list) { return int64_t{static_cast<const SL_list *>(list)->count}; },
 };
 

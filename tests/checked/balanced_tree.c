@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: MIT */
 #include <limits.h>
+#include <stdint.h>
 
 #define MOVA_NO_SHORT_NAMES
 
@@ -394,6 +395,30 @@ static void damaged_chain(int misused)
     GT_release(&tree);
 }
 
+static void link_to_nowhere(int misused)
+{
+    GT_tree *tree = five_items();
+    if (misused)
+        tree->root->left->right = (GT_tree_item *)(uintptr_t)0x1000;
+    GT_release(&tree);
+}
+
+static void link_in_a_circle(int misused)
+{
+    GT_tree *tree = five_items();
+    if (misused)
+        tree->first->left = tree->root;
+    GT_release(&tree);
+}
+
+static void null_address_of_position(int misused)
+{
+    GT_tree *tree = five_items();
+    GT_tree_item *position;
+    GT_find_item(tree, &items[1], misused ? NULL : &position);
+    GT_release(&tree);
+}
+
 static void damaged_balance(int misused)
 {
     GT_tree *tree = five_items();
@@ -484,6 +509,9 @@ static const misuse_cell cells[] = {
     {"another tree edited by a thread", 10, "GT_insert_item: another thread used a tree meanwhile",
      another_edited_by_a_thread},
     {"damaged chain", 13, "GT_release: the tree breaks its invariant 2", damaged_chain},
+    {"null address of position", 1, "GT_find_item: the address of the position is null", null_address_of_position},
+    {"link to nowhere", 13, "GT_release: the tree breaks its invariant 1", link_to_nowhere},
+    {"link in a circle", 13, "GT_release: the tree breaks its invariant 1", link_in_a_circle},
     {"damaged balance", 13, "GT_make_empty: the tree breaks its invariant 3", damaged_balance},
     {"damaged list of iterators", 13, "GT_make_empty: the tree breaks its invariant 5", damaged_list_of_iterators},
 };

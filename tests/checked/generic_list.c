@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: MIT */
 #include <limits.h>
+#include <stdint.h>
 #include <stdlib.h>
 
 #include <mova/lists/element_list.h>
@@ -50,6 +51,14 @@ static int accept(void *item)
 }
 
 /* ---- containers ---- */
+
+static void null_address_of_position(int misused)
+{
+    GL_list *list = three_items();
+    GL_node *position;
+    GL_find_item(list, &items[1], misused ? NULL : &position);
+    GL_release(&list);
+}
 
 static void null_list(int misused)
 {
@@ -362,10 +371,19 @@ static void damaged_link(int misused)
     GL_release(&list);
 }
 
+static void link_to_nowhere(int misused)
+{
+    GL_list *list = three_items();
+    if (misused)
+        list->first->next->next = (GL_node *)(uintptr_t)0x1000;
+    GL_release(&list);
+}
+
 static const misuse_cell cells[] = {
     {"null list", 1, "GL_count_items: the list is null", null_list},
     {"null position", 1, "GL_insert_before: the position is null", null_position},
     {"null iterator", 1, "GL_next_item: the iterator is null", null_iterator},
+    {"null address of position", 1, "GL_find_item: the address of the position is null", null_address_of_position},
     {"never created", 2, "GL_append_after_last: the list was never created", never_created},
     {"position as list", 2, "GL_count_items: the list was never created", position_as_list},
     {"used after release", 2, "GL_append_after_last: the list was released", used_after_release},
@@ -392,6 +410,7 @@ static const misuse_cell cells[] = {
     {"copied and counted", 10, "GL_total_copy: another thread used the list meanwhile", copied_and_counted},
     {"damaged count", 13, "GL_release: the list breaks its invariant 1", damaged_count},
     {"damaged link", 13, "GL_release: the list breaks its invariant 4", damaged_link},
+    {"link to nowhere", 13, "GL_release: the list breaks its invariant 4", link_to_nowhere},
 };
 
 int main(int arguments, char **argument)

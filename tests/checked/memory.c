@@ -63,6 +63,29 @@ static void write_before(int misused)
     MM_dealloc_item(block, 24);
 }
 
+/* Above 1016 bytes blocks lie elsewhere, and above 16 KiB none is kept. */
+static void write_around_large(int before, int misused)
+{
+    static const size_t sizes[] = {1016, 1017, 4096, 16384, 16385, 100000, 300000};
+    for (size_t i = 0; i < sizeof sizes / sizeof *sizes; ++i) {
+        char *block = MM_alloc_item(sizes[i]);
+        memset(block, 0, sizes[i]);
+        if (misused && i + 1 == sizeof sizes / sizeof *sizes)
+            block[before ? -1 : (long)sizes[i]] = 1;
+        MM_dealloc_item(block, sizes[i]);
+    }
+}
+
+static void write_before_large(int misused)
+{
+    write_around_large(1, misused);
+}
+
+static void write_behind_large(int misused)
+{
+    write_around_large(0, misused);
+}
+
 static void write_behind_and_keep(int misused)
 {
     static char *kept;
@@ -112,6 +135,8 @@ static const misuse_cell cells[] = {
     {"inside of a block", 14, "MM_dealloc_item: no block begins there", release_inside_of_block},
     {"written behind", 14, "MM_dealloc_item: bytes behind the block were written to", write_behind},
     {"written before", 14, "MM_dealloc_item: bytes before the block were written to", write_before},
+    {"large, written before", 14, "MM_dealloc_item: bytes before the block were written to", write_before_large},
+    {"large, written behind", 14, "MM_dealloc_item: bytes behind the block were written to", write_behind_large},
     {"written behind, kept", 14, "MM_alloc_item: bytes behind the block were written to", write_behind_and_keep},
     {"written after release", 14, "MM_dealloc_item: the block was written to after its release", write_after_release},
     {"written long after release", 14, "MM_dealloc_item: the block was written to after its release",

@@ -114,6 +114,8 @@ public:
     /* Whether it is a small block of that size that lives, and its guards are whole. */
     __attribute__((always_inline)) bool is_plainly(size_t size) const
     {
+        if (is_large())
+            return false;
         const size_t room = this->room();
         return record_->noted.of_host == (static_cast<unsigned>(block_state::live) << 4 | (room - size)) &&
                room - size < 16 && is_shared_guard(before()) && is_shared_guard(bytes_ + room) &&

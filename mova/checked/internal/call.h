@@ -320,7 +320,7 @@ __attribute__((always_inline)) inline Result make(call &made, Result (*plain)(De
     const std::tuple<Arguments &...> arguments(given...);
     {
         const registry_lock lock;
-        ++calls_checked;
+        count_call();
         std::apply([&](const auto &...role) { ((made.is_wrong() || (role.before(made, arguments), true)) && ...); },
                    Row.all);
         if (lock.has_threads() && !made.is_wrong())

@@ -52,6 +52,26 @@ bool read_safely(const void *from, void *to, size_t bytes)
     return is_refused || read == static_cast<ssize_t>(bytes);
 }
 
+bool is_there(const void *record)
+{
+    if (table::small_record(reinterpret_cast<uintptr_t>(record)))
+        return true;
+    const entry *const known = find(record);
+    links read;
+    return (known && known->live) || read_safely(record, &read, sizeof read);
+}
+
+bool is_chain_there(const void *first, const void *last, int32_t count)
+{
+    const void *node = first;
+    for (int32_t left = count; node && left > 0; --left) {
+        if (!is_there(node))
+            return false;
+        node = static_cast<const links *>(node)->after;
+    }
+    return !last || is_there(last);
+}
+
 void claim_members(owner_number container)
 {
     for_each_member(container, [=](const void *node) {

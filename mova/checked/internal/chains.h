@@ -10,10 +10,26 @@
 
 #include "registry.h"
 
+#include <mova/lists/internal/invariants.h>
+
 namespace mova::checked {
 
 /* Copies bytes that may not be there. Returns whether they were. */
 bool read_safely(const void *from, void *to, size_t bytes);
+
+/* Whether a record lies there that may be read: a program may have damaged the link that leads to it. Those that are known
+   are there, and the system is asked about others. */
+bool is_there(const void *record);
+
+/* Whether the first nodes of a chain, as many as that, and the last one are there. */
+bool is_chain_there(const void *first, const void *last, int32_t count);
+
+/* As broken_invariant, of a list whose links may lead anywhere. Such a link has no way back: that is invariant 4. */
+template <class List>
+int broken_invariant_of_chain(const List &list)
+{
+    return is_chain_there(list.first, list.last, list.count) ? mova::broken_invariant(list) : 4;
+}
 
 /* Notes the nodes that the registry has otherwise as the container's: those along `next` from its first, no more than it
    counts. */

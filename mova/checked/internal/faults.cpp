@@ -4,7 +4,7 @@
 #include "report.h"
 #include "symbols.h"
 
-#if defined __x86_64__ && defined __linux__
+#if (defined __x86_64__ || defined __i386__) && defined __linux__
 
 #include <cstdio>
 #include <cstdlib>
@@ -17,19 +17,29 @@ namespace mova::checked {
 
 namespace {
 
+#if defined __x86_64__
+constexpr int instruction_register = REG_RIP, stack_register = REG_RSP;
+#else
+constexpr int instruction_register = REG_EIP, stack_register = REG_ESP;
+#endif
+
+/* How a fault was handled when the program began, and how the program handled it when that was looked at last. */
+struct sigaction first_handling, own_handling;
+bool is_explained; /* since then */
+
 /* A field of a record that lies where the pattern leads to. */
 bool leads_out_of_released_block(greg_t value)
 {
-    constexpr uint64_t pattern = pattern_of_the_released * UINT64_C(0x0101010101010101);
-    constexpr uint64_t largest_record = 4096;
-    return static_cast<uint64_t>(value) - pattern < largest_record;
+    constexpr auto pattern = static_cast<uintptr_t>(pattern_of_the_released * UINT64_C(0x0101010101010101));
+    constexpr uintptr_t largest_record = 4096;
+    return static_cast<uintptr_t>(value) - pattern < largest_record;
 }
 
 bool leads_out_of_released_block(const greg_t *registers)
 {
     bool leads_out = false;
-    for (int each = 0; each < REG_RIP; ++each)
-        leads_out |= each != REG_RSP && leads_out_of_released_block(registers[each]);
+    for (int each = 0; each < instruction_register; ++each)
+        leads_out |= each != stack_register && leads_out_of_released_block(registers[each]);
     return leads_out;
 }
 
@@ -60,9 +70,19 @@ source_place place_of_fault(uintptr_t instruction)
     return out.found;
 }
 
-/* The system has set its own way of handling the fault again, and the instruction that faulted is what comes next. */
-void explain(int, siginfo_t *fault, void *context)
+/* What is known of the fault is said. Then the program's own way of handling it, or the system's, is set again, and the
+   instruction that faulted is what comes next; or the signal, where somebody sent it. A handler of the program's may come back
+   here, for that is what it found when it was set: then the first way is the one. */
+void explain(int signal, siginfo_t *fault, void *context)
 {
+    sigaction(SIGSEGV, is_explained ? &first_handling : &own_handling, nullptr);
+    if (is_explained)
+        return;
+    is_explained = true;
+    if (fault->si_code <= 0) {
+        raise(signal);
+        return;
+    }
     const greg_t *const registers = static_cast<const ucontext_t *>(context)->uc_mcontext.gregs;
     const void *since = nullptr;
     const char *what = mova_checked_explain_fault ? mova_checked_explain_fault(fault->si_addr, &since) : nullptr;
@@ -70,7 +90,7 @@ void explain(int, siginfo_t *fault, void *context)
         what = "a pointer out of a released block is followed";
     if (!what)
         return;
-    const source_place at = place_of_fault(static_cast<uintptr_t>(registers[REG_RIP]));
+    const source_place at = place_of_fault(static_cast<uintptr_t>(registers[instruction_register]));
     char text[800];
     const int length =
         std::snprintf(text, sizeof text, "mova: fault: %s\n  in         %-33s %s\n", what, at.function, at.line);
@@ -84,15 +104,21 @@ void explain(int, siginfo_t *fault, void *context)
 
 } // namespace
 
-/* A program that sets a handler of its own has that one alone. */
 void explain_faults()
 {
-    struct sigaction before, own = {};
-    if (!std::getenv("MOVA_CHECK_CLOSE") || sigaction(SIGSEGV, nullptr, &before) != 0 || before.sa_handler != SIG_DFL)
+    static const bool is_asked_for = std::getenv("MOVA_CHECK_CLOSE");
+    struct sigaction now;
+    if (!is_asked_for || sigaction(SIGSEGV, nullptr, &now) != 0 || now.sa_sigaction == explain)
         return;
-    own.sa_sigaction = explain;
-    own.sa_flags = SA_SIGINFO | static_cast<int>(SA_RESETHAND);
-    sigaction(SIGSEGV, &own, nullptr);
+    static bool has_begun;
+    if (!has_begun)
+        first_handling = now;
+    has_begun = true;
+    own_handling = now;
+    is_explained = false;
+    now.sa_sigaction = explain;
+    now.sa_flags |= SA_SIGINFO;
+    sigaction(SIGSEGV, &now, nullptr);
 }
 
 } // namespace mova::checked

@@ -23,6 +23,7 @@ namespace mova::checked {
 namespace {
 
 std::atomic<long> misuses;
+std::atomic<bool> is_closing; /* the program ends: nobody could catch what is raised */
 std::atomic<mova_misuse_fn> receiver;
 std::atomic<void *> receiver_context;
 
@@ -221,7 +222,7 @@ void report(const finding &misuse)
         }
     }
     errno = kept_errno;
-    if (asked_for().after_report == way::raise)
+    if (asked_for().after_report == way::raise && !is_closing)
         EX_raise_exception_line("checked", 0, MOVA_PRECONDITION_BROKEN);
     else if (asked_for().after_report == way::abort && !told)
         std::abort();
@@ -237,6 +238,7 @@ __attribute__((destructor)) void close_with_a_line()
     const bool has_line = std::getenv("MOVA_CHECK_CLOSE");
     if (!has_line && !asked_for().leaks)
         return;
+    is_closing = true;
     const tally left = close_program(asked_for().leaks);
     if (!has_line)
         return;

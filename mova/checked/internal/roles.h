@@ -106,6 +106,16 @@ struct position_or_null : role {
     }
 };
 
+/* The address that the function stores a position at. */
+template <int Argument>
+struct stores_position : role {
+    static void before(call &made, const auto &arguments)
+    {
+        if (!std::get<Argument>(arguments))
+            made.wrong().say("the address of the position is null");
+    }
+};
+
 /* The positions of the first container from one up to and including another, for functions that walk along `next` from the
    one to the other. */
 template <int From, int To, const family &Family>
