@@ -19,10 +19,6 @@ struct Rectangle {
     int width() const { return right - left; }
     int height() const { return bottom - top; }
     std::size_t pixels() const { return static_cast<std::size_t>(width()) * static_cast<std::size_t>(height()); }
-    bool meets(const Rectangle &other) const
-    {
-        return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
-    }
 };
 
 /* A rectangle of 8-bit colour indices, row after row from the top, which are the caller's. */

@@ -5,8 +5,6 @@
 #define ATLAS_COLOURS_H
 
 #include <array>
-#include <cstdint>
-#include <vector>
 
 #include <mova/cxx/colour_table.h>
 #include <mova/cxx/pointer_lookup.h>

@@ -1,7 +1,6 @@
 /* SPDX-License-Identifier: MIT */
 #include "countries.h"
 
-#include <algorithm>
 #include <cinttypes>
 #include <numeric>
 #include <utility>
@@ -48,49 +47,48 @@ static std::size_t distance(std::string_view a, std::string_view b)
     return row.back();
 }
 
-/* Names that differ by so much or more are not compared any further. */
-static std::size_t distance_below(std::size_t limit, std::string_view name, std::string_view tried)
-{
-    const std::size_t shorter = std::min(name.size(), tried.size()), longer = std::max(name.size(), tried.size());
-    if (name.size() < tried.size() && distance(name, tried.substr(0, name.size())) == 0)
-        return 1; /* the rest was left out */
-    return longer - shorter < limit ? distance(name, tried) : limit;
-}
-
 /* Returns the name that was probably meant: one letter in three may be wrong, or the rest may be missing. */
-static std::string_view near_miss(const Topology &topology, std::string_view name)
+static std::string near_miss(const Topology &topology, std::string_view name)
 {
     std::string_view nearest;
-    if (name.size() < 3 || name.size() > 64)
-        return nearest;
-    std::size_t least = name.size() / 3 + 1;
+    std::size_t least = name.size() < 3 || name.size() > 64 ? 0 : name.size() / 3 + 1;
     for (const Country *country : topology.countries) {
-        const std::size_t away = distance_below(least, name, country->name);
+        const std::string_view tried = country->name;
+        const std::size_t shorter = std::min(name.size(), tried.size());
+        std::size_t away = std::max(name.size(), tried.size()) - shorter;
+        if (least > 1 && tried.size() > shorter && distance(name, tried.substr(0, shorter)) == 0)
+            away = 1;
+        else if (away < least)
+            away = distance(name, tried);
         if (away < least) {
             least = away;
-            nearest = country->name;
+            nearest = tried;
         }
     }
-    return nearest;
+    return std::string(nearest);
 }
 
-void select_countries(Topology &topology, const std::vector<std::string> &names)
+std::size_t select_countries(Topology &topology, const std::vector<std::string> &names)
 {
     const NameIndex index = index_by_name(topology);
     mova::hash_table<const Country *, bool> kept;
+    std::size_t looked_at = 0;
     for (const std::string &name : names) {
         const auto named = index.equal_range(name);
         if (named.empty()) {
-            const std::string meant(near_miss(topology, name));
+            const std::string meant = near_miss(topology, name);
             throw Error("no country is named " + name + (meant.empty() ? "" : ": did you mean " + meant + "?"));
         }
         if (kept.contains(&*named.begin()))
             continue; /* a name that was given before */
-        for (const Country &country : named)
+        for (const Country &country : named) {
             kept.set(&country, true);
+            ++looked_at;
+        }
     }
     topology.countries.remove_if([&](const Country *country) { return !kept.contains(country); });
     find_borders(topology);
+    return looked_at;
 }
 
 /* ---- by area ---- */

@@ -4,10 +4,6 @@
 #define ATLAS_COUNTRIES_H
 
 #include <compare>
-#include <cstdint>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include <mova/cxx/balanced_tree.h>
 
@@ -26,8 +22,8 @@ using NameIndex = mova::balanced_multiset<const Country, ByName>;
 NameIndex index_by_name(const Topology &topology);
 
 /* Removes all countries but those of these names; where several have the same name, they all stay. Throws Error where
-   no country has one of the names. */
-void select_countries(Topology &topology, const std::vector<std::string> &names);
+   no country has one of the names. Returns how many countries it came to by their names: each once. */
+std::size_t select_countries(Topology &topology, const std::vector<std::string> &names);
 
 /* Which of two countries comes first: the larger one, or the one that the topology has first. So no two of them are equal. */
 struct Rank {

@@ -11,14 +11,11 @@ namespace atlas {
 
 /* ---- crossings ---- */
 
-constexpr std::size_t word_bits = 64;
-
 void Crossings::resize(const Rectangle &bounds)
 {
     bounds_ = bounds;
     rows_.resize(static_cast<std::size_t>(bounds.width()) + 1);
     columns_.resize(rows_.size() / word_bits + 1);
-    words_.resize(columns_.size() / word_bits + 1);
 }
 
 void Crossings::toggle(int column, Canvas::Rows rows)
@@ -26,15 +23,9 @@ void Crossings::toggle(int column, Canvas::Rows rows)
     const auto at = static_cast<std::size_t>(std::clamp(column, bounds_.left, bounds_.right) - bounds_.left);
     const std::size_t word = at / word_bits;
     rows_[at] ^= rows;
-    columns_[word] |= Word{1} << at % word_bits;
-    words_[word / word_bits] |= Word{1} << word % word_bits;
-}
-
-template <class Visit>
-static void take_bits(std::uint64_t &word, std::size_t first, Visit visit)
-{
-    for (std::uint64_t bits = std::exchange(word, 0); bits; bits &= bits - 1)
-        visit(first * word_bits + static_cast<std::size_t>(std::countr_zero(bits)));
+    columns_[word] |= std::uint64_t{1} << at % word_bits;
+    first_ = std::min(first_, word);
+    last_ = std::max(last_, word);
 }
 
 /* Crossings come in pairs, for every shape is closed: to the right of the last one nothing is inside. */
@@ -43,17 +34,17 @@ void Crossings::take_spans(Visit visit)
 {
     Canvas::Rows inside = 0;
     int from = bounds_.left;
-    for (std::size_t i = 0; i < words_.size(); ++i) {
-        take_bits(words_[i], i, [&](std::size_t word) {
-            take_bits(columns_[word], word, [&](std::size_t at) {
-                const int column = bounds_.left + static_cast<int>(at);
-                if (inside)
-                    visit(inside, from, column);
-                inside ^= std::exchange(rows_[at], 0);
-                from = column;
-            });
-        });
+    for (std::size_t word = std::exchange(first_, SIZE_MAX); word <= last_; ++word) {
+        for (std::uint64_t bits = std::exchange(columns_[word], 0); bits; bits &= bits - 1) {
+            const std::size_t at = word * word_bits + static_cast<std::size_t>(std::countr_zero(bits));
+            const int column = bounds_.left + static_cast<int>(at);
+            if (inside)
+                visit(inside, from, column);
+            inside ^= std::exchange(rows_[at], 0);
+            from = column;
+        }
     }
+    last_ = 0;
 }
 
 /* ---- countries ---- */

@@ -20,11 +20,12 @@ public:
     void take_spans(Visit visit);
 
 private:
-    using Word = std::uint64_t;
+    static constexpr std::size_t word_bits = 64;
 
     Rectangle bounds_ = {0, 0, 0, 0};
     std::vector<Canvas::Rows> rows_;
-    std::vector<Word> columns_, words_;
+    std::vector<std::uint64_t> columns_;
+    std::size_t first_ = SIZE_MAX, last_ = 0; /* of the words of columns that have been crossed */
 };
 
 /* What countries cover on a map of one size, prepared so that any part of it can be filled.

@@ -4,13 +4,11 @@
 #define ATLAS_MESSAGES_H
 
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 namespace atlas {
 

@@ -1,12 +1,9 @@
 /* SPDX-License-Identifier: MIT */
 #include "topology.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include <mova/cxx/id_table.h>
 #include <nlohmann/json.hpp>
@@ -47,14 +44,13 @@ struct Reader {
     bool operator==(const Reader &other) const { return at == other.at; }
 };
 
-/* Builds a value as it is parsed, and notes which key comes first again in its object. Of several members of a key the last
-   one counts. */
+/* Builds a value as it is parsed. Of several members of a key the last one counts; the first key that comes again is worth a
+   warning. */
 class Builder : public nlohmann::json_sax<json> {
 public:
     json root;
-    std::optional<std::string> duplicate_key;
 
-    explicit Builder(std::size_t size) : size_(size) {}
+    Builder(std::size_t size, std::vector<std::string> &warnings) : size_(size), warnings_(warnings) {}
 
     bool null() override { return add(nullptr); }
     bool boolean(bool value) override { return add(value); }
@@ -70,8 +66,8 @@ public:
     bool key(std::string &name) override
     {
         const auto [member, is_new] = open_.back()->get_ref<json::object_t &>().try_emplace(name);
-        if (!is_new && !duplicate_key)
-            duplicate_key = name;
+        if (!is_new && warnings_.empty())
+            warnings_.push_back("an object has several \"" + name + "\": the last one counts");
         member_ = &member->second;
         return true;
     }
@@ -105,7 +101,8 @@ private:
         return true;
     }
 
-    std::size_t size_;         /* of the text */
+    std::size_t size_; /* of the text */
+    std::vector<std::string> &warnings_;
     std::vector<json *> open_; /* the arrays and objects around what comes next */
     json *member_ = nullptr;
 };
@@ -115,10 +112,8 @@ static json parse_json(std::string_view text, std::vector<std::string> &warnings
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     if (first != std::string_view::npos && text[first] != '{' && text[first] != '[')
         throw Error("not JSON");
-    Builder builder(text.size());
+    Builder builder(text.size(), warnings);
     json::sax_parse(Reader{text, 0, progress}, Reader{text, text.size(), progress}, &builder);
-    if (builder.duplicate_key)
-        warnings.push_back("an object has several \"" + *builder.duplicate_key + "\": the last one counts");
     return std::move(builder.root);
 }
 

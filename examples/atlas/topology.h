@@ -22,12 +22,6 @@
 #ifndef ATLAS_TOPOLOGY_H
 #define ATLAS_TOPOLOGY_H
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include <mova/cxx/element_list.h>

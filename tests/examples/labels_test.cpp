@@ -170,6 +170,37 @@ TEST(Labels, OfWhatHasNoNameOrPlaceAreNone)
     EXPECT_TRUE(labels_in(Labels(line, {360, 180}, no_progress)).empty());
 }
 
+/* What crosses very many rows is looked at as long as all of it together does not cross too many, the largest first. */
+TEST(Labels, OfIntricateCountriesAreThoseOfTheLargest)
+{
+    const auto comb = [](int west, int height, int teeth) {
+        const auto corner = [](double longitude, double latitude) {
+            return "[" + std::to_string(longitude) + "," + std::to_string(latitude) + "]";
+        };
+        std::string arc = "[" + corner(west, -height) + "," + corner(west, 10);
+        for (int i = 1; i < 2 * teeth; ++i)
+            arc += "," + corner(west + i * 20.0 / teeth, i % 2 ? 80 : 10);
+        return arc + "," + corner(west + 60, 10) + "," + corner(west + 60, -height) + "," + corner(west, -height) + "]";
+    };
+    const auto texts = [&](int first, int count, int teeth) {
+        std::string objects, arcs;
+        for (int i = 0; i < count; ++i) {
+            const std::string name(1, static_cast<char>('A' + first + i)), comma = i ? "," : "";
+            objects += comma + '"' + name + R"(":{"type":"Polygon","arcs":[[)" + std::to_string(i) +
+                       R"(]],"properties":{"name":")" + name + "\"}}";
+            arcs += comma + comb(-150 + (first + i) * 60, 80 - 5 * (first + i), teeth);
+        }
+        Texts all;
+        for (const Label &label : Labels(decode(world(objects, arcs)), {4096, 2048}, no_progress))
+            all.push_back(label.text);
+        return all;
+    };
+    EXPECT_EQ((Texts{"A", "B", "C", "D", "E"}), texts(0, 5, 400));
+    EXPECT_EQ((Texts{"A", "B", "C", "D"}), texts(0, 5, 640));
+    EXPECT_EQ((Texts{"E"}), texts(4, 1, 640));
+    EXPECT_EQ(Texts{}, texts(4, 1, 700));
+}
+
 TEST(Labels, OfLargerCountriesComeFirstWhereTheyCollide)
 {
     EXPECT_EQ(Texts{"LARGE"}, texts_of({{"small", 0, 0, 59, 20}, {"large", 0, 0, 60, 20}}));

@@ -27,15 +27,6 @@ static std::ptrdiff_t inked(const Pixels &pixels)
     return std::count(pixels.bytes().begin(), pixels.bytes().end(), 1);
 }
 
-TEST(Rectangle, MeetsWhatSharesAPixelWithIt)
-{
-    const Rectangle rectangle = {10, 20, 14, 22};
-    for (const Rectangle &other : {Rectangle{9, 19, 11, 21}, {13, 21, 15, 23}, {0, 0, 99, 99}, {11, 21, 12, 22}})
-        EXPECT_TRUE(rectangle.meets(other) && other.meets(rectangle));
-    for (const Rectangle &other : {Rectangle{9, 19, 10, 23}, {14, 19, 15, 23}, {9, 19, 15, 20}, {9, 22, 15, 23}})
-        EXPECT_FALSE(rectangle.meets(other) || other.meets(rectangle));
-}
-
 TEST(Line, LeavesOutWhatLiesOutside)
 {
     Pixels pixels(Rectangle{10, 20, 14, 24}, 0);
