@@ -109,10 +109,9 @@ void Outlines::add_segment(Point from, Point to, Size map, std::uint32_t layer)
     if (is_cut(from, to))
         return;
     const Pixel start = project(from, map), end = project(to, map);
-    const std::int64_t across = std::int64_t{to.longitude} - from.longitude;
-    if (std::abs(across) <= globe / 2)
+    if (goes_straight(from, to))
         return lines_.add({start, end, layer});
-    const int turn = across > 0 ? map.width : -map.width;
+    const int turn = to.longitude > from.longitude ? map.width : -map.width;
     lines_.add({start, {end.x - turn, end.y}, layer});
     lines_.add({{start.x + turn, start.y}, end, layer});
 }

@@ -22,6 +22,12 @@ struct Point {
     bool operator==(const Point &) const = default;
 };
 
+/* Whether the shorter way between two points does not cross the edge of the map. */
+constexpr bool goes_straight(Point from, Point to)
+{
+    return std::max(from.longitude, to.longitude) - std::int64_t{std::min(from.longitude, to.longitude)} <= globe / 2;
+}
+
 using Points = mova::block_array<Point>;
 
 /* The map's columns count from its left edge, its rows from the upper one. */

@@ -186,15 +186,12 @@ static Size size_of(std::string_view text)
 /* Returns the text with line ends for blanks, so that no line is longer than that unless it is one word. */
 static std::string wrapped(std::string text, std::size_t longest)
 {
-    std::size_t start = 0, blank = std::string::npos;
-    for (std::size_t i = 0; i <= text.size(); ++i) {
-        if (i < text.size() && text[i] != ' ')
-            continue;
-        if (i - start > longest && blank != std::string::npos) {
-            text[blank] = '\n';
-            start = blank + 1;
-        }
-        blank = i;
+    for (std::size_t start = 0; text.size() - start > longest; ++start) {
+        const std::size_t last = text.rfind(' ', start + longest);
+        start = last < start || last == text.npos ? text.find(' ', start) : last;
+        if (start == text.npos)
+            break;
+        text[start] = '\n';
     }
     return text;
 }

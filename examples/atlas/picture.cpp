@@ -30,17 +30,11 @@ Picture::Picture(Size size, std::size_t cache_budget, const std::function<void(c
     }
     std::size_t done = 0;
     for (StoredTile &tile : tiles_) {
-        paint_tile(tile, paint);
+        const mb_handle block = cache_.alloc(tile.body_size());
+        paint({tile.bounds, cache_.at(block)}); /* allocates no other block, so that this one does not move */
+        tile.entry = cache_.insert(tile, block);
         progress("drawing", ++done, tiles_.size());
     }
-}
-
-/* No other block is allocated while the tile is drawn, so this one does not move. */
-void Picture::paint_tile(StoredTile &tile, const std::function<void(const Tile &)> &paint)
-{
-    const mb_handle block = cache_.alloc(tile.body_size());
-    paint({tile.bounds, cache_.at(block)});
-    tile.entry = cache_.insert(tile, block);
 }
 
 /* The cache gives up first what was used last, which would be the tile just fetched, again and again. So each tile of a

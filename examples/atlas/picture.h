@@ -45,10 +45,8 @@ public:
     Picture(Picture &&) = delete;
 
     Size size() const { return size_; }
-
     /* Copies a row's pixels. Rows are best read from the top down, with a budget for the tiles of one. */
     void read_row(int y, std::uint8_t *pixels);
-
     Statistics statistics() const;
 
 private:
@@ -63,8 +61,6 @@ private:
         void fill(std::span<std::uint8_t> body);
         void write_back(std::span<std::uint8_t> body);
     };
-
-    void paint_tile(StoredTile &tile, const std::function<void(const Tile &)> &paint);
 
     Size size_;
     mova::block_pool pool_;

@@ -27,11 +27,6 @@ static Points joined(const Ring &ring)
 
 /* ---- cutting ---- */
 
-static bool crosses_edge(Point from, Point to)
-{
-    return std::abs(std::int64_t{to.longitude} - from.longitude) > globe / 2;
-}
-
 /* Returns where the shorter way crosses the edge, as a point of the side that `to` is on. The latitude is rounded
    downwards, and so the same in both directions. */
 static Point crossing(Point from, Point to)
@@ -51,7 +46,7 @@ static Points with_seams(const Points &ring, std::vector<std::size_t> &seams)
     Points all(2 * ring.size());
     for_each_side(ring, [&](Point from, Point to) {
         all.append(from);
-        if (crosses_edge(from, to)) {
+        if (!goes_straight(from, to)) {
             seams.push_back(all.size());
             all.append(crossing(from, to));
         }

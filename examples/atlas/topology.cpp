@@ -61,8 +61,12 @@ public:
     bool binary(json::binary_t &) override { return false; }
     bool start_object(std::size_t) override { return open(json::object()); }
     bool start_array(std::size_t) override { return open(json::array()); }
-    bool end_object() override { return close(); }
-    bool end_array() override { return close(); }
+    bool end_object() override { return end_array(); }
+    bool end_array() override
+    {
+        open_.pop_back();
+        return true;
+    }
     bool key(std::string &name) override
     {
         const auto [member, is_new] = open_.back()->get_ref<json::object_t &>().try_emplace(name);
@@ -93,11 +97,6 @@ private:
         if (open_.size() == deepest_json)
             throw Error("nested too deep for a topology");
         open_.push_back(add(std::move(value)));
-        return true;
-    }
-    bool close()
-    {
-        open_.pop_back();
         return true;
     }
 
@@ -297,16 +296,17 @@ private:
     {
         auto country = std::make_unique<Country>();
         const json &outlines = array(member(geometry, "arcs", "a geometry"), "a geometry's \"arcs\"");
+        const auto add_line = [&](const json &numbers) {
+            country->lines.append(std::make_unique<Line>(read_line(numbers, line_points_left_, false)));
+        };
         if (type == "Polygon")
             read_polygon(outlines, *country);
         else if (type == "MultiPolygon")
-            for (const json &each : outlines)
-                read_polygon(each, *country);
+            std::ranges::for_each(outlines, [&](const json &each) { read_polygon(each, *country); });
         else if (type == "LineString")
-            country->lines.append(std::make_unique<Line>(read_line(outlines, line_points_left_, false)));
+            add_line(outlines);
         else if (type == "MultiLineString")
-            for (const json &each : outlines)
-                country->lines.append(std::make_unique<Line>(read_line(each, line_points_left_, false)));
+            std::ranges::for_each(outlines, add_line);
         else
             throw Error("a geometry is of an unknown type");
         if (country->polygons.empty() && country->lines.empty())
