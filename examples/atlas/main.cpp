@@ -42,7 +42,8 @@ constexpr Option table[] = {
     {"width", "N", "its width in pixels, 16 to 32768 (2048); it is half as high", &Options::width},
     {"cache-budget", "BYTES",
      "how much of it is kept in memory, 32768 to 536870912 (1048576);\n"
-     "                        the rest lies in a temporary file, in TMPDIR or /tmp",
+     "                        the rest lies in a temporary file, in TMPDIR or /tmp;\n"
+     "                        the 64 rows that are being drawn are not counted",
      &Options::cache_budget},
     {"select", "NAME,...", "draws only the countries of these names; may be given again", &Options::select},
     {"print-tree", "", "prints the tree that the countries are in, in order of their areas", &Options::print_tree},
@@ -124,7 +125,9 @@ static void take(std::vector<std::string> &names, const Option &option, const st
 /* What getopt_long has just refused: a letter, or the last word that it read. The numbers of options lie below letters. */
 [[noreturn]] static void refuse(int answer, char **argv)
 {
-    const std::string option = optopt >= ' ' ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
+    const auto letter = static_cast<unsigned char>(optopt);
+    const std::string option =
+        letter > std::size(table) ? std::string("-") + static_cast<char>(letter) : argv[optind - 1];
     if (answer != ':')
         throw Error("unknown option " + option + " (see atlas --help)");
     if (option == "--select")

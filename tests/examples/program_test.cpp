@@ -183,6 +183,27 @@ TEST_F(Atlas, PrintsTheTreeOfItsCountriesAheadOfItsReport)
     EXPECT_NE(std::string::npos, outcome.out.find(" km2\npicture "));
 }
 
+/* Names of countries, files and options, out of the file and from the command line. */
+TEST_F(Atlas, SaysNothingThatATerminalWouldActUpon)
+{
+    const std::string hostile = "\xc2\x9b"
+                                "2J\xe2\x80\xae\x1b[31m\xef\xbb\xbf\n\x9b",
+                      plain = "?2J??[31m???";
+    write_whole(scratch_ / "odd.json",
+                world(R"("a":{"type":"Polygon","arcs":[[0]],"properties":{"name":"\u009b2J\u202e\u001b[31m\ufeff\n"}})",
+                      "[[0,0],[60,0],[60,60],[0,0]]"));
+    EXPECT_EQ(0u, run({"odd.json", "--print-tree"}).out.find("?2J??[31m??, "));
+    expect_refusal({"odd.json", "--select", "2J[31m"}, "odd.json: no country is named 2J[31m");
+    expect_refusal({"odd.json", "--select", "2J\xe2\x80\xae\x1b[31m\xef\xbb\xbf\n"},
+                   "odd.json: no country is named 2J??[31m??: did you mean ?2J??[31m???");
+    expect_refusal({hostile}, plain + ": cannot be opened: No such file or directory");
+    expect_refusal({"odd.json", "--out", "none/" + hostile},
+                   "none/" + plain + ": cannot be written: No such file or directory");
+    expect_refusal({"--width", hostile}, "--width takes a whole number from 16 to 32768, not " + plain);
+    const Outcome written = run({"odd.json", "--out", hostile});
+    EXPECT_NE(std::string::npos, written.out.find("/" + plain + "\n")) << written.out;
+}
+
 TEST_F(Atlas, WarnsAndDraws)
 {
     write_whole(scratch_ / "odd.json",
@@ -211,6 +232,9 @@ TEST_F(Atlas, RefusesABadCommandLine)
     expect_refusal({"a", "b"}, "more than one FILE (see atlas --help)");
     expect_refusal({"--colour", "a"}, "unknown option --colour (see atlas --help)");
     expect_refusal({"-xy"}, "unknown option -x (see atlas --help)");
+    for (const char *letter : {"-\x1b[2J", "-\xc2\x9b", "-\xe2\x80\xae"})
+        expect_refusal({letter}, "unknown option -? (see atlas --help)");
+    expect_refusal({"--\xc2\x9b\x1b[2J"}, "unknown option --??[2J (see atlas --help)");
     expect_refusal({"a", "--out"}, "--out needs a value (see atlas --help)");
     for (const char *width : {"15", "32769", "65536", "-5", "0x40", "64.", "", "99999999999999999999"})
         expect_refusal({"a", "--width", width},
