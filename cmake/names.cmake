@@ -3,10 +3,11 @@
 
 # A declaration that is exported begins its line, and stands by itself on it as far as its name. Comments begin with
 # a star or are indented.
-# declared_names(<header> <result>)
+# declared_names(<header> <result> [<variables>]): the names, and which of them are no functions.
 function(declared_names header result)
     file(STRINGS ${header} lines)
     set(names)
+    set(variables)
     foreach(line IN LISTS lines)
         if(line MATCHES "^(static|MOVA_INLINE_PART|typedef|#|/|class|struct|namespace)")
             continue()
@@ -14,11 +15,15 @@ function(declared_names header result)
         if(line MATCHES "^[A-Za-z][A-Za-z0-9_ ]*[ *]([A-Za-z][A-Za-z0-9_]*)\\(")
             list(APPEND names ${CMAKE_MATCH_1})
         elseif(line MATCHES "^extern [a-z0-9_]+ ([A-Za-z0-9_, ]+);")
-            string(REGEX MATCHALL "[A-Za-z0-9_]+" variables ${CMAKE_MATCH_1})
-            list(APPEND names ${variables})
+            string(REGEX MATCHALL "[A-Za-z0-9_]+" declared ${CMAKE_MATCH_1})
+            list(APPEND names ${declared})
+            list(APPEND variables ${declared})
         endif()
     endforeach()
     set(${result} ${names} PARENT_SCOPE)
+    if(ARGC GREATER 2)
+        set(${ARGV2} ${variables} PARENT_SCOPE)
+    endif()
 endfunction()
 
 # Says what is in `found` and not in `expected`.

@@ -91,7 +91,8 @@ private:
     {
         if (tree_->size()) {
             const std::size_t index = any_item();
-            tree_->remove_with_key(index, any_key(), bytes_.below(2) == 1);
+            const int32_t key = any_key();
+            tree_->remove_with_key(index, key, bytes_.below(2) == 1);
         }
     }
 

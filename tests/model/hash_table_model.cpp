@@ -170,7 +170,7 @@ private:
     {
         std::unordered_map<mova_word, mova_word> delivered;
         HSH_iterator iterator = HSH_all_entries(table_);
-        for (mova_word key, value; HSH_next(&iterator, &key, &value);)
+        for (mova_word key = 0, value = 0; HSH_next(&iterator, &key, &value);)
             require(delivered.emplace(key, value).second, "an entry was delivered twice");
         require(delivered == map_, "other entries");
     }

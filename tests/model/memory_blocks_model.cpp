@@ -3,6 +3,7 @@
    every operation the pool's invariants and figures, every live block's bytes and the handles that are dead are
    compared with a model made of strings; what moved is checked to have had to. */
 #include "model.h"
+#include "trace.h"
 
 #include <tests/support/byte_source.h>
 #include <tests/support/recording_host.h>
@@ -80,10 +81,15 @@ private:
         return block_pool(take_memory(budget_ + unit), block_pool::empty_table(), budget_, last_handle);
     }
 
+    std::size_t two_bytes(std::size_t weight)
+    {
+        const std::size_t first = bytes_.next();
+        return first * weight + bytes_.next();
+    }
+
     model_blocks::iterator any_block()
     {
-        const std::size_t index = (bytes_.next() * std::size_t{256} + bytes_.next()) % blocks_.size();
-        return std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(index));
+        return std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(two_bytes(256) % blocks_.size()));
     }
 
     /* ---- the model ---- */
@@ -154,7 +160,7 @@ private:
     }
 
     void allocate_small() { allocate(bytes_.next()); }
-    void allocate_large() { allocate(bytes_.next() * std::size_t{64} + bytes_.next()); }
+    void allocate_large() { allocate(two_bytes(64)); }
     void allocate_what_is_left() { allocate(room() - std::min(room(), bytes_.below(2 * unit))); }
     void allocate_too_much() { allocate(room() + 1 + bytes_.below(2) * (SIZE_MAX - room() - 1)); }
     void allocate_nothing() { allocate(0); }
@@ -207,6 +213,24 @@ private:
             require(std::memcmp(pool_.get(handle), block.bytes.data(), block.bytes.size()) == 0, "other bytes");
         for (mb_handle handle : dead_)
             require(!pool_.get(handle), "a dead handle names a block");
+        if (trace::current)
+            show(*trace::current);
+    }
+
+    /* Where every block lies. */
+    void show(trace &written) const
+    {
+        const mb_statistics figures = pool_.statistics();
+        written.begin_call("blocks");
+        written.result(figures.live_blocks);
+        written.result(figures.live_bytes);
+        written.result(figures.moves);
+        written.result(figures.moved_bytes);
+        for (const auto &[handle, block] : blocks_) {
+            written.result(handle);
+            written.result(block.address - pool_.arena());
+        }
+        written.end_call();
     }
 
     recording_host &host_ = recording_host::get();

@@ -38,12 +38,16 @@ public:
     explicit byte_interpreter(byte_source bytes) : bytes_(bytes) {}
     virtual ~byte_interpreter() = default;
 
+    /* By all of them. */
+    static inline uint64_t operations_done = 0;
+
     void run()
     {
         compare();
         while (!bytes_.empty()) {
             operate();
             compare();
+            ++operations_done;
         }
         finish();
     }

@@ -514,7 +514,8 @@ void modelled_tree::step(std::size_t iterator, bool position)
         iterators_.erase(iterators_.begin() + static_cast<std::ptrdiff_t>(iterator));
     }
     const int more = node ? 1 : 0;
-    tree_item untouched{}, *stored = &untouched;
+    static tree_item untouched;
+    tree_item *stored = &untouched;
     void *item = this;
     if (position) {
         require(GT_next_position(real, &stored) == more, "next_position returned another result");

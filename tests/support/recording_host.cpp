@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -67,6 +68,21 @@ std::string recording_host::name_of(const void *block) const
             return number(found->second.number);
     }
     return "?";
+}
+
+recording_host::place recording_host::place_of(const void *address) const
+{
+    const auto *sought = static_cast<const char *>(address);
+    for (const auto *blocks : {&live_, &released_}) {
+        const auto after = blocks->upper_bound(address);
+        if (after == blocks->begin())
+            continue;
+        const auto &[start, record] = *std::prev(after);
+        const char *end = static_cast<const char *>(start) + record.size;
+        if (sought < end || sought == start)
+            return {record.number, static_cast<std::size_t>(end - sought), blocks == &live_};
+    }
+    return {};
 }
 
 bool recording_host::is_live(const void *block) const

@@ -54,6 +54,17 @@ public:
     /* The memory blocks, which are written down in the same log. */
     recording_pool &pool() { return pool_; }
 
+    /* The same without taking them. */
+    const std::vector<std::string> &log() const { return log_; }
+
+    /* The block that an address lies in, live or released. (Released ones are kept: no address is ever of two.) */
+    struct place {
+        int number;             /* 0 for none */
+        std::size_t bytes_left; /* to the block's end */
+        bool is_live;
+    };
+    place place_of(const void *address) const;
+
     /* "#n" for a block, live or released; "null" or "?" otherwise. */
     std::string name_of(const void *block) const;
     bool is_live(const void *block) const;
