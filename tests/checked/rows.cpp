@@ -26,6 +26,8 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <thread>
+#include <utility>
 
 namespace {
 
@@ -191,6 +193,9 @@ void *copy_item(void *copied)
 {
     return copied;
 }
+void leave_alone(void **)
+{
+}
 int32_t compare(void *a, void *b)
 {
     return (a > b) - (a < b);
@@ -210,7 +215,8 @@ struct record {
 } records[4], stray;
 SL_list *linked = SL_create(), *full_of_links = SL_create(), *closed = SL_create(), *no_links;
 GB_block block, small_block;
-DA_array *array = DA_create(sizeof number, 1), *array_of_smalls = DA_create(sizeof small, 1), *none;
+DA_array *array = DA_create(sizeof number, 1), *array_of_smalls = DA_create(sizeof small, 1), *none,
+         *released_array = DA_create(1, 1);
 DA_array *longest = DA_create(1, most);
 GT_tree *tree = GT_create_with_dupl_not_allowed(compare);
 GT_tree_item *removed_node;
@@ -221,6 +227,7 @@ mb_pool *pool = mb_create_pool(1000);
 cc_cache *cache = cc_create(pool), *cache_without_pool;
 cc_entry *removed_entry, *entry_without_pool;
 int16_t component, *no_component;
+int32_t dynamic_index;
 
 void fill_what_is_used()
 {
@@ -234,6 +241,7 @@ void fill_what_is_used()
         DA_append(array, &number, 1);
         GT_insert_item(tree, &records[i]);
     }
+    DA_release(released_array);
     EL_set_closed(ring);
     removed_pointer = pointers->first;
     pointer_walk = GL_all_items(pointers);
@@ -452,6 +460,10 @@ const mistake mistakes[] = {
     {"SL_append_list: the list is a ring", [] { SL_append_list(linked, &closed); }},
 
     {"GB_append_block: the array is null", [] { GB_append_block(&block, nullptr); }},
+    {"GB_append_block: the array is null", [] { GB_append_block(nullptr, &block); }},
+    {"GB_copy: the array is null", [] { GB_copy(nullptr, &block); }},
+    {"GB_copy_into: the array is null", [] { GB_copy_into(nullptr, &block); }},
+    {"GB_remove_and_get_end_part: the array is null", [] { GB_remove_and_get_end_part(nullptr, &block, 0); }},
     {"GB_append_block: the two arrays are the same", [] { GB_append_block(&block, &block); }},
     {"GB_append_block: the elements of the two arrays differ in size", [] { GB_append_block(&block, &small_block); }},
     {"GB_copy: the array is null", [] { GB_copy(&block, nullptr); }},
@@ -468,6 +480,9 @@ const mistake mistakes[] = {
     {"DA_copy_into: the array is null", [] { DA_copy_into(array, none); }},
     {"DA_copy_into: the elements of the two arrays differ in size", [] { DA_copy_into(array, array_of_smalls); }},
     {"DA_equal: the array is null", [] { DA_equal(array, none); }},
+    {"DA_equal: the array is null", [] { DA_equal(none, array); }},
+    {"DA_release: the array was released", [] { DA_release(released_array); }},
+    {"DA_memsize: the array was released", [] { DA_memsize(released_array); }},
     {"DA_setsize: the count is negative", [] { DA_setsize(array, -1); }},
     {"DA_truncate: the count is negative", [] { DA_truncate(array, -1); }},
     {"DA_get_item: the index is negative", [] { DA_get_item(array, -1); }},
@@ -505,6 +520,18 @@ const mistake mistakes[] = {
 
     {"GT_remove_item: the position was removed", [] { GT_remove_item(tree, removed_node); }},
     {"GT_remove_item_global: the position was removed", [] { GT_remove_item_global(tree, removed_node); }},
+    {"GT_make_empty: the tree was released",
+     [] {
+         GT_tree *released = GT_create_with_dupl_allowed(compare), *alias = released;
+         GT_release(&released);
+         GT_make_empty(alias);
+     }},
+    {"GT_total_make_empty: the tree was released",
+     [] {
+         GT_tree *released = GT_create_with_dupl_not_allowed(compare), *alias = released;
+         GT_total_release(&released, 0);
+         GT_total_make_empty(alias, 0);
+     }},
     {"GT_free_node: the position was removed", [] { GT_free_node(removed_node); }},
     {"GT_from_current: the iterator has ended", [] { GT_from_current(ended); }},
     {"GT_from_current_conditional: the iterator has ended", [] { GT_from_current_conditional(ended, nullptr); }},
@@ -521,6 +548,12 @@ const mistake mistakes[] = {
     {"HSH_create: the size is above 2^30", [] { HSH_create(UINT32_MAX, 0); }},
     {"HSH_create: the maximum shift is negative", [] { HSH_create(0, -1); }},
     {"HSH_set_value: the key is 0", [] { HSH_set_value(table, 0, 1); }},
+    {"mova_lu_release: the lookup was released",
+     [] {
+         mova_lookup *released = mova_lu_create(), *alias = released;
+         mova_lu_release(&released, nullptr);
+         mova_lu_release(&alias, nullptr);
+     }},
     {"mova_lu_add: the key is 0", [] { mova_lu_add(lookup, 0, 1); }},
 
     {"cc_insert: the handle names no block of the cache's pool",
@@ -556,6 +589,14 @@ const mistake mistakes[] = {
     {"CLUT_copy: the index is negative", [] { CLUT_copy(-1, 1); }},
     {"CLUT_copy: the index is negative", [] { CLUT_copy(1, -1); }},
 
+    {"SL_get_index: the item was removed",
+     [] {
+         SL_list *released = SL_create();
+         SL_append_after_last(released, &stray);
+         SL_total_release(&released, leave_alone);
+         SL_get_index(linked, &stray);
+     }},
+
     /* What a function makes is known. */
     {"",
      [] {
@@ -588,6 +629,41 @@ const mistake mistakes[] = {
          GT_release(&other);
      }},
 };
+
+/* ---- the colour table, from another thread while one is in it ---- */
+
+void (*called_meanwhile)();
+
+void shown(int32_t, int16_t, int16_t, int16_t)
+{
+    if (called_meanwhile)
+        std::thread(std::exchange(called_meanwhile, nullptr)).join();
+}
+
+void (*const uses_of_the_table[])() = {
+    [] { CLUT_alloc(50); },
+    [] { CLUT_set(50, 1, 1, 1); },
+    [] { CLUT_set_RGB(50, 1, 1, 1); },
+    [] { CLUT_copy(50, 20); },
+    [] { CLUT_get(20, &component, &component, &component); },
+    [] { CLUT_statistics(); },
+    [] { dynamic_index = CLUT_new_index(); },
+    [] { CLUT_release_index(dynamic_index); },
+};
+
+void make_it_while_it_is_used()
+{
+    called_meanwhile = [] { CLUT_statistics(); };
+    RGBLUT_init(64, shown, 0);
+}
+
+void (*used_meanwhile)();
+
+void set_while_it_is_used()
+{
+    called_meanwhile = used_meanwhile;
+    CLUT_set(40, 1, 2, 3);
+}
 
 /* ---- trees, out of a callback of which nothing of a tree may be called ---- */
 
@@ -627,5 +703,11 @@ int main()
     for (const mistake &each : mistakes)
         expect(each.line, each.make);
     expect("", call_back);
+    std::thread([] {}).join();
+    expect("RGBLUT_init: another thread used the colour table meanwhile", make_it_while_it_is_used);
+    for (const auto use : uses_of_the_table) {
+        used_meanwhile = use;
+        expect("CLUT_set: another thread used the colour table meanwhile", set_while_it_is_used);
+    }
     return failures != 0;
 }
