@@ -212,7 +212,7 @@ EL_iterator walk;
 ES_stack *full_stack = ES_create(sizeof number);
 struct record {
     record *prev, *next;
-} records[4], stray;
+} records[4], stray, copied;
 SL_list *linked = SL_create(), *full_of_links = SL_create(), *closed = SL_create(), *no_links;
 GB_block block, small_block;
 DA_array *array = DA_create(sizeof number, 1), *array_of_smalls = DA_create(sizeof small, 1), *none,
@@ -269,6 +269,32 @@ void fill_what_is_used()
     cache_without_pool = cc_create(released);
     entry_without_pool = cc_insert(cache_without_pool, nullptr, 0, nullptr, nullptr, nullptr, nullptr);
     mb_release_pool(&released);
+}
+
+DA_array *numbers_not_in_order()
+{
+    const int32_t falling[] = {2, 1};
+    DA_array *made = DA_create(sizeof falling[0], 1);
+    DA_append(made, falling, 2);
+    return made;
+}
+
+int32_t accept(void *)
+{
+    return 1;
+}
+
+GT_tree_iter *stepped()
+{
+    GT_tree_iter *made = GT_all_items(tree);
+    GT_next_item(made, &item);
+    return made;
+}
+
+void step_after_end(GT_tree_iter *made)
+{
+    GT_end_iterator(made);
+    GT_next_item(made, &item);
 }
 
 struct mistake {
@@ -509,6 +535,16 @@ const mistake mistakes[] = {
     {"io_lut_look_ptr: the array is no table of ids", [] { io_lut_look_ptr(array_of_smalls, 1); }},
     {"io_lut_all_items: the array is no table of ids", [] { io_lut_all_items(array_of_smalls); }},
 
+    {"io_lut_add: the array would have more than 2147483647 elements",
+     [] {
+         DA_array *ids = io_lut_create();
+         ids->nitems = ids->nalloc = most;
+         io_lut_add(ids, &number);
+     }},
+
+    {"SA_add_number: the numbers are not in order", [] { SA_add_number(numbers_not_in_order(), 1); }},
+    {"SA_remove_number: the numbers are not in order", [] { SA_remove_number(numbers_not_in_order(), 1); }},
+    {"SA_check_number: the numbers are not in order", [] { SA_check_number(numbers_not_in_order(), 1); }},
     {"SA_add_number: the elements have 8 bytes, not 4", [] { SA_add_number(array, 1); }},
     {"SA_remove_number: the elements have 8 bytes, not 4", [] { SA_remove_number(array, 1); }},
     {"SA_check_number: the elements have 8 bytes, not 4", [] { SA_check_number(array, 1); }},
@@ -520,6 +556,15 @@ const mistake mistakes[] = {
 
     {"GT_remove_item: the position was removed", [] { GT_remove_item(tree, removed_node); }},
     {"GT_remove_item_global: the position was removed", [] { GT_remove_item_global(tree, removed_node); }},
+    {"GT_next_item: the iterator has ended", [] { step_after_end(GT_all_items_conditional(tree, accept)); }},
+    {"GT_next_item: the iterator has ended", [] { step_after_end(GT_all_items_while_conditioned(tree, accept)); }},
+    {"GT_next_item: the iterator has ended", [] { step_after_end(GT_from_current(stepped())); }},
+    {"GT_next_item: the iterator has ended", [] { step_after_end(GT_from_current_conditional(stepped(), accept)); }},
+    {"GT_next_item: the iterator has ended",
+     [] { step_after_end(GT_from_current_while_conditioned(stepped(), accept)); }},
+    {"GT_next_item: the iterator has ended", [] { step_after_end(GT_from_next(stepped())); }},
+    {"GT_next_item: the iterator has ended", [] { step_after_end(GT_from_next_conditional(stepped(), accept)); }},
+    {"GT_next_item: the iterator has ended", [] { step_after_end(GT_from_next_while_conditioned(stepped(), accept)); }},
     {"GT_make_empty: the tree was released",
      [] {
          GT_tree *released = GT_create_with_dupl_allowed(compare), *alias = released;
@@ -589,6 +634,11 @@ const mistake mistakes[] = {
     {"CLUT_copy: the index is negative", [] { CLUT_copy(-1, 1); }},
     {"CLUT_copy: the index is negative", [] { CLUT_copy(1, -1); }},
 
+    {"SL_get_index: the item is of another list",
+     [] {
+         static_cast<void>(SL_total_copy(full_of_links, [](void *) -> void * { return &copied; }));
+         SL_get_index(linked, &copied);
+     }},
     {"SL_get_index: the item was removed",
      [] {
          SL_list *released = SL_create();
