@@ -14,14 +14,17 @@
        array.append(element)                does not deliver it
        any other edit of the array          delivers the indices that come, up to the number at the beginning
 
-   A walk knows the array object: it ends where that is moved. Ranges and walks own nothing: they must not be made of an array
-   without a name, but to be used in the same expression (mova/cxx/chain.h).
+   A walk knows the array object: it ends where that is moved. Ranges and walks own nothing; of an array without a name none is
+   made (mova/cxx/chain.h).
 
-   What edits do to pointers, and to a loop over elements, says the C header: whatever grows the array ends them. Elements
-   given to an edit may lie in the array itself. */
+   Indices and numbers of elements are at most 2147483647, as those of the C functions: larger ones are not understood.
+
+   What edits do to pointers, and to a loop over elements, says the C header: whatever grows the array ends them. An
+   element that is given to an edit may lie in the array itself; a span of elements must not. */
 #ifndef MOVA_CXX_ARRAY_H
 #define MOVA_CXX_ARRAY_H
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
@@ -102,9 +105,16 @@ private:
     std::size_t current_ = 0, next_ = 1, end_;
 };
 
-/* Array supplies data(), size(), remove(), insert() and cut(): taking out a run of elements. */
-template <class Array, class T>
-class array_of {
+/* A number of elements that is not negative, read anew by every append. A load that is extended by zeros is served at once
+   from the store of the append before, one by the sign takes 2 ns longer. */
+inline std::uint32_t forwarded(std::int32_t count) noexcept
+{
+    return static_cast<std::uint32_t>(count);
+}
+
+/* What both say of elements that they cannot take. */
+template <class T>
+struct array_element_guard {
     static_assert(
         std::is_trivially_copyable_v<T>,
         "mova::dynamic_array and mova::block_array move their elements as bytes, which this type does not allow: "
@@ -112,6 +122,12 @@ class array_of {
     static_assert(alignof(T) <= alignof(std::max_align_t),
                   "mova::dynamic_array and mova::block_array: the memory service does not align so much: take "
                   "mova::pointer_list<T, std::default_delete<T>>");
+};
+
+/* Array supplies data(), size(), remove(), insert() and cut(): taking out a run of elements. */
+template <class Array, class T>
+class array_of {
+    static_assert(sizeof(array_element_guard<T>) != 0);
 
 public:
     using value_type = T;
@@ -125,23 +141,38 @@ public:
     const T *cbegin() const noexcept { return begin(); }
     const T *cend() const noexcept { return end(); }
 
-    iterator_range<std::reverse_iterator<T *>> reversed() noexcept
+    iterator_range<std::reverse_iterator<T *>> reversed() &noexcept
     {
         return {std::reverse_iterator(end()), std::reverse_iterator(begin())};
     }
-    iterator_range<std::reverse_iterator<const T *>> reversed() const noexcept
+    iterator_range<std::reverse_iterator<const T *>> reversed() const &noexcept
     {
         return {std::reverse_iterator(end()), std::reverse_iterator(begin())};
+    }
+    template <class... None>
+    auto reversed(None...) &&
+    {
+        return named(*this).reversed();
     }
 
     /* The elements from index `from` to index `to`, both included. */
-    std::span<T> between(std::size_t from, std::size_t to) noexcept { return {begin() + from, to - from + 1}; }
-    std::span<const T> between(std::size_t from, std::size_t to) const noexcept
+    std::span<T> between(std::size_t from, std::size_t to) &noexcept { return {begin() + from, to - from + 1}; }
+    std::span<const T> between(std::size_t from, std::size_t to) const &noexcept
     {
         return {begin() + from, to - from + 1};
     }
+    template <class... Ends>
+    auto between(Ends... ends) &&
+    {
+        return named(*this).between(ends...);
+    }
 
-    array_walk<Array> positions() noexcept { return array_walk<Array>(self()); }
+    array_walk<Array> positions() &noexcept { return array_walk<Array>(self()); }
+    template <class... None>
+    auto positions(None...) &&
+    {
+        return named(*this).positions();
+    }
 
     bool empty() const noexcept { return self().size() == 0; }
 
@@ -177,7 +208,7 @@ public:
         return before - self().size();
     }
 
-    friend bool operator==(const Array &a, const Array &b) { return equal_items(a, b); }
+    friend bool operator==(const Array &a, const Array &b) { return std::ranges::equal(a, b); }
     friend auto operator<=>(const Array &a, const Array &b) requires std::three_way_comparable<T>
     {
         return compared_items(a, b);

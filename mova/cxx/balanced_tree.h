@@ -30,8 +30,8 @@
 
    Errors: lines 481, 545, 566 and 579, of removals, and 1181 and 1236, of an insertion into a tree whose balances a program
    has written over, as mova::error. The tree is as it was then, but after the last two: GT_insert_item. It is as it was after an
-   exception out of a comparison or the memory service. Ownership, costs, threads: the C header. What is made of a tree without
-   a name must not be looped over: mova/cxx/chain.h. */
+   exception out of a comparison or the memory service. Ownership, costs, threads: the C header. Of a tree without a name no range
+   is made: mova/cxx/chain.h. */
 #ifndef MOVA_CXX_BALANCED_TREE_H
 #define MOVA_CXX_BALANCED_TREE_H
 
@@ -44,15 +44,28 @@
 
 namespace mova {
 
+/* Whether a comparison takes `a` and `b`; one that says yes or no is asked the other way round too. */
+template <class Compare, class A, class B>
+concept orders = std::invocable<const Compare, const A &, const B &> &&
+    (!std::same_as<std::invoke_result_t<const Compare, const A &, const B &>, bool> ||
+     std::invocable<const Compare, const B &, const A &>);
+
 /* How a comparison without state orders `a` before `b`: a number below, equal to or above 0, or an ordering. */
 template <class Compare, class A, class B>
 auto order_of(const A &a, const B &b)
 {
-    using result = decltype(Compare()(a, b));
-    if constexpr (std::same_as<result, bool>)
+    if constexpr (!orders<Compare, A, B>) {
+        static_assert(
+            never<Compare, A, B>,
+            "mova::balanced_set: the comparison does not take what is placed or looked for, then an item, as "
+            "constants (and, where it says yes or no, the other way round): give the tree a class with such an "
+            "operator() const, as in balanced_set<country, by_name>");
+        return 0;
+    } else if constexpr (std::same_as<decltype(Compare()(a, b)), bool>) {
         return Compare()(a, b) ? -1 : Compare()(b, a) ? 1 : 0;
-    else
+    } else {
         return Compare()(a, b);
+    }
 }
 
 template <class T>
@@ -210,7 +223,12 @@ public:
         return order < 0 ? -1 : order > 0 ? 1 : 0;
     }
 
-    auto positions() { return tree_cursor<T>(GT_all_items(get())); }
+    auto positions() & { return tree_cursor<T>(GT_all_items(get())); }
+    template <class... None>
+    auto positions(None...) &&
+    {
+        return named(*this).positions();
+    }
 
     /* ---- insertion ---- */
 
@@ -272,14 +290,19 @@ public:
         return const_cast<basic_tree *>(this)->upper_bound(key);
     }
     template <class Key>
-    iterator_range<iterator> equal_range(const Key &key)
+    iterator_range<iterator> equal_range(const Key &key) &
     {
         return {lower_bound(key), upper_bound(key)};
     }
     template <class Key>
-    iterator_range<const_iterator> equal_range(const Key &key) const
+    iterator_range<const_iterator> equal_range(const Key &key) const &
     {
         return {lower_bound(key), upper_bound(key)};
+    }
+    template <class Key>
+    auto equal_range(const Key &key) &&
+    {
+        return named(*this).equal_range(key);
     }
 
     /* Linear. */
@@ -357,10 +380,13 @@ public:
     /* ---- maintenance ---- */
 
     /* Puts the items in order again after their keys were changed: the nodes and all else stay, equal items keep their order,
-       as by GT_sort. O(n log n), with room for n pointers from the standard library. After an exception nothing has
-       changed. */
+       as by GT_sort. O(n log n), with room for n pointers from the standard library; O(n), without, where they are in order
+       already. After an exception nothing has changed. */
     void sort()
     {
+        const auto goes_before = [](const T &a, const T &b) { return order_of<Compare>(a, b) < 0; };
+        if (std::is_sorted(this->begin(), this->end(), goes_before))
+            return;
         std::vector<void *> items;
         for (const GT_tree_item *at = this->first(); at; at = at->next)
             items.push_back(at->item);
@@ -371,10 +397,15 @@ public:
     }
 
     /* GT_print_tree, with a printer without state. */
-    template <stateless Print>
+    template <class Print>
     void print(Print) const
     {
-        GT_print_tree(this->head_.get(), [](void *printed) { Print()(*static_cast<const T *>(printed)); });
+        static_assert(
+            stateless<Print>,
+            "mova::balanced_set: a printer must have no state, for GT_print_tree takes a plain function: let it read "
+            "what it needs from the items, or from static variables");
+        if constexpr (stateless<Print>)
+            GT_print_tree(this->head_.get(), [](void *printed) { Print()(*static_cast<const T *>(printed)); });
     }
 
     /* Whether the items, in order, are equal by their own ==. */

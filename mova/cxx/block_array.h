@@ -106,15 +106,20 @@ public:
 
     void append(const T &element)
     {
-        if (block_.count < block_.capacity) [[likely]]
-            ::new (data() + block_.count++) T(element);
-        else
+        const std::uint32_t end = forwarded(block_.count);
+        if (end < forwarded(block_.capacity)) [[likely]] {
+            block_.count = static_cast<std::int32_t>(end + 1);
+            ::new (data() + end) T(element);
+        } else {
             append_to_full(element);
+        }
     }
-    /* Moves the elements of another array to the end. That one has no storage then. Linear in its size. After an exception
-       both are as they were. */
+    /* Moves the elements of another array to the end. That one has no storage then; itself it leaves as it is. Linear in its
+       size. After an exception both are as they were. */
     void append(block_array &&other)
     {
+        if (&other == this)
+            return;
         GB_append_block(&block_, &other.block_);
         other.block_ = without_storage;
     }
@@ -155,8 +160,13 @@ public:
     bool is_closed() const noexcept { return block_.closed != 0; }
 
     /* The endless range from element `i` on, be the array a ring or not. Requires that element. */
-    auto around(std::size_t i = 0) noexcept { return circulation<T>(i); }
-    auto around(std::size_t i = 0) const noexcept { return circulation<const T>(i); }
+    auto around(std::size_t i = 0) &noexcept { return circulation<T>(i); }
+    auto around(std::size_t i = 0) const &noexcept { return circulation<const T>(i); }
+    template <class... At>
+    auto around(At... at) &&
+    {
+        return named(*this).around(at...);
+    }
 
     /* The index `steps` from `i`: around a ring, or -1 outside an open array. */
     std::int32_t advance(std::int32_t i, std::int32_t steps) const noexcept { return GB_advance(&block_, i, steps); }

@@ -44,9 +44,9 @@
        clearing, joining, moving the      as in C: positions live as    as in C
          owner                            long as their nodes do
 
-   Ownership: a range owns nothing. A null owner is an empty range. What is made of an owner that has no name must not be
-   looped over: in "for (int n : made().reversed())" the list is gone before the first step. Give it a name, or pass the
-   range on in the same expression. */
+   Ownership: a range owns nothing. A null owner is an empty range. Of an owner that has no name none is made: in
+   "for (int n : made().reversed())" the list would be gone before the first step. Only the loop over the owner itself, over
+   "made()", keeps it. */
 #ifndef MOVA_CXX_CHAIN_H
 #define MOVA_CXX_CHAIN_H
 
@@ -95,6 +95,9 @@ public:
     using value_type = typename Links::value_type;
     using reference = typename Links::reference;
     using difference_type = std::ptrdiff_t;
+    using iterator_concept = std::bidirectional_iterator_tag;
+    /* Also where pointers are delivered by value: std::prev would step forward for ever otherwise. */
+    using iterator_category = std::bidirectional_iterator_tag;
 
 protected:
     static constexpr std::uintptr_t mark = 1;
@@ -113,11 +116,6 @@ protected:
     std::uintptr_t word_ = 0;
 };
 
-/* Items that are references have addresses; pointers that are delivered by value have none. */
-template <class Links>
-using category_of = std::conditional_t<std::is_reference_v<typename Links::reference>, std::bidirectional_iterator_tag,
-                                       std::input_iterator_tag>;
-
 /* A position in an open chain. */
 template <class Links>
 class chain_iterator : public marked_node<Links> {
@@ -126,8 +124,6 @@ class chain_iterator : public marked_node<Links> {
 
 public:
     using typename base::node, typename base::reference;
-    using iterator_concept = std::bidirectional_iterator_tag;
-    using iterator_category = category_of<Links>;
 
     /* Past the end of an empty chain. */
     chain_iterator() noexcept : base(mark) {}
@@ -149,7 +145,12 @@ public:
     noexcept : base(other.word()) {}
 
     /* The node, for the C functions; null past the end. */
-    node *get() const noexcept { return base::marked() ? nullptr : base::node_of(word_); }
+    node *get() const noexcept
+    {
+        if (base::marked()) [[unlikely]]
+            return nullptr;
+        return base::node_of(word_);
+    }
     std::uintptr_t word() const noexcept { return word_; }
 
     /* Requires a node, of which the compiler is told: it would warn of items at addresses like 1. */
@@ -203,8 +204,6 @@ class circulator : public marked_node<Links> {
 
 public:
     using typename base::node, typename base::reference;
-    using iterator_concept = std::bidirectional_iterator_tag;
-    using iterator_category = category_of<Links>;
 
     circulator() = default;
     explicit circulator(node *at) noexcept : base(base::word_of(at)) {}
@@ -236,8 +235,6 @@ class ring_iterator : public marked_node<Links> {
 
 public:
     using typename base::node, typename base::reference;
-    using iterator_concept = std::bidirectional_iterator_tag;
-    using iterator_category = category_of<Links>;
 
     ring_iterator() = default;
     /* `at`, in a walk that began at `origin`, and the end of such a walk before `at`. */
@@ -438,10 +435,10 @@ public:
     }
 
     /* Require an item. */
-    decltype(auto) front() noexcept { return Links::item(first()); }
-    decltype(auto) front() const noexcept { return constant::item(first()); }
-    decltype(auto) back() noexcept { return Links::item(last()); }
-    decltype(auto) back() const noexcept { return constant::item(last()); }
+    decltype(auto) front() noexcept { return Links::item(Links::first(*this->head_)); }
+    decltype(auto) front() const noexcept { return constant::item(Links::first(*this->head_)); }
+    decltype(auto) back() noexcept { return Links::item(Links::last(*this->head_)); }
+    decltype(auto) back() const noexcept { return constant::item(Links::last(*this->head_)); }
 
 protected:
     typename Links::node *first() const noexcept { return this->head_ ? Links::first(*this->head_) : nullptr; }
@@ -477,31 +474,56 @@ public:
     const_iterator cbegin() const noexcept { return begin(); }
     const_iterator cend() const noexcept { return end(); }
 
-    auto reversed() noexcept { return backwards<reversed_links<Links>>(); }
-    auto reversed() const noexcept { return backwards<reversed_links<constant>>(); }
+    auto reversed() &noexcept { return backwards<reversed_links<Links>>(); }
+    auto reversed() const &noexcept { return backwards<reversed_links<constant>>(); }
+    template <class... None>
+    auto reversed(None...) &&
+    {
+        return named(*this).reversed();
+    }
 
     /* The items from `from` to `to`, which must not lie before it; both included. */
-    iterator_range<iterator> between(iterator from, iterator to) noexcept { return {from, ++to}; }
-    iterator_range<const_iterator> between(const_iterator from, const_iterator to) const noexcept
+    iterator_range<iterator> between(iterator from, iterator to) &noexcept { return {from, ++to}; }
+    iterator_range<const_iterator> between(const_iterator from, const_iterator to) const &noexcept
     {
         return {from, ++to};
     }
+    template <class... Ends>
+    auto between(Ends... ends) &&
+    {
+        return named(*this).between(ends...);
+    }
 
     /* Walks during which what was delivered may be removed. */
-    auto positions() noexcept requires has_walk<Links> { return this->walk(iterator(first()), iterator(last()), 1); }
+    auto positions() &noexcept requires has_walk<Links> { return this->walk(iterator(first()), iterator(last()), 1); }
     template <class Accepts>
-    auto positions_if(Accepts accepts) noexcept requires has_walk<Links>
+    auto positions_if(Accepts accepts) &noexcept requires has_walk<Links>
     {
         return this->walk(iterator(first()), iterator(last()), 1, std::move(accepts));
     }
-    auto positions_reversed() noexcept requires has_walk<Links>
+    auto positions_reversed() &noexcept requires has_walk<Links>
     {
         return this->walk(iterator(last()), iterator(first()), 0);
     }
-    auto positions(iterator from, iterator to) noexcept requires has_walk<Links> { return this->walk(from, to, 1); }
-    auto positions_reversed(iterator from, iterator to) noexcept requires has_walk<Links>
+    auto positions(iterator from, iterator to) &noexcept requires has_walk<Links> { return this->walk(from, to, 1); }
+    auto positions_reversed(iterator from, iterator to) &noexcept requires has_walk<Links>
     {
         return this->walk(from, to, 0);
+    }
+    template <class... Ends>
+    auto positions(Ends... ends) &&
+    {
+        return named(*this).positions(ends...);
+    }
+    template <class... Ends>
+    auto positions_if(Ends... ends) &&
+    {
+        return named(*this).positions_if(ends...);
+    }
+    template <class... Ends>
+    auto positions_reversed(Ends... ends) &&
+    {
+        return named(*this).positions_reversed(ends...);
     }
 
 private:
@@ -532,37 +554,67 @@ public:
     const_iterator cbegin() const noexcept { return begin(); }
     const_iterator cend() const noexcept { return end(); }
 
-    auto reversed() noexcept { return backwards<reversed_links<Links>>(); }
-    auto reversed() const noexcept { return backwards<reversed_links<constant>>(); }
+    auto reversed() &noexcept { return backwards<reversed_links<Links>>(); }
+    auto reversed() const &noexcept { return backwards<reversed_links<constant>>(); }
+    template <class... None>
+    auto reversed(None...) &&
+    {
+        return named(*this).reversed();
+    }
 
     /* The items from `from` along the ring to `to`, both included. */
-    iterator_range<iterator> between(position from, position to) noexcept
+    iterator_range<iterator> between(position from, position to) &noexcept
     {
         return {iterator(from.get(), from.get()), iterator::end((++to).get(), from.get())};
     }
-    iterator_range<const_iterator> between(const_position from, const_position to) const noexcept
+    iterator_range<const_iterator> between(const_position from, const_position to) const &noexcept
     {
         return {const_iterator(from.get(), from.get()), const_iterator::end((++to).get(), from.get())};
     }
+    template <class... Ends>
+    auto between(Ends... ends) &&
+    {
+        return named(*this).between(ends...);
+    }
 
     /* The endless range from `at` on, or from the first item of a ring that is not empty. */
-    iterator_range<position, std::unreachable_sentinel_t> around(position at) noexcept { return {at, {}}; }
-    iterator_range<position, std::unreachable_sentinel_t> around() noexcept { return around(position(first())); }
-    iterator_range<const_position, std::unreachable_sentinel_t> around() const noexcept
+    iterator_range<position, std::unreachable_sentinel_t> around(position at) &noexcept { return {at, {}}; }
+    iterator_range<position, std::unreachable_sentinel_t> around() &noexcept { return around(position(first())); }
+    iterator_range<const_position, std::unreachable_sentinel_t> around() const &noexcept
     {
         return {const_position(first()), {}};
     }
+    template <class... Ends>
+    auto around(Ends... ends) &&
+    {
+        return named(*this).around(ends...);
+    }
 
     /* Walks once around during which what was delivered may be removed. */
-    auto positions() noexcept { return this->walk(position(first()), position(last()), 1); }
+    auto positions() &noexcept { return this->walk(position(first()), position(last()), 1); }
     template <class Accepts>
-    auto positions_if(Accepts accepts) noexcept
+    auto positions_if(Accepts accepts) &noexcept
     {
         return this->walk(position(first()), position(last()), 1, std::move(accepts));
     }
-    auto positions_reversed() noexcept { return this->walk(position(last()), position(first()), 0); }
-    auto positions(position from, position to) noexcept { return this->walk(from, to, 1); }
-    auto positions_reversed(position from, position to) noexcept { return this->walk(from, to, 0); }
+    auto positions_reversed() &noexcept { return this->walk(position(last()), position(first()), 0); }
+    auto positions(position from, position to) &noexcept { return this->walk(from, to, 1); }
+    auto positions_reversed(position from, position to) &noexcept { return this->walk(from, to, 0); }
+    template <class... Ends>
+    auto positions(Ends... ends) &&
+    {
+        return named(*this).positions(ends...);
+    }
+    template <class... Ends>
+    auto positions_if(Ends... ends) &&
+    {
+        return named(*this).positions_if(ends...);
+    }
+    template <class... Ends>
+    auto positions_reversed(Ends... ends) &&
+    {
+        return named(*this).positions_reversed(ends...);
+    }
 
 private:
     template <class Backwards>
@@ -591,6 +643,26 @@ void link_last(Head &head, Node *node, bool ring) noexcept
     }
     head.last = node;
     ++head.count;
+}
+
+/* An open chain becomes a ring, and a ring an open chain: what is one already stays it. */
+template <class Node, class Head>
+void close_chain(Head &head) noexcept
+{
+    if (head.first) {
+        static_cast<Node *>(head.first)->prev = static_cast<Node *>(head.last);
+        static_cast<Node *>(head.last)->next = static_cast<Node *>(head.first);
+    }
+    head.closed = 1;
+}
+template <class Node, class Head>
+void open_ring(Head &head) noexcept
+{
+    if (head.first) {
+        static_cast<Node *>(head.first)->prev = nullptr;
+        static_cast<Node *>(head.last)->next = nullptr;
+    }
+    head.closed = 0;
 }
 
 /* Removes the items that `accepts` accepts, and returns their number. After an exception those up to the item that it was
@@ -648,7 +720,12 @@ concept range_of = !std::same_as<std::remove_cvref_t<Range>, Container> && requi
 template <class Container, class Range>
 Container to(Range &&range)
 {
-    return Container(std::forward<Range>(range));
+    if constexpr (std::constructible_from<Container, Range>)
+        return Container(std::forward<Range>(range));
+    else
+        static_assert(never<Container, Range>,
+                      "mova::to: the container cannot be made of this range: what that delivers does "
+                      "not convert to what this holds");
 }
 
 } // namespace mova

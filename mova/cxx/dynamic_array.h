@@ -54,12 +54,15 @@ public:
     void append(const T &element)
     {
         DA_array &array = *head_;
-        if (array.nitems < array.nalloc) [[likely]]
-            ::new (static_cast<T *>(array.data) + array.nitems++) T(element);
-        else
+        const std::uint32_t end = forwarded(array.nitems);
+        if (end < forwarded(array.nalloc)) [[likely]] {
+            array.nitems = static_cast<std::int32_t>(end + 1);
+            ::new (static_cast<T *>(array.data) + end) T(element);
+        } else {
             append_to_full(element);
+        }
     }
-    /* The elements must not lie in an array that has to grow for them. */
+    /* The elements must not lie in this array. */
     void append(std::span<const T> elements) { DA_append(get(), elements.data(), narrow(elements.size())); }
 
     /* In before element `i`; past the end, elements in between are not written. Linear in the elements from there on. */
@@ -68,6 +71,7 @@ public:
         const T copied = element;
         DA_insert(get(), narrow(i), &copied, 1);
     }
+    /* The same with several, which must not lie in this array. */
     void insert(std::size_t i, std::span<const T> elements)
     {
         DA_insert(get(), narrow(i), elements.data(), narrow(elements.size()));
@@ -101,7 +105,11 @@ public:
 
     /* Takes the elements of another array, not its increment. Linear. After an exception the array is empty, or as one that
        could not grow. */
-    void assign(const dynamic_array &other) { DA_copy_into(get(), other.get()); }
+    void assign(const dynamic_array &other)
+    {
+        if (&other != this) /* the C function would empty it first */
+            DA_copy_into(get(), other.get());
+    }
 
     /* Linear. Element `n` becomes the first. */
     void roll(std::int32_t n) { DA_roll(get(), n); }

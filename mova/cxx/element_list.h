@@ -18,12 +18,7 @@
 #include <initializer_list>
 
 #include <mova/cxx/chain.h>
-
-/* Its inline functions serve C too. */
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wold-style-cast"
 #include <mova/lists/element_list.h>
-#pragma GCC diagnostic pop
 
 namespace mova {
 
@@ -167,9 +162,11 @@ public:
         return at.get() ? position(EL_insert_before(get(), at.get(), &element)) : append(element);
     }
 
-    /* Moves all nodes of another list to the back. That one is null afterwards. */
+    /* Moves all nodes of another list to the back. That one is null afterwards; itself it leaves as it is. */
     void append(element_list &&other)
     {
+        if (&other == this)
+            return;
         EL_list *source = other.given_up();
         EL_append_list(get(), &source);
     }
@@ -185,6 +182,11 @@ public:
     }
 
     element_ring<T> close() &&noexcept;
+    template <class... None>
+    auto close(None...) &
+    {
+        return mova::given_up(*this).close();
+    }
 
 private:
     /* The C functions that copy take a list that may be written to, and leave it as it was. */
@@ -220,8 +222,13 @@ public:
     /* Opens the ring between its last and its first. */
     element_list<T> open() &&noexcept
     {
-        EL_reset_closed(get());
+        open_ring<EL_node>(*get());
         return element_list<T>(this->given_up());
+    }
+    template <class... None>
+    auto open(None...) &
+    {
+        return mova::given_up(*this).open();
     }
 
     /* Cuts the ring at `at`, which becomes the first; the new last is a copy of it. After an exception the ring is as it
@@ -231,6 +238,11 @@ public:
         EL_make_open_at_position(get(), at.get());
         return element_list<T>(this->given_up());
     }
+    template <class Position>
+    auto open_at(Position at) &
+    {
+        return mova::given_up(*this).open_at(at);
+    }
 
     /* Splits the ring into two lists: from its first to a copy of `at`, and from `at` to its last. Linear. After an exception
        the ring is as it was. */
@@ -239,12 +251,17 @@ public:
         element_list<T> end_part(EL_remove_and_get_end_part(get(), at.get()));
         return {element_list<T>(this->given_up()), std::move(end_part)};
     }
+    template <class Position>
+    auto split(Position at) &
+    {
+        return mova::given_up(*this).split(at);
+    }
 };
 
 template <class T>
 element_ring<T> element_list<T>::close() &&noexcept
 {
-    EL_set_closed(get());
+    close_chain<EL_node>(*get());
     return element_ring<T>(this->given_up());
 }
 

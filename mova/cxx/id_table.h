@@ -33,6 +33,10 @@ class id_table : public owner<DA_array, release_by<io_lut_release>> {
 
         steps() = default;
         explicit steps(const io_lut_iterator &at) noexcept : at_(at) { skip_free(); }
+        /* Of a step to what is not constant one to what is. */
+        template <class Other>
+        requires std::same_as<const Other, Pointee> steps(const steps<Other> &other)
+        noexcept : at_(other.at_) {}
 
         std::int32_t id() const noexcept { return at_.next; }
         Pointee *operator*() const noexcept { return static_cast<Pointee *>(at_.storage[at_.next]); }
@@ -51,6 +55,8 @@ class id_table : public owner<DA_array, release_by<io_lut_release>> {
         friend bool operator==(const steps &a, const steps &b) noexcept { return a.id() == b.id(); }
 
     private:
+        friend class steps<const Pointee>;
+
         void skip_free() noexcept
         {
             while (at_.next < at_.count && !at_.storage[at_.next])

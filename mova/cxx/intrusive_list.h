@@ -21,12 +21,7 @@
 #include <bit>
 
 #include <mova/cxx/chain.h>
-
-/* Its inline functions serve C too. */
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wold-style-cast"
 #include <mova/lists/simple_list.h>
-#pragma GCC diagnostic pop
 
 namespace mova {
 
@@ -108,16 +103,28 @@ public:
         link_last(*get(), node, is_ring);
         return position(node);
     }
-    position prepend(item added) noexcept { return put(SL_insert_before_first, given(added)); }
+    position prepend(item added) noexcept
+    {
+        links *node = given(added);
+        SL_insert_before_first(get(), node);
+        return position(node);
+    }
     position insert_before(position at, item added) noexcept
     {
         if constexpr (!is_ring) {
             if (!at.get())
                 return append(static_cast<item>(added));
         }
-        return put_at(SL_insert_before, at, given(added));
+        links *node = given(added);
+        SL_insert_before(get(), at.get(), node);
+        return position(node);
     }
-    position insert_after(position at, item added) noexcept { return put_at(SL_insert_after, at, given(added)); }
+    position insert_after(position at, item added) noexcept
+    {
+        links *node = given(added);
+        SL_insert_after(get(), at.get(), node);
+        return position(node);
+    }
 
     /* ---- removal ---- */
 
@@ -166,16 +173,6 @@ private:
         else
             return links_of::node_in(from);
     }
-    position put(void (*insert)(SL_list *, void *), links *node) noexcept
-    {
-        insert(get(), node);
-        return position(node);
-    }
-    position put_at(void (*insert)(SL_list *, void *, void *), position at, links *node) noexcept
-    {
-        insert(get(), at.get(), node);
-        return position(node);
-    }
 };
 
 template <class T, auto Member, class Delete = borrowed>
@@ -190,9 +187,11 @@ public:
 
     intrusive_list() : base(SL_create()) {}
 
-    /* Moves all records of another list to the back. That one is null afterwards. */
+    /* Moves all records of another list to the back. That one is null afterwards; itself it leaves as it is. */
     void append(intrusive_list &&other) noexcept
     {
+        if (&other == this)
+            return;
         SL_list *source = other.given_up();
         SL_append_list(get(), &source);
     }
@@ -210,8 +209,13 @@ public:
 
     intrusive_ring<T, Member, Delete> close() &&noexcept
     {
-        SL_set_closed(get());
+        close_chain<links>(*get());
         return intrusive_ring<T, Member, Delete>(this->given_up());
+    }
+    template <class... None>
+    auto close(None...) &
+    {
+        return mova::given_up(*this).close();
     }
 };
 
@@ -230,8 +234,13 @@ public:
     /* Opens the ring between its last and its first. */
     intrusive_list<T, Member, Delete> open() &&noexcept
     {
-        SL_reset_closed(get());
+        open_ring<links>(*get());
         return intrusive_list<T, Member, Delete>(this->given_up());
+    }
+    template <class... None>
+    auto open(None...) &
+    {
+        return mova::given_up(*this).open();
     }
 };
 

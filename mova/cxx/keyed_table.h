@@ -96,8 +96,9 @@ private:
 struct key_hash {
     std::uint64_t operator()(std::string_view text) const noexcept { return text_hash::of(text); }
     template <class Key>
-    requires(!std::convertible_to<const Key &, std::string_view>) std::uint64_t operator()(const Key &key) const
-        noexcept(noexcept(std::hash<Key>()(key)))
+    requires(!std::convertible_to<const Key &, std::string_view> &&
+             requires(const Key &key) { std::hash<Key>()(key); }) std::uint64_t
+    operator()(const Key &key) const noexcept(noexcept(std::hash<Key>()(key)))
     {
         return std::hash<Key>()(key);
     }
@@ -225,13 +226,31 @@ private:
 
     static decltype(auto) key_of(const Record &record) { return std::invoke(KeyOf, record); }
 
+    /* Whether such a key can be looked for. */
+    template <class Key>
+    static constexpr bool is_known()
+    {
+        constexpr bool hashes = std::invocable<const Hash &, const Key &>;
+        constexpr bool compares =
+            std::invocable<const Equal &, decltype(key_of(std::declval<Record &>())), const Key &>;
+        static_assert(
+            hashes && compares,
+            "mova::keyed_table: such a key cannot be looked for: give the table a class whose operator() const takes "
+            "the key and returns a number, and where it has no == of its own, one that compares two keys, as in "
+            "keyed_table<record, &record::key, hash, equal>");
+        return hashes && compares;
+    }
+
     /* Spread over all bits: the hash table takes a slot from the low ones, and std::hash of a number is the number. */
     template <class Key>
     mova_word hash_word(const Key &key) const
     {
-        const std::uint64_t product = std::uint64_t{hash_(key)} * text_hash::factor;
-        const mova_word word = static_cast<mova_word>(product ^ product >> 32);
-        return word ? word : 1;
+        if constexpr (is_known<Key>()) {
+            const std::uint64_t product = std::uint64_t{hash_(key)} * text_hash::factor;
+            const mova_word word = static_cast<mova_word>(product ^ product >> 32);
+            return word ? word : 1;
+        }
+        return 1;
     }
 
     Record *at(std::size_t index) const noexcept
@@ -259,8 +278,10 @@ private:
     std::size_t index_of(const Key &key, mova_word hash) const
     {
         std::size_t index = head_of(hash);
-        while (index != none && !equal_(key_of(*at(index)), key))
-            index = links_[index].next;
+        if constexpr (is_known<Key>()) {
+            while (index != none && !equal_(key_of(*at(index)), key))
+                index = links_[index].next;
+        }
         return index;
     }
 

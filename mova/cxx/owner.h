@@ -26,6 +26,8 @@
        a predicate, a visitor, a hash, a      all as it was, unless the function had edited already: remove_if keeps what
          comparison of the caller's           it has done, and a walk has passed what it asked for
 
+   What the caller gives to be called, a predicate, a comparison, a deleter, must not edit the container that calls it.
+
    An item that is given to an owning container and was not taken is deleted, or stays in the pointer that was given by
    reference. What is noexcept does not fail. */
 #ifndef MOVA_CXX_OWNER_H
@@ -33,6 +35,7 @@
 
 #if __cplusplus < 202002L
 #error "The typed layer takes C++20 (-std=c++20); the C functions take any C++ from C++11 on."
+#include "mova: C++20 is needed" /* ends the compilation here, which would go on to say so a hundred times */
 #endif
 
 #include <concepts>
@@ -75,6 +78,29 @@ protected:
 
     std::unique_ptr<Head, Release> head_;
 };
+
+/* For texts that a template says where it is used. */
+template <class...>
+inline constexpr bool never = false;
+
+/* The container, for a range that is made of one without a name: every such call is refused with this text. */
+template <class Container>
+Container &named(Container &container) noexcept
+{
+    static_assert(never<Container>,
+                  "mova: the container has no name, and is gone before a loop over this range takes its "
+                  "first step: give it a name, as in auto list = made(); for (auto &item : list.reversed())");
+    return container;
+}
+
+/* The container, for a conversion that takes its head along: every call for a container that stays is refused. */
+template <class Container>
+Container &&given_up(Container &container) noexcept
+{
+    static_assert(never<Container>, "mova: a list that is closed, opened or cut is given up to what it becomes: say "
+                                    "std::move(list).close()");
+    return std::move(container);
+}
 
 /* ---- items ---- */
 

@@ -4,20 +4,16 @@
        mova::pointer_list<country> seen;                                  the items are the caller's
        mova::pointer_list<country, std::default_delete<country>> all;     the list's: `remove` deletes, and so does the end
 
-   It delivers pointers, by value; a null pointer is an item like any other. Of a constant list they are pointers to
-   constants. Positions and walks: mova/cxx/chain.h. What each edit does to positions, and what it costs: the C header.
+   It delivers pointers, by value; of a constant list they are pointers to constants. A null pointer is an item like any
+   other, which is not deleted. Positions and walks: mova/cxx/chain.h. What each edit does to positions, and what it costs:
+   the C header.
 
    Errors: only insertions and copies allocate, and nothing raises. After an exception the list is as it was. */
 #ifndef MOVA_CXX_POINTER_LIST_H
 #define MOVA_CXX_POINTER_LIST_H
 
 #include <mova/cxx/chain.h>
-
-/* Its inline functions serve C too. */
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wold-style-cast"
 #include <mova/lists/generic_list.h>
-#pragma GCC diagnostic pop
 
 namespace mova {
 
@@ -44,7 +40,11 @@ struct pointer_links {
 
 template <class T, class Delete>
 struct release_pointer_list {
-    static void delete_item(void **item) { Delete()(static_cast<T *>(*item)); }
+    static void delete_item(void **item)
+    {
+        if (*item)
+            Delete()(static_cast<T *>(*item));
+    }
     void operator()(GL_list *list) const noexcept
     {
         if constexpr (owns_items<Delete>)
@@ -85,6 +85,8 @@ public:
         link_last(*get(), node, false);
         return position(node);
     }
+    /* Not an empty list. */
+    position append(std::nullptr_t) { return append(item(nullptr)); }
     position prepend(item added) { return put(GL_insert_before_first(get(), word(raw(added))), added); }
 
     /* Before the end is at the back. */
@@ -108,9 +110,11 @@ public:
     /* For the standard's inserters. */
     void push_back(item added) { append(std::move(added)); }
 
-    /* Moves all nodes of another list to the back. That one is null afterwards. */
+    /* Moves all nodes of another list to the back. That one is null afterwards; itself it leaves as it is. */
     void append(pointer_list &&other)
     {
+        if (&other == this)
+            return;
         GL_list *source = other.given_up();
         GL_append_list(get(), &source);
     }

@@ -5,8 +5,8 @@
        mova::pointer_lookup<window *, state *, std::default_delete<state>> own_states;  the lookup's, until its end
 
    A key that is added again hides its older value until it is removed. A value that is owned is deleted at the end only: not
-   when it is removed or displaced. There are no positions. Errors: nothing raises; after an exception out of the memory service
-   the lookup is as it was. */
+   when it is removed or displaced, and not where it is null. There are no positions. Errors: nothing raises; after an
+   exception out of the memory service the lookup is as it was. */
 #ifndef MOVA_CXX_POINTER_LOOKUP_H
 #define MOVA_CXX_POINTER_LOOKUP_H
 
@@ -18,7 +18,11 @@ namespace mova {
 
 template <class Value, class Delete>
 struct release_lookup {
-    static void delete_value(mova_word *value) { Delete()(from_word<Value>(*value)); }
+    static void delete_value(mova_word *value)
+    {
+        if (*value)
+            Delete()(from_word<Value>(*value));
+    }
     void operator()(mova_lookup *lookup) const noexcept
     {
         if constexpr (owns_items<Delete>)
@@ -45,11 +49,7 @@ public:
     Value add(Key key, Value value) { return from_word<Value>(mova_lu_add(get(), to_word(key), to_word(value))); }
 
     /* The value of the key, or 0. */
-    Value find(Key key) const noexcept
-    {
-        return from_word<Value>(this->head_->front_key == to_word(key) ? this->head_->front_value
-                                                                       : mova_lu_get(get(), to_word(key)));
-    }
+    Value find(Key key) const noexcept { return from_word<Value>(mova_lu_get(get(), to_word(key))); }
 
     /* Removes the pair in front, or else the one in the table. */
     void remove(Key key) { mova_lu_remove(get(), to_word(key)); }

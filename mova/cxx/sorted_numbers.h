@@ -59,7 +59,10 @@ public:
     void companion_reversed(std::int32_t count) { SA_adapt_for_reverse(get(), count); }
     void companion_rolled(std::int32_t n, std::int32_t count) { SA_adapt_for_roll(get(), n, count); }
 
-    friend bool operator==(const sorted_numbers &a, const sorted_numbers &b) noexcept { return equal_items(a, b); }
+    friend bool operator==(const sorted_numbers &a, const sorted_numbers &b) noexcept
+    {
+        return std::ranges::equal(a, b);
+    }
 };
 
 /* An array with the numbers of some of its elements: its edits are told to the numbers. It owns neither. After an exception

@@ -37,12 +37,18 @@ namespace mova {
 /* How a cache asks its items, where nothing else is given. */
 struct item_callbacks {
     template <class Item>
-    std::size_t size(const Item &item) const
+    std::size_t size(const Item &item) const requires requires
+    {
+        item.body_size();
+    }
     {
         return item.body_size();
     }
     template <class Item, class Element>
-    void fill(Item &item, std::span<Element> body) const
+    void fill(Item &item, std::span<Element> body) const requires requires
+    {
+        item.fill(body);
+    }
     {
         item.fill(body);
     }
@@ -106,7 +112,19 @@ public:
        goes. The block is the cache's from now on. */
     position insert(Item &item, mb_handle filled)
     {
-        return position(cc_insert(get(), std::addressof(item), filled, size_of, fill, write_back, let_go));
+        constexpr bool has_callbacks = requires(const Callbacks &asked, const Item &constant, std::span<Element> body)
+        {
+            std::size_t{asked.size(constant)};
+            asked.fill(item, body);
+        };
+        static_assert(
+            has_callbacks,
+            "mova::swap_cache: an item says how large its body is and fills it: give it std::size_t body_size() const, "
+            "in elements, and void fill(std::span<Element>); for other names take callbacks of your own");
+        if constexpr (has_callbacks)
+            return position(cc_insert(get(), std::addressof(item), filled, size_of, fill, write_back, let_go));
+        else
+            return this->end();
     }
 
     /* The body, which is fetched where it is out; empty where there is no room and the host returns from the raise. Where

@@ -111,6 +111,36 @@ TEST_F(OwnersOfOtherThings, ABlockArrayThatWasMovedFromHasNoStorageAndCanBeUsed)
     EXPECT_EQ(block.back() + other.back(), 6);
 }
 
+template <class Container>
+void give_itself(Container &&container, auto give)
+{
+    const std::size_t size = container.size();
+    give(container, container);
+    EXPECT_EQ(container.size(), size);
+}
+
+TEST_F(OwnersOfOtherThings, WhatIsGivenItselfStaysAsItIs)
+{
+    const auto append = [](auto &container, auto &same) { container.append(std::move(same)); };
+    const auto assign = [](auto &container, auto &same) { container.assign(same); };
+    const auto swap = [](auto &container, auto &same) { std::ranges::swap(container, same); };
+    int number = 1;
+    job jobs[2] = {};
+    mova::pointer_list<int> pointers;
+    mova::intrusive_list<job, &job::waiting> waiting;
+    for (job &each : jobs)
+        pointers.append(&number), waiting.append(each);
+    give_itself(pointers, append);
+    give_itself(waiting, append);
+    give_itself(mova::element_list<int>{1, 2}, append);
+    give_itself(mova::block_array<int>{1, 2}, append);
+    give_itself(mova::block_array<int>{1, 2}, assign);
+    give_itself(mova::dynamic_array<int>{1, 2}, assign);
+    give_itself(mova::dynamic_array<int>{1, 2}, swap);
+    give_itself(mova::element_list<int>{1, 2}, swap);
+    give_itself(pointers, swap);
+}
+
 TEST_F(OwnersOfOtherThings, AKeyedTableThatWasMovedFromHasNoMemoryAndCanBeUsed)
 {
     struct named {

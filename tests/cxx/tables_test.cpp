@@ -124,8 +124,16 @@ TEST_F(TypedTables, TheKeyThatWasAddedLastStandsInFront)
     l.remove(&keys[0]);
     EXPECT_EQ(l.find(&keys[0]), 1);
 
-    mova::pointer_lookup<int, country *, std::default_delete<country>> owning;
+    struct delete_country {
+        void operator()(country *each) const
+        {
+            EXPECT_NE(each, nullptr);
+            delete each;
+        }
+    };
+    mova::pointer_lookup<int, country *, delete_country> owning;
     owning.add(1, new country{"a"});
+    owning.add(3, nullptr);
     owning.add(2, new country{"b"});
     EXPECT_EQ(owning.find(1)->name, "a");
 }
@@ -263,6 +271,68 @@ TEST_F(TypedTables, AConstructorThatThrowsDestroysItsRecords)
     using table_of_sharing = mova::keyed_table<sharing, &sharing::number, brittle_hash>;
     EXPECT_THROW(mova::to<table_of_sharing>(source), int);
     EXPECT_EQ(shared.use_count(), 4) << "this one and those of the source";
+}
+
+/* Throw at the call that is counted down to. */
+struct throwing {
+    static void count() { calls_left > 0 && --calls_left == 0 ? throw 1 : void(); }
+    static inline int calls_left = 0;
+};
+struct throwing_hash {
+    std::size_t operator()(int number) const { return throwing::count(), static_cast<std::size_t>(number % 2); }
+};
+struct throwing_equal {
+    bool operator()(int a, int b) const { return throwing::count(), a == b; }
+};
+
+TEST_F(TypedTables, AHashOrAComparisonThatThrowsLeavesTheKeyedTableAsItWas)
+{
+    struct numbered {
+        int number;
+    };
+    mova::keyed_table<numbered, &numbered::number, throwing_hash, throwing_equal> t;
+    for (int number = 1; number <= 8; ++number)
+        t.insert({number});
+    const auto numbers = [&] {
+        std::vector<int> all;
+        std::ranges::transform(t, std::back_inserter(all), &numbered::number);
+        return all;
+    };
+    const std::vector<int> before = numbers();
+    const auto fails_at_every_call = [&](auto work) {
+        for (int failing = 1;; ++failing) {
+            throwing::calls_left = failing;
+            try {
+                work();
+                break;
+            } catch (int) {
+                EXPECT_EQ(numbers(), before);
+            }
+        }
+        EXPECT_GT(std::exchange(throwing::calls_left, 0), 0);
+    };
+    fails_at_every_call([&] { EXPECT_NE(t.find(2), nullptr); });
+    fails_at_every_call([&] { EXPECT_FALSE(t.insert({3}).second); });
+    fails_at_every_call([&] { EXPECT_FALSE(t.contains(9)); });
+    fails_at_every_call([&] { EXPECT_TRUE(t.remove(1)); });
+    EXPECT_EQ(t.size(), 7u);
+    for (int number = 2; number <= 8; ++number)
+        EXPECT_EQ(t.find(number)->number, number);
+}
+
+/* What is looked for, and what is put in, may lie in the table. */
+TEST_F(TypedTables, RecordsOfTheTableMayBeGivenToItsEdits)
+{
+    countries t;
+    for (const char *name : {"France", "Italy", "Norway"})
+        t.insert({name});
+    EXPECT_FALSE(t.insert(*t.begin()).second);
+    EXPECT_TRUE(t.remove(t.begin()->name));
+    EXPECT_FALSE(t.contains("France"));
+    EXPECT_TRUE(t.contains("Norway") && t.contains("Italy"));
+    std::swap(t, t);
+    EXPECT_EQ(t.size(), 2u);
+    EXPECT_EQ(t, t);
 }
 
 TEST_F(TypedTables, KeysMayBeComputedFromRecords)

@@ -436,6 +436,26 @@ TEST_F(TypedTree, SortingGivesWhatTheBubbleSortGives)
     multiset().sort();
 }
 
+struct counting_order {
+    bool operator()(const entry &a, const entry &b) const { return ++asked, a.key < b.key; }
+    static inline int asked = 0;
+};
+
+TEST_F(TypedTree, SortingWhatIsInOrderLooksAtNeighboursAlone)
+{
+    entry entries[] = {{0, 0}, {1, 1}, {1, 2}, {2, 3}};
+    mova::balanced_multiset<entry, counting_order> t(entries);
+    counting_order::asked = 0;
+    host.take_log();
+    t.sort();
+    EXPECT_LE(counting_order::asked, 2 * 3) << "each of three pairs, both ways round";
+    EXPECT_TRUE(host.take_log().empty());
+    EXPECT_EQ(keys_of(t), (numbers{0, 1, 1, 2}));
+    entries[3].key = -1;
+    t.sort();
+    EXPECT_EQ(keys_of(t), (numbers{-1, 0, 1, 1}));
+}
+
 struct throwing_order {
     bool operator()(const entry &a, const entry &b) const { return armed ? throw 1 : a.key < b.key; }
     static inline bool armed = false;

@@ -170,12 +170,29 @@ inline lent_owners owning(GL_list *list, GL_free_fn free_item)
     return lent_owners(list);
 }
 
+/* The layer deletes no null pointers; the C functions give those to the callback too. */
+inline bool holds_null(const GL_list *list)
+{
+    const GL_node *at = list ? list->first : nullptr;
+    while (at && at->item)
+        at = at->next;
+    return at != nullptr;
+}
+
 inline constexpr auto GL_total_make_empty = [](GL_list *list, GL_free_fn free_item) {
+    if (holds_null(list)) {
+        ::GL_total_make_empty(list, free_item);
+        return;
+    }
     lent_owners lent = owning(list, free_item);
     lent.clear();
     static_cast<void>(lent.release());
 };
 inline constexpr auto GL_total_release = [](GL_list **list, GL_free_fn free_item) {
+    if (holds_null(*list)) {
+        ::GL_total_release(list, free_item);
+        return;
+    }
     owning(std::exchange(*list, nullptr), free_item);
 };
 inline constexpr auto GL_next_position = [](GL_iterator *iterator, GL_node **position) {
