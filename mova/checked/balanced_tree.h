@@ -19,8 +19,8 @@ namespace mova::checked {
 
 namespace gt {
 
-/* Whether all nodes of a subtree are there. No tree is as high as that: it goes around in a circle. */
-inline bool is_subtree_there(const GT_tree_item *node, int height = 64)
+/* Whether all nodes of a subtree are there. One that is as high as that goes around in a circle. */
+inline bool is_subtree_there(const GT_tree_item *node, int height = 4096)
 {
     return !node || (height > 0 && is_there(node) && is_subtree_there(node->left, height - 1) &&
                      is_subtree_there(node->right, height - 1));

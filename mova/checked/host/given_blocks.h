@@ -111,11 +111,9 @@ public:
     block_state state() const { return static_cast<block_state>(record_->noted.of_host >> 4 & 3); }
     void set_state(block_state state) const { set(state, slack()); }
 
-    /* Whether it is a small block of that size that lives, and its guards are whole. */
+    /* Whether a small block lives, has that size, and its guards are whole. */
     __attribute__((always_inline)) bool is_plainly(size_t size) const
     {
-        if (is_large())
-            return false;
         const size_t room = this->room();
         return record_->noted.of_host == (static_cast<unsigned>(block_state::live) << 4 | (room - size)) &&
                room - size < 16 && is_shared_guard(before()) && is_shared_guard(bytes_ + room) &&

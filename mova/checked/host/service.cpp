@@ -224,13 +224,22 @@ given_block mova_checked_allocate(size_t size, const void *where)
     return as_given(allocate(size, where));
 }
 
+void mova_checked_release_small(block_record *record, void *item, size_t size, const void *where)
+{
+    const given block(static_cast<char *>(item), record);
+    if (block.is_plainly(size))
+        release(block, size, where);
+    else if (judge_release("MM_dealloc_item", item, block, size, where))
+        release(block, block.size(), where);
+}
+
 void mova_checked_release(void *item, size_t size, const void *where)
 {
     if (!item)
         return;
     const given block = find_block(item);
-    if (block && block.is_plainly(size))
-        release(block, size, where);
+    if (block && !block.is_large())
+        mova_checked_release_small(block.record(), item, size, where);
     else if (judge_release("MM_dealloc_item", item, block, size, where))
         release(block, block.size(), where);
 }

@@ -53,6 +53,9 @@ __attribute__((weak)) bool mova_checked_is_service(void *(*allocate)(size_t));
 /* The services, told of the place in the program that the call came from, and not of any in the containers. */
 __attribute__((weak)) mova::checked::given_block mova_checked_allocate(size_t size, const void *where);
 __attribute__((weak)) void mova_checked_release(void *item, size_t size, const void *where);
+/* As mova_checked_release, of a small block whose record is known. */
+__attribute__((weak)) void mova_checked_release_small(mova::checked::block_record *record, void *item, size_t size,
+                                                      const void *where);
 __attribute__((weak)) mova::checked::given_block mova_checked_reallocate(void *item, size_t old_size, size_t new_size,
                                                                          const void *where);
 

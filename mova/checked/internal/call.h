@@ -141,7 +141,7 @@ public:
     {
         own_->edits |= how != use::read;
         own_->releases |= how == use::release;
-        const entry *const known = find(container);
+        const entry *const known = find_again(container);
         if (!known || !is_plainly_right(of, *known, how))
             return look_at_container(of, container, how, nth, may_be_hand_made);
         uses(known->owner, nth);
@@ -173,7 +173,7 @@ public:
     __attribute__((always_inline)) void judge_iterator(const family &of, const void *next, const void *end,
                                                        bool (*stops_anyway)(const void *container) = nullptr)
     {
-        const entry *const rests_on = find(next), *const ends_at = rests_on ? find(end) : nullptr;
+        const entry *const rests_on = find(next), *const ends_at = rests_on ? find_again(end) : nullptr;
         if (!ends_at || !rests_on->live || !ends_at->live || rests_on->owner != ends_at->owner ||
             rests_on->owner == 0 || owner_at(rests_on->owner).of != &of || owner_at(rests_on->owner).joined_to != 0)
             return look_at_iterator(of, next, end, stops_anyway);

@@ -54,19 +54,25 @@ bool read_safely(const void *from, void *to, size_t bytes)
 
 bool is_there(const void *record)
 {
-    if (table::small_record(reinterpret_cast<uintptr_t>(record)))
+    if (&mova_checked_slabs && is_in_slab(mova_checked_slabs, reinterpret_cast<uintptr_t>(record)))
         return true;
     const entry *const known = find(record);
     links read;
     return (known && known->live) || read_safely(record, &read, sizeof read);
 }
 
+/* Most nodes lie in the slab of the one before. */
 bool is_chain_there(const void *first, const void *last, int32_t count)
 {
+    uintptr_t in_slab = 0;
     const void *node = first;
     for (int32_t left = count; node && left > 0; --left) {
-        if (!is_there(node))
-            return false;
+        const auto address = reinterpret_cast<uintptr_t>(node);
+        if (address / slab_size != in_slab) {
+            if (!is_there(node))
+                return false;
+            in_slab = &mova_checked_slabs && is_in_slab(mova_checked_slabs, address) ? address / slab_size : 0;
+        }
         node = static_cast<const links *>(node)->after;
     }
     return !last || is_there(last);

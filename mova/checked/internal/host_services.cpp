@@ -14,7 +14,7 @@ namespace mova::checked {
 namespace {
 
 /* A block that the innermost call allocated. */
-inline void note_allocation(given_block block)
+__attribute__((always_inline)) inline void note_allocation(given_block block)
 {
     if (!block.bytes)
         return;
@@ -77,14 +77,20 @@ void *mova_checked_MM_alloc_item(size_t size)
 void mova_checked_MM_dealloc_item(void *item, size_t size)
 {
     const place where = place_of_call();
+    block_record *const small = table::small_record(reinterpret_cast<uintptr_t>(item));
     {
         const registry_lock lock;
-        mark_released(item, where);
+        if (small)
+            mark_released(small->noted, where);
+        else
+            mark_released(item, where);
     }
-    if (has_checked_host())
-        mova_checked_release(item, size, where);
-    else
+    if (!has_checked_host())
         MM_dealloc_item(item, size);
+    else if (small)
+        mova_checked_release_small(small, item, size, where);
+    else
+        mova_checked_release(item, size, where);
 }
 
 /* Where it fails, the old block is as it was. */

@@ -80,6 +80,7 @@ entry *find_large(uintptr_t address)
 namespace table {
 
 owner *pieces[18];
+found_block last_found;
 
 entry *find_elsewhere(uintptr_t address)
 {

@@ -127,6 +127,30 @@ inline entry *find(const void *address)
     return small->noted.known ? &small->noted : nullptr;
 }
 
+namespace table {
+
+/* The small block that find_again() was asked for last: its record stays where it is. */
+struct found_block {
+    const void *address;
+    entry *noted;
+};
+extern found_block last_found;
+
+} // namespace table
+
+/* As find(), of an address that the calls in a row ask for: their container, or an iterator's end. */
+inline entry *find_again(const void *address)
+{
+    table::found_block &last = table::last_found;
+    if (address != last.address) {
+        block_record *const small = table::small_record(reinterpret_cast<uintptr_t>(address));
+        if (!small)
+            return find(address);
+        last = {address, &small->noted};
+    }
+    return last.noted && last.noted->known ? last.noted : nullptr;
+}
+
 inline owner &owner_at(owner_number number)
 {
     if (number < table::first_piece)
@@ -164,17 +188,22 @@ inline entry *book(const void *address, kind what, owner_number of, place where)
 }
 
 /* Notes that it lies there no longer. Knows nothing of it where nobody had booked it. */
+inline void mark_released(entry &released, place where)
+{
+    if (!released.live)
+        return;
+    released.live = false;
+    released.last_place = where;
+    if (released.what == kind::head && released.owner != 0) {
+        owner_at(released.owner).live = false;
+        owner_at(released.owner).released = where;
+    }
+}
+
 inline void mark_released(const void *address, place where)
 {
-    entry *const released = find(address);
-    if (!released || !released->live)
-        return;
-    released->live = false;
-    released->last_place = where;
-    if (released->what == kind::head && released->owner != 0) {
-        owner_at(released->owner).live = false;
-        owner_at(released->owner).released = where;
-    }
+    if (entry *const released = find(address))
+        mark_released(*released, where);
 }
 
 /* The node at the address is of another owner from now on. */
