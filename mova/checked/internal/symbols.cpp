@@ -10,6 +10,7 @@
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <pthread.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 #include <unwind.h>
 
@@ -85,7 +86,8 @@ private:
     debug_reader()
     {
         pthread_atfork([] { get().mutex_.lock(); }, [] { get().mutex_.unlock(); }, [] { get().mutex_.unlock(); });
-        void *const library = dlopen("libdw.so.1", RTLD_LAZY | RTLD_LOCAL);
+        /* A program that the dynamic linker did not start has none for its libraries. */
+        void *const library = getauxval(AT_BASE) != 0 ? dlopen("libdw.so.1", RTLD_LAZY | RTLD_LOCAL) : nullptr;
         if (!library)
             return;
         bool all = true;
@@ -108,6 +110,7 @@ private:
         take(find_elf_, "dwfl_linux_proc_find_elf");
         take(find_debuginfo_, "dwfl_standard_find_debuginfo");
         take(getscopes_, "dwarf_getscopes");
+        take(getscopes_of_, "dwarf_getscopes_die");
         take(tag_, "dwarf_tag");
         take(attribute_, "dwarf_attr_integrate");
         take(diename_, "dwarf_diename");
@@ -135,11 +138,12 @@ private:
         return addrmodule_(session_, address);
     }
 
-    /* Not every compiler writes the index that the first way goes by. */
+    /* Not every compiler writes the index that the first way goes by, which then may lead to a neighbour. */
     Dwarf_Die *unit_of(Dwfl_Module *module, uintptr_t address, Dwarf_Addr &bias)
     {
-        if (Dwarf_Die *const unit = addrdie_(module, address, &bias))
-            return unit;
+        Dwarf_Die *const indexed = addrdie_(module, address, &bias);
+        if (indexed && haspc_(indexed, address - bias) > 0)
+            return indexed;
         for (Dwarf_Die *unit = nullptr; (unit = nextcu_(module, unit, &bias));) {
             if (haspc_(unit, address - bias) > 0)
                 return unit;
@@ -161,8 +165,9 @@ private:
     {
         constexpr int inlined_subroutine = 0x1d, subprogram = 0x2e;
         constexpr unsigned call_file = 0x58, call_line = 0x59;
-        Dwarf_Die *scopes = nullptr;
-        const int count = getscopes_(unit, address, &scopes);
+        /* The scopes around the code of the innermost. Those of the first way are around its source. */
+        Dwarf_Die *innermost = nullptr, *scopes = nullptr;
+        const int count = getscopes_(unit, address, &innermost) > 0 ? getscopes_of_(innermost, &scopes) : 0;
         for (int i = 0; i < count; ++i) {
             const int tag = tag_(&scopes[i]);
             if (tag != inlined_subroutine && tag != subprogram)
@@ -180,6 +185,7 @@ private:
             }
         }
         std::free(scopes);
+        std::free(innermost);
     }
 
     std::recursive_mutex mutex_;
@@ -201,6 +207,7 @@ private:
     decltype(&dwfl_linux_proc_find_elf) find_elf_ = nullptr;
     decltype(&dwfl_standard_find_debuginfo) find_debuginfo_ = nullptr;
     decltype(&dwarf_getscopes) getscopes_ = nullptr;
+    decltype(&dwarf_getscopes_die) getscopes_of_ = nullptr;
     decltype(&dwarf_tag) tag_ = nullptr;
     decltype(&dwarf_attr_integrate) attribute_ = nullptr;
     decltype(&dwarf_diename) diename_ = nullptr;
