@@ -546,6 +546,25 @@ TEST_F(TypedLists, AnItemIsNotLostWhereItsNodeCannotBeMade)
     EXPECT_TRUE(l.empty());
 }
 
+TEST_F(TypedLists, ACopyThatThrowsLeavesNothing)
+{
+    mortal::deaths = 0;
+    owning l;
+    for (int n : {1, 2, 3})
+        l.append(std::make_unique<mortal>(n));
+    const std::size_t blocks = host.live_blocks();
+    const auto copied = [](const mortal *each) {
+        return each->number == 3 ? throw each->number : std::make_unique<mortal>(each->number);
+    };
+    EXPECT_THROW(l.copy(copied), int);
+    EXPECT_EQ(mortal::deaths, 2);
+    EXPECT_EQ(host.live_blocks(), blocks);
+    EXPECT_THROW(l.remove_if([](const mortal *each) { return each->number == 2 ? throw 2 : true; }), int);
+    EXPECT_EQ(mortal::deaths, 3);
+    EXPECT_EQ(l.front()->number, 2);
+    EXPECT_EQ(l.size(), 2u);
+}
+
 TEST_F(TypedLists, TheCallsAreThoseOfThePointerList)
 {
     int item = 1;
