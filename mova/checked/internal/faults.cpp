@@ -8,7 +8,10 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
+#include <dlfcn.h>
+#include <gnu/libc-version.h>
 #include <signal.h>
 #include <ucontext.h>
 #include <unwind.h>
@@ -43,8 +46,17 @@ bool leads_out_of_released_block(const greg_t *registers)
     return leads_out;
 }
 
-/* The instruction that faulted, or, where it is in code without debug information, as that of memcpy, the nearest call that is
-   in code with any. */
+/* Whether the C library is there, as a shared one. */
+bool is_in_c_library(uintptr_t address)
+{
+    Dl_info library, found;
+    return dladdr(reinterpret_cast<void *>(&gnu_get_libc_version), &library) != 0 &&
+           dladdr(reinterpret_cast<void *>(address), &found) != 0 && found.dli_fbase == library.dli_fbase &&
+           std::strstr(library.dli_fname, "libc.so");
+}
+
+/* The instruction that faulted, or, where that is the C library's, as memcpy's are, or has no debug information, the nearest call
+   of which neither is true. */
 source_place place_of_fault(uintptr_t instruction)
 {
     struct walk {
@@ -53,7 +65,7 @@ source_place place_of_fault(uintptr_t instruction)
         bool has_begun;
     };
     walk out = {instruction, source_of(reinterpret_cast<place>(instruction + 1)), false};
-    if (out.found.has_line)
+    if (out.found.has_line && !is_in_c_library(instruction))
         return out.found;
     _Unwind_Backtrace(
         [](_Unwind_Context *frame, void *argument) {
@@ -61,7 +73,8 @@ source_place place_of_fault(uintptr_t instruction)
             const uintptr_t at = _Unwind_GetIP(frame);
             const bool was_called = to->has_begun;
             to->has_begun |= at == to->from;
-            const source_place caller = was_called ? source_of(reinterpret_cast<place>(at)) : source_place{};
+            const source_place caller =
+                was_called && !is_in_c_library(at) ? source_of(reinterpret_cast<place>(at)) : source_place{};
             if (caller.has_line)
                 to->found = caller;
             return caller.has_line ? _URC_END_OF_STACK : _URC_NO_REASON;

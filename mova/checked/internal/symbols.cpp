@@ -159,12 +159,25 @@ private:
         return attribute_(die, attribute, &found) && number_(&found, &number) == 0;
     }
 
+    /* What the attributes say of the scope, as far as they are there. */
+    void take_place(Dwarf_Die *unit, Dwarf_Die *scope, unsigned in_file, unsigned at_line, const char *&file, int &line)
+    {
+        Dwarf_Word number = 0;
+        if (number_of(scope, at_line, number))
+            line = static_cast<int>(number);
+        Dwarf_Files *files = nullptr;
+        if (number_of(scope, in_file, number) && files_(unit, &files, nullptr) == 0) {
+            if (const char *const named = filesrc_(files, static_cast<size_t>(number), nullptr, nullptr))
+                file = named;
+        }
+    }
+
     /* From the innermost scope outwards: the function that the line is in, and while that is the typed layer's, the one that
        it was put into. */
     void look_at_scopes(Dwarf_Die *unit, Dwarf_Addr address, const char *&name, const char *&file, int &line)
     {
         constexpr int inlined_subroutine = 0x1d, subprogram = 0x2e;
-        constexpr unsigned call_file = 0x58, call_line = 0x59;
+        constexpr unsigned call_file = 0x58, call_line = 0x59, decl_file = 0x3a, decl_line = 0x3b;
         /* The scopes around the code of the innermost. Those of the first way are around its source. */
         Dwarf_Die *innermost = nullptr, *scopes = nullptr;
         const int count = getscopes_(unit, address, &innermost) > 0 ? getscopes_of_(innermost, &scopes) : 0;
@@ -174,15 +187,20 @@ private:
                 continue;
             if (const char *const own = diename_(&scopes[i]))
                 name = own;
-            Dwarf_Word number = 0;
-            if (tag == subprogram || !is_in_layer(file) || !number_of(&scopes[i], call_line, number))
+            if (!is_in_layer(file))
                 break;
-            line = static_cast<int>(number);
-            Dwarf_Files *files = nullptr;
-            if (number_of(&scopes[i], call_file, number) && files_(unit, &files, nullptr) == 0) {
-                if (const char *const caller = filesrc_(files, static_cast<size_t>(number), nullptr, nullptr))
-                    file = caller;
+            if (tag == subprogram) {
+                const char *own_file = file;
+                int own_line = line;
+                take_place(unit, &scopes[i], decl_file, decl_line, own_file, own_line);
+                /* A compiler has lost the steps: the function's own place is what is left. */
+                if (!is_in_layer(own_file)) {
+                    file = own_file;
+                    line = own_line;
+                }
+                break;
             }
+            take_place(unit, &scopes[i], call_file, call_line, file, line);
         }
         std::free(scopes);
         std::free(innermost);
