@@ -24,7 +24,9 @@ expect(0 ".*usage: atlas FILE.*--width N.*" ARGUMENTS demo --help)
 expect(0 "usage: ./dev COMMAND.*" ARGUMENTS --help)
 expect(1 "dev: no such command: tset [^\n]*\n" ARGUMENTS tset)
 expect(1 "dev: check takes no arguments\n" ARGUMENTS check everything)
-expect(1 "dev: no such room: attic [^\n]*\n" ARGUMENTS test attic)
+foreach(room attic fuzz . "arrays lists")
+    expect(1 "dev: no such room: ${room} [(]there are: arrays c_api [^\n]*\n" ARGUMENTS test "${room}")
+endforeach()
 
 # The map's options are looked at before anything is built.
 expect(1 "dev: demo has no option --widht [^\n]*\n" ARGUMENTS demo --widht 64)
@@ -36,6 +38,9 @@ expect(1 "dev: --cache-budget takes a whole number from 32768 to 536870912, not 
 
 expect(1 "dev: bench --against needs a commit\n" ARGUMENTS bench --against)
 expect(1 "dev: bench --against: there is no commit yesterday\n" ARGUMENTS bench --against yesterday)
+foreach(word L99 1e6 --slow --against .)
+    expect(1 "dev: bench has no row or option ${word} [^\n]*\n" ARGUMENTS bench L1 ${word})
+endforeach()
 
 # A place that nobody can write to.
 expect(1 "dev: /proc/nowhere cannot be written to: set MOVA_BUILD_DIR to a directory of your own\n"
@@ -54,6 +59,13 @@ expect(1 "dev: missing, by Debian's names: clang-format\; there is no apt-get he
        PATH=${bare} ARGUMENTS format)
 expect(1 "dev: missing, by Debian's names: cmake g.. libpng-dev ninja-build nlohmann-json3-dev\; [^\n]*\n"
        PATH=${bare} ARGUMENTS demo)
+
+# The script may be called by a link.
+file(CREATE_LINK ${DEV} ${place}/link SYMBOLIC)
+execute_process(COMMAND ${place}/link test attic ERROR_VARIABLE said)
+if(NOT said MATCHES "^dev: no such room: attic [(]there are: arrays c_api ")
+    message(SEND_ERROR "by a link ./dev said:\n${said}")
+endif()
 
 # tool(<name> [<script>]): one tool more, from wherever.
 function(tool name)
