@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <mutex>
 #include <type_traits>
 
@@ -109,8 +110,8 @@ private:
         take(lineno_, "dwarf_lineno");
         take(find_elf_, "dwfl_linux_proc_find_elf");
         take(find_debuginfo_, "dwfl_standard_find_debuginfo");
-        take(getscopes_, "dwarf_getscopes");
-        take(getscopes_of_, "dwarf_getscopes_die");
+        take(child_, "dwarf_child");
+        take(sibling_, "dwarf_siblingof");
         take(tag_, "dwarf_tag");
         take(attribute_, "dwarf_attr_integrate");
         take(diename_, "dwarf_diename");
@@ -172,27 +173,50 @@ private:
         }
     }
 
+    static constexpr int inlined_subroutine = 0x1d, subprogram = 0x2e, lexical_block = 0x0b, namespace_of_names = 0x39;
+
+    struct scope_chain {
+        Dwarf_Die scopes[32]; /* the function, and what was put into it, each into the one before */
+        int count;
+    };
+
+    /* The scopes of the code at the address. (libdw's own search does not look into namespaces, and leaves the code for the source
+       where it comes to what was put in.) */
+    void find_scopes(Dwarf_Die *in, Dwarf_Addr address, scope_chain &found)
+    {
+        Dwarf_Die each;
+        const int around = found.count;
+        for (int more = child_(in, &each); more == 0 && found.count == around; more = sibling_(&each, &each)) {
+            const int tag = tag_(&each);
+            const bool is_code = tag == subprogram || tag == inlined_subroutine || tag == lexical_block;
+            if (tag == namespace_of_names)
+                find_scopes(&each, address, found);
+            else if (is_code && found.count < static_cast<int>(std::size(found.scopes)) && haspc_(&each, address) > 0) {
+                if (tag != lexical_block)
+                    found.scopes[found.count++] = each;
+                return find_scopes(&each, address, found);
+            }
+        }
+    }
+
     /* From the innermost scope outwards: the function that the line is in, and while that is the typed layer's, the one that
        it was put into. */
     void look_at_scopes(Dwarf_Die *unit, Dwarf_Addr address, const char *&name, const char *&file, int &line)
     {
-        constexpr int inlined_subroutine = 0x1d, subprogram = 0x2e;
         constexpr unsigned call_file = 0x58, call_line = 0x59, decl_file = 0x3a, decl_line = 0x3b;
-        /* The scopes around the code of the innermost. Those of the first way are around its source. */
-        Dwarf_Die *innermost = nullptr, *scopes = nullptr;
-        const int count = getscopes_(unit, address, &innermost) > 0 ? getscopes_of_(innermost, &scopes) : 0;
-        for (int i = 0; i < count; ++i) {
-            const int tag = tag_(&scopes[i]);
-            if (tag != inlined_subroutine && tag != subprogram)
-                continue;
-            if (const char *const own = diename_(&scopes[i]))
+        scope_chain around = {};
+        find_scopes(unit, address, around);
+        for (int i = around.count - 1; i >= 0; --i) {
+            Dwarf_Die *const scope = &around.scopes[i];
+            const int tag = tag_(scope);
+            if (const char *const own = diename_(scope))
                 name = own;
             if (!is_in_layer(file))
                 break;
             if (tag == subprogram) {
                 const char *own_file = file;
                 int own_line = line;
-                take_place(unit, &scopes[i], decl_file, decl_line, own_file, own_line);
+                take_place(unit, scope, decl_file, decl_line, own_file, own_line);
                 /* A compiler has lost the steps: the function's own place is what is left. */
                 if (!is_in_layer(own_file)) {
                     file = own_file;
@@ -200,10 +224,8 @@ private:
                 }
                 break;
             }
-            take_place(unit, &scopes[i], call_file, call_line, file, line);
+            take_place(unit, scope, call_file, call_line, file, line);
         }
-        std::free(scopes);
-        std::free(innermost);
     }
 
     std::recursive_mutex mutex_;
@@ -224,8 +246,8 @@ private:
     decltype(&dwarf_lineno) lineno_ = nullptr;
     decltype(&dwfl_linux_proc_find_elf) find_elf_ = nullptr;
     decltype(&dwfl_standard_find_debuginfo) find_debuginfo_ = nullptr;
-    decltype(&dwarf_getscopes) getscopes_ = nullptr;
-    decltype(&dwarf_getscopes_die) getscopes_of_ = nullptr;
+    decltype(&dwarf_child) child_ = nullptr;
+    decltype(&dwarf_siblingof) sibling_ = nullptr;
     decltype(&dwarf_tag) tag_ = nullptr;
     decltype(&dwarf_attr_integrate) attribute_ = nullptr;
     decltype(&dwarf_diename) diename_ = nullptr;
