@@ -132,7 +132,7 @@ given find_elsewhere(const void *bytes)
     return find_large(bytes);
 }
 
-given take_large(size_t size)
+given take_large(size_t size, const void *made)
 {
     const bool fits = size <= PTRDIFF_MAX - before_large - sizeof guard_word - 15;
     auto *const whole = static_cast<char *>(mova_plain_MM_alloc_item(fits ? whole_size(size) : size));
@@ -141,6 +141,7 @@ given take_large(size_t size)
     const given taken = large_block(number_of(whole) + before_large);
     *taken.record() = {};
     taken.record()->noted.of_host = given::large_mark;
+    taken.begin(size, made);
     const lock held;
     large_blocks.insert(
         number_of(taken.bytes()), [](const large_slot &) { return true; }, [](const large_slot &) {});

@@ -274,8 +274,8 @@ inline given find_block(const void *bytes)
     return record ? given(static_cast<char *>(const_cast<void *>(bytes)), record) : given();
 }
 
-/* A large block; null where the system has no memory, which is reported by then. Takes the lock itself. */
-given take_large(size_t size);
+/* A large block, which has begun; null where the system has no memory, which is reported by then. Takes the lock itself. */
+given take_large(size_t size, const void *made);
 
 /* Gives it back to the ordinary service. Takes the lock itself. */
 void give_back_large(given block);

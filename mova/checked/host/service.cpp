@@ -181,18 +181,17 @@ __attribute__((always_inline)) inline void release(given block, size_t size, con
         let_one_go();
 }
 
+/* What lives is whole when others are told of it: under the lock. */
 __attribute__((always_inline)) inline given allocate(size_t size, const void *where)
 {
-    given block;
     if (size <= largest_small) {
         const lock held;
-        block = take_small(size);
+        if (const given small = take_small(size)) {
+            small.begin(size, where);
+            return small;
+        }
     }
-    if (!block)
-        block = take_large(size);
-    if (block)
-        block.begin(size, where);
-    return block;
+    return take_large(size, where);
 }
 
 /* The memory that is wrong is left where it is; a wrong size is put right. */
