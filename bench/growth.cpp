@@ -15,8 +15,9 @@
 namespace growth {
 namespace {
 
-/* From here on times are processor time, which takes a call of the system to read, and memory is counted by pages. */
-constexpr size_t many_items = 10000;
+/* So many operations are timed by processor time, which takes a call of the system to read; and the memory of so many items
+   is told by pages. */
+constexpr size_t many = 10000;
 constexpr double second = 1e9;
 
 struct family {
@@ -147,20 +148,20 @@ double most_of(const family &of)
 
 } // namespace
 
-double life::now() const
+double life::now(size_t operations)
 {
-    return clock_time(items_ < many_items ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID);
+    return clock_time(operations < many ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID);
 }
 
 double life::resident() const
 {
-    return first_ && items_ >= many_items ? heaps::resident_bytes() : 0;
+    return first_ && items_ >= many ? heaps::resident_bytes() : 0;
 }
 
 void life::note(const char *operation, double nanoseconds, size_t operations)
 {
     static const double of_nothing = time_of_nothing();
-    const double of_clock = items_ < many_items ? of_nothing : 0;
+    const double of_clock = operations < many ? of_nothing : 0;
     times_[operation].push_back(std::max(nanoseconds - of_clock, 0.0) / static_cast<double>(operations));
 }
 

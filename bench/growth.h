@@ -52,10 +52,10 @@ public:
     template <class Work>
     void once(const char *operation, size_t operations, const Work &work)
     {
-        const double start = now();
+        const double start = now(operations);
         work();
         benchmark::ClobberMemory();
-        note(operation, now() - start, operations);
+        note(operation, now(operations) - start, operations);
     }
 
     /* Times work that leaves everything as it was; it is done more than once where it is short. */
@@ -63,18 +63,18 @@ public:
     void repeat(const char *operation, size_t operations, const Work &work)
     {
         const size_t times = 1 + enough_operations / operations;
-        const double start = now();
+        const double start = now(operations * times);
         for (size_t i = 0; i < times; ++i) {
             work();
             benchmark::ClobberMemory();
         }
-        note(operation, now() - start, operations * times);
+        note(operation, now(operations * times) - start, operations * times);
     }
 
 private:
     static constexpr size_t enough_operations = 10000;
 
-    double now() const;
+    static double now(size_t operations);
     double resident() const;
     void note(const char *operation, double nanoseconds, size_t operations);
     void note_bytes(double bytes);
