@@ -91,7 +91,7 @@ struct contender {
 };
 
 /* Registers a family by its name in cmake/families.cmake. Ours is the first contender. The result means nothing. */
-bool add(const char *family, const std::vector<contender> &contenders);
+bool add(const char *name, const std::vector<contender> &contenders);
 
 /* Measures the families that the words name, or all, and prints a line FAMILY,OPERATION,CONTENDER,ITEMS,FIGURE for each
    figure. A number among the words is the most items that there are to be. Returns the program's exit code. */
