@@ -112,12 +112,13 @@ static void take(std::vector<std::string> &names, const Option &option, const st
     const std::string name = std::string("--") + option.name;
     if (value.starts_with("--"))
         throw Error(name + " needs names of countries, and is followed by " + value);
+    const Error refusal(name + " takes names of countries, with a comma between them, not " + value);
     for (std::size_t start = 0, comma = 0; comma != std::string::npos; start = comma + 1) {
         comma = value.find(',', start);
         const std::string each = value.substr(start, comma - start);
         const std::size_t first = each.find_first_not_of(' ');
         if (first == std::string::npos)
-            throw Error(name + " takes names of countries, with a comma between them, not " + value);
+            throw refusal;
         names.push_back(each.substr(first, each.find_last_not_of(' ') + 1 - first));
     }
 }
