@@ -62,12 +62,16 @@ private:
             if (items_[next_].end_row() > top)
                 active_.push_back(std::uint64_t{items_[next_].layer} << 32 | next_);
         }
-        std::sort(active_.begin() + known, active_.end());
-        std::inplace_merge(active_.begin(), active_.begin() + known, active_.end());
+        const auto added = active_.begin() + known;
+        std::sort(added, active_.end());
+        merged_.resize(active_.size());
+        std::merge(active_.begin(), added, added, active_.end(), merged_.begin());
+        active_.swap(merged_);
     }
 
     std::vector<Item> items_;           /* by their first rows */
     std::vector<std::uint64_t> active_; /* by layers: a layer, and the number of an item */
+    std::vector<std::uint64_t> merged_; /* room for the next of these */
     std::size_t next_ = 0;              /* the first item that has not been reached */
     int top_ = 0;
 };

@@ -380,7 +380,7 @@ public:
     /* ---- maintenance ---- */
 
     /* Puts the items in order again after their keys were changed: the nodes and all else stay, equal items keep their order,
-       as by GT_sort. O(n log n), with room for n pointers from the standard library; O(n), without, where they are in order
+       as by GT_sort. O(n log n), with room for 2n pointers from the standard library; O(n), without, where they are in order
        already. After an exception nothing has changed. */
     void sort()
     {
@@ -390,7 +390,7 @@ public:
         std::vector<void *> items;
         for (const GT_tree_item *at = this->first(); at; at = at->next)
             items.push_back(at->item);
-        std::stable_sort(items.begin(), items.end(), [](void *a, void *b) { return compare(a, b) < 0; });
+        merge_sort(items);
         auto next = items.begin();
         for (GT_tree_item *at = this->first(); at; at = at->next)
             at->item = *next++;
@@ -421,6 +421,21 @@ private:
     GT_tree_item *found(const Key &key) const
     {
         return tree_steps::search(*get(), order_for(key));
+    }
+    /* Merges runs in order, each time twice as long. (std::stable_sort asks for its room in a way that compilers warn of.) */
+    static void merge_sort(std::vector<void *> &items)
+    {
+        std::vector<void *> merged(items.size());
+        const auto last = items.end() - items.begin();
+        for (std::ptrdiff_t run = 1; run < last; run *= 2) {
+            for (std::ptrdiff_t from = 0; from < last; from += 2 * run) {
+                const auto begin = items.begin();
+                const auto middle = std::min(from + run, last), to = std::min(middle + run, last);
+                std::merge(begin + from, begin + middle, begin + middle, begin + to, merged.begin() + from,
+                           [](void *a, void *b) { return compare(a, b) < 0; });
+            }
+            items.swap(merged);
+        }
     }
     /* A node, or the end, from which it can be stepped back. */
     iterator bound(GT_tree_item *at) noexcept { return at ? iterator(at) : this->end(); }
