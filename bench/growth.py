@@ -93,8 +93,8 @@ def cache_marks(curves_of_bytes, most):
 
 def plot_of(title, curves):
     text, data = f"set title '{title}' font ',12' offset 0,-0.6 noenhanced\n", ""
-    lowest = min(figure for curve in curves.values() for figure in curve.values() if figure > 0)
-    highest = max(figure for curve in curves.values() for figure in curve.values())
+    figures = [figure for curve in curves.values() for figure in curve.values() if figure > 0] or [1]
+    lowest, highest = min(figures), max(figures)
     text += f"set yrange [{lowest / 2:.3g}:{highest * 8:.3g}]\nplot "
     for i, (contender, curve) in enumerate(curves.items()):
         text += f"'-' with lines lw {2.5 if i == 0 else 1.3} lc rgb '{COLOURS[i]}' title '{contender}', "
@@ -117,7 +117,7 @@ def tidied(svg):
 
 
 def draw(family, operations, path):
-    most = max(items for curves in operations.values() for curve in curves.values() for items in curve)
+    most = max(100, *(items for curves in operations.values() for curve in curves.values() for items in curve))
     rows = (len(operations) + 1) // 2
     height = 250 * rows
     script = SETTINGS.format(width=840, height=height, rows=rows, most=most, bottom=30 / height, top=1 - 25 / height,
