@@ -57,7 +57,7 @@ double taken_time(const run &what, const std::string &arguments)
 using measure = double (*)(const run &, const std::string &arguments);
 
 /* One program's time divided by another's, which runs right before. */
-scoreboard::measured_work ratio(measure time, run above, run below, std::string arguments)
+scoreboard::measured_work ratio(measure time, const run &above, const run &below, const std::string &arguments)
 {
     return [=] {
         const double ordinary = time(below, arguments);

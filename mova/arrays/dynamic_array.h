@@ -181,7 +181,8 @@ DA_iterator DA_tested_items(DA_array *array, DA_test test) __attribute__((nonnul
    appended since are not delivered, and indices that have gone since are passed over. Linear in the number of rejected
    elements.
    Deliberately, for each index that is passed over the test is asked once more about the element that it rejected last
-   in this call. An element that the test throws or jumps for has been passed, and `*item` points to it. To walk down, a caller sets `forward` to 0, `current` to the upper index and `last` to the lower. */
+   in this call. An element that the test throws or jumps for has been passed, and `*item` points to it. To walk down, a
+   caller sets `forward` to 0, `current` to the upper index and `last` to the lower. */
 int DA_next(DA_iterator *iterator, void **item) __attribute__((nonnull(1, 2)));
 
 /* ---- reordering ---- */

@@ -51,9 +51,9 @@
    Ownership: the cache owns its entries, and a block while its handle stands in one. The items, and blocks that were
    taken with cc_alloc, are the caller's. A cache's head is never freed: there is no release function.
 
-   The callbacks run inside the cache's calls and have no result that is read, but the size. A write-back must not
-   remove entries of the same cache, nor a fetch its own entry. Only cc_alloc raises, and so does cc_get, which calls it. A null cache, and an entry
-   of another cache, are undefined. One thread at a time.
+   The callbacks run inside the cache's calls and have no result that is read, but the size. A write-back must not remove
+   entries of the same cache, nor a fetch its own entry. Only cc_alloc raises, and so does cc_get, which calls it. A null
+   cache, and an entry of another cache, are undefined. One thread at a time.
 
    Failures: an exception or a jump, out of a callback, the pool, the memory service, the debug output or a raise, passes
    through, and the cache is unchanged, where a function does not say otherwise. It is usable in every case, and nothing

@@ -722,10 +722,12 @@ Container to(Range &&range)
 {
     if constexpr (std::constructible_from<Container, Range>)
         return Container(std::forward<Range>(range));
-    else
+    else {
         static_assert(never<Container, Range>,
                       "mova::to: the container cannot be made of this range: what that delivers does "
                       "not convert to what this holds");
+        __builtin_unreachable();
+    }
 }
 
 } // namespace mova

@@ -36,8 +36,9 @@
    detects this. To remove while walking, collect the keys first.
 
    The table doubles when a new key comes at seven eighths, and halves when a removal leaves less than a quarter. It has
-   2^30 slots at most: a key that comes when those are full by seven eighths (939,524,096 keys) is undefined. A resize puts the entries into the new arrays in the order of the old slots. The same calls lead to the same words in
-   the same slots on every platform, as long as the keys fit into its word.
+   2^30 slots at most: a key that comes when those are full by seven eighths (939,524,096 keys) is undefined. A resize
+   puts the entries into the new arrays in the order of the old slots. The same calls lead to the same words in the same
+   slots on every platform, as long as the keys fit into its word.
 
    Choosing the maximum shift. Searches are quick as long as the keys spread over all home slots. Take the number of low
    bits that are the same in all keys:

@@ -26,6 +26,7 @@ constexpr int64_t of_null = -1, of_released = -2, of_nan = -3, of_word = -4, fir
 void trace::begin_run()
 {
     names_.clear();
+    words_.clear();
     others_ = 0;
 }
 
@@ -101,6 +102,12 @@ int64_t trace::name_of(uint64_t address)
     return number;
 }
 
+/* By chance it may be an address as well. */
+int64_t trace::name_of_word(uint64_t word)
+{
+    return words_.try_emplace(word, first_name - 1 - static_cast<int64_t>(words_.size())).first->second;
+}
+
 void trace::put(int64_t number)
 {
     if (prints_)
@@ -125,7 +132,7 @@ void trace::put_address(const void *address)
 void trace::put_word(int64_t word)
 {
     const bool is_number = word >= -most_of_a_number && word <= most_of_a_number;
-    put(is_number ? word : name_of(static_cast<uint64_t>(word)));
+    put(is_number ? word : name_of_word(static_cast<uint64_t>(word)));
 }
 
 /* Of elements: those of a word's size are as large here and elsewhere. */
@@ -156,7 +163,7 @@ void trace::put_elements(const void *first, std::size_t size, std::size_t count)
 void trace::put_bits(uint64_t bits)
 {
     const bool is_nan = std::isnan(std::bit_cast<double>(bits));
-    put(bits == 0 ? 0 : is_nan ? of_nan : name_of(bits));
+    put(bits == 0 ? 0 : is_nan ? of_nan : name_of_word(bits));
 }
 
 void trace::fields_of(const GL_node &node)

@@ -152,6 +152,7 @@ private:
 
     bool note_reached(const void *record);
     int64_t name_of(uint64_t address);
+    int64_t name_of_word(uint64_t word);
     void put(int64_t number);
     void put_text(std::string_view text);
     void put_address(const void *address);
@@ -163,6 +164,7 @@ private:
     const bool prints_;
     uint64_t digest_ = 0xcbf29ce484222325, calls_ = 0;
     std::unordered_map<uint64_t, name> names_;
+    std::unordered_map<uint64_t, int64_t> words_;
     int64_t others_ = 0; /* of them, not of blocks */
     std::vector<waiting_record> waiting_;
     std::string line_;

@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: MIT */
-/* Bodies of functions of mova/arrays/id_lookup_table.h, where their contracts are. mova/frame/inline.h says what the marks mean. */
+/* Bodies of functions of mova/arrays/id_lookup_table.h, where their contracts are. mova/frame/inline.h says what the marks
+   mean. */
 #ifndef MOVA_ARRAYS_INLINE_ID_LOOKUP_TABLE_H
 #define MOVA_ARRAYS_INLINE_ID_LOOKUP_TABLE_H
 

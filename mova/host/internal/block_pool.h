@@ -10,7 +10,8 @@
        gap:  3   0    3    0
 
    A handle is the next number of a counter whose place in the table, its low bits, is free. Three tables side by side have
-   one entry a place: what mb_get needs, the rest, and what only large gaps need. When they grow, each handle goes to where its low bits say now.
+   one entry a place: what mb_get needs, the rest, and what only large gaps need. When they grow, each handle goes to where
+   its low bits say now.
 
    Invariants:
      1. A live handle stands in its place, and a place that is free has the handle 0. Place 0 is the origin's; it bears
