@@ -13,10 +13,6 @@
 #include <cstring>
 #include <mutex>
 
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#endif
-
 namespace mova::checked {
 
 /* The service's own lock; it is taken only where there are threads. */
@@ -38,15 +34,6 @@ public:
     static std::mutex mutex;
 
 private:
-    static bool has_one_thread()
-    {
-#if __has_include(<sys/single_threaded.h>)
-        return __libc_single_threaded;
-#else
-        return false;
-#endif
-    }
-
     bool locked_;
 };
 

@@ -17,10 +17,6 @@
 
 #include "blocks.h"
 
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#endif
-
 namespace mova::checked {
 
 /* A family of containers, as reports name it. */
@@ -77,14 +73,6 @@ public:
     registry_lock &operator=(const registry_lock &) = delete;
 
 private:
-    static bool has_one_thread()
-    {
-#if __has_include(<sys/single_threaded.h>)
-        return __libc_single_threaded;
-#else
-        return false;
-#endif
-    }
     static void lock();
     static void unlock();
 
