@@ -29,8 +29,8 @@ struct Character {
 Character first_character(std::string_view text);
 
 /* Returns the text as a terminal may be given it: one plain line, written from one side to the other. A question mark stands
-   for each control character, of 7 or 8 bits, for each that breaks lines or turns the direction, and for each byte that is
-   no UTF-8. */
+   for each control character, of 7 or 8 bits, for each that breaks lines, for each format character, joiners of letters and
+   marks of the direction among them, and for each byte that is no UTF-8. */
 std::string printable(std::string_view text);
 
 /* Called with a long step's name, how much of it is done, and how much there is. Steps call it often; whoever listens decides

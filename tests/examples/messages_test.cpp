@@ -2,6 +2,7 @@
 #include "messages.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -9,7 +10,7 @@
 #include <gtest/gtest.h>
 
 using atlas::ProgressLine;
-using namespace std::chrono_literals;
+using namespace std::literals;
 
 namespace {
 
@@ -36,6 +37,11 @@ protected:
     std::FILE *out_ = open_memstream(&text_, &size_);
     ProgressLine::Time now_{};
 };
+
+std::string utf8(char32_t code_point)
+{
+    return std::filesystem::path(std::u32string(1, code_point)).string();
+}
 
 } // namespace
 
@@ -111,8 +117,8 @@ TEST(Printable, IsOnePlainLine)
          "2J",
          "?2J"},
         {"\u061c\u200e\u200f\u202a\u202b\u202c\u202d\u202e\u2066\u2067\u2068\u2069", "????????????"},
-        {"\u200d\u2010\u2027\u2028\u2029\u2030\u206a", "\u200d\u2010\u2027??\u2030\u206a"},
-        {"a\u00ad\u180e\u200b\u200c\u2060\ufeff\ufff9\U000e0041b", "a???\u200c????b"},
+        {"\u200d\u2010\u2027\u2028\u2029\u2030\u206a", "?\u2010\u2027??\u2030?"},
+        {"a\u00ad\u180e\u200b\u200c\u2060\ufeff\ufff9\U000e0041b", "a????????b"},
         {"\xed\xa0\x80\xf4\x90\x80\x80", "???????"},
         {"\xc3", "?"},
         {"\xe2\x80", "??"},
@@ -121,4 +127,31 @@ TEST(Printable, IsOnePlainLine)
         {"\xff", "?"}};
     for (const auto &[text, plain] : cases)
         EXPECT_EQ(plain, atlas::printable(text));
+}
+
+/* Every character of Unicode 15 that is a control, a separator of lines or paragraphs, or a format character. */
+TEST(Printable, LeavesOutEveryFormatCharacter)
+{
+    const std::u32string_view acted_upon =
+        U"\u00ad\u0600\u0601\u0602\u0603\u0604\u0605\u061c\u06dd\u070f\u0890\u0891\u08e2\u180e"
+        U"\u200b\u200c\u200d\u200e\u200f\u2028\u2029\u202a\u202b\u202c\u202d\u202e\u2060\u2061\u2062\u2063\u2064"
+        U"\u2066\u2067\u2068\u2069\u206a\u206b\u206c\u206d\u206e\u206f\ufeff\ufff9\ufffa\ufffb\U000110bd\U000110cd";
+    const std::pair<char32_t, char32_t> ranges[] = {{0, 0x1f},          {0x7f, 0x9f},       {0x13430, 0x1343f},
+                                                    {0x1bca0, 0x1bca3}, {0x1d173, 0x1d17a}, {0xe0001, 0xe0001},
+                                                    {0xe0020, 0xe007f}};
+    std::u32string all(acted_upon);
+    for (const auto &[first, last] : ranges) {
+        for (char32_t each = first; each <= last; ++each)
+            all += each;
+    }
+    for (const char32_t each : all)
+        EXPECT_EQ("?", atlas::printable(utf8(each))) << std::hex << static_cast<std::uint32_t>(each);
+}
+
+TEST(Printable, KeepsEveryLetterBesideThem)
+{
+    for (const char32_t each : U"\u00a0\u00ac\u00ae\u0606\u061b\u061e\u06dc\u06de\u070d\u0710\u0892\u08e1\u08e3\u180b"
+                               U"\u200a\u2010\u2027\u202f\u205f\u2070\ufe70\ufffc\ufffd\U000110be\U00013440"
+                               U"\U0001bc9f\U0001d172\U0001d17b\U000e0100"sv)
+        EXPECT_EQ(utf8(each), atlas::printable(utf8(each))) << std::hex << static_cast<std::uint32_t>(each);
 }
