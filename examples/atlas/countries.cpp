@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 #include "countries.h"
 
+#include <cctype>
 #include <cinttypes>
 #include <numeric>
 #include <utility>
@@ -25,15 +26,11 @@ NameIndex index_by_name(const Topology &topology)
     return index;
 }
 
-static char lower(char letter)
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 /* How many letters have to be put in, left out or exchanged to make one name of the other, upper and lower case alike. Entry i
    of the row is that of the first i letters of `a` and as many of `b` as were looked at. */
 static std::size_t distance(std::string_view a, std::string_view b)
 {
+    const auto lower = [](char letter) { return std::tolower(static_cast<unsigned char>(letter)); };
     std::vector<std::size_t> row(a.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
     for (const char each : b) {

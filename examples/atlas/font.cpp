@@ -2,6 +2,7 @@
 #include "labels.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 
 namespace atlas {
@@ -49,7 +50,7 @@ std::string as_glyphs(std::string_view text)
             result += pair == pairs.npos ? std::string_view(&letter, 1) : both_capitals[pair];
         } else {
             const char letter = bytes == 1 ? text[0] : unknown_glyph;
-            result += glyphs[place_of(letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter)];
+            result += glyphs[place_of(static_cast<char>(std::toupper(static_cast<unsigned char>(letter))))];
         }
     }
     return result;

@@ -48,54 +48,44 @@ static int first_row(std::int64_t level, Grid grid)
     return middle(row, grid) < level ? row + 1 : row;
 }
 
-/* Crossings come in pairs, for every shape is closed. */
-static Row row_between(std::vector<int> &crossings, Grid grid)
-{
-    std::sort(crossings.begin(), crossings.end());
-    const auto column = [=](int right) { return std::int64_t{right} * grid.map.width; };
-    Row row;
-    for (std::size_t i = 1; i < crossings.size(); i += 2) {
-        const Columns inside = {static_cast<int>(ceil_divided(column(crossings[i - 1]), globe * grid.cell)),
-                                static_cast<int>(floor_divided(column(crossings[i]), globe * grid.cell))};
-        if (inside.width() > 0)
-            row.push_back(inside);
-    }
-    return row;
-}
-
 /* Takes the rows that the polygon's sides cross off `crossings_left`. Where there are too many, nothing is inside. */
 static Interior interior_of(const Polygon &polygon, Grid grid, std::int64_t &crossings_left)
 {
     const auto place = [](Point point) {
         return Pixel{static_cast<int>(point.longitude + globe / 2), static_cast<int>(globe / 4 - point.latitude)};
     };
-    std::vector<Side> sides;
-    int top = grid.map.height, bottom = 0;
+    /* Calls `visit` with each side, the first row that it crosses, and the one behind the last. */
+    const auto visit_sides = [&, shapes = shapes_of(polygon)](auto visit) {
+        for_each_side(shapes, [&](Point from, Point to) {
+            if (from.latitude < to.latitude)
+                std::swap(from, to);
+            const Side side = {place(from), place(to)};
+            visit(side, first_row(side.from.y, grid), first_row(side.to.y, grid));
+        });
+    };
     std::int64_t crossed = 0;
-    const std::int64_t most = std::min(crossings_left, most_crossings);
-    for_each_side(shapes_of(polygon), [&](Point from, Point to) {
-        if (from.latitude < to.latitude)
-            std::swap(from, to);
-        const Side side = {place(from), place(to)};
-        const int first = first_row(side.from.y, grid), end = first_row(side.to.y, grid);
-        crossed += end - first;
-        if (first == end || crossed > most)
-            return;
-        sides.push_back(side);
-        top = std::min(top, first);
-        bottom = std::max(bottom, end);
-    });
-    if (crossed == 0 || crossed > most)
+    visit_sides([&](const Side &, int first, int end) { crossed += end - first; });
+    if (crossed == 0 || crossed > std::min(crossings_left, most_crossings))
         return {};
     crossings_left -= crossed;
-    std::vector<std::vector<int>> crossings(static_cast<std::size_t>(bottom - top));
-    for (const Side &side : sides) {
-        for (int row = first_row(side.from.y, grid); row < first_row(side.to.y, grid); ++row)
-            crossings[static_cast<std::size_t>(row - top)].push_back(side.crossing(middle(row, grid)));
+
+    std::vector<std::pair<int, int>> crossings; /* a row, and how far to the right */
+    visit_sides([&](const Side &side, int first, int end) {
+        for (int row = first; row < end; ++row)
+            crossings.emplace_back(row, side.crossing(middle(row, grid)));
+    });
+    std::sort(crossings.begin(), crossings.end());
+    /* They come in pairs, for every shape is closed. */
+    const auto column = [=](int right) { return std::int64_t{right} * grid.map.width; };
+    Interior interior = {crossings.front().first, {}};
+    interior.rows.resize(static_cast<std::size_t>(crossings.back().first - interior.top + 1));
+    for (std::size_t i = 1; i < crossings.size(); i += 2) {
+        const auto [row, right] = crossings[i];
+        const Columns inside = {static_cast<int>(ceil_divided(column(crossings[i - 1].second), globe * grid.cell)),
+                                static_cast<int>(floor_divided(column(right), globe * grid.cell))};
+        if (inside.width() > 0)
+            interior.rows[static_cast<std::size_t>(row - interior.top)].push_back(inside);
     }
-    Interior interior = {top, {}};
-    for (std::vector<int> &each : crossings)
-        interior.rows.push_back(row_between(each, grid));
     return interior;
 }
 

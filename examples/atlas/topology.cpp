@@ -25,7 +25,6 @@ struct Reader {
     using iterator_category = std::input_iterator_tag;
     using value_type = char;
     using difference_type = std::ptrdiff_t;
-    using pointer = const char *;
     using reference = char;
 
     static constexpr std::size_t report_every = 65536;
@@ -277,21 +276,17 @@ public:
         if (geometry.is_null())
             return;
         const json &type = member(geometry, "type", "a geometry");
-        if (type == "GeometryCollection")
-            read_collection(geometry, depth);
-        else if (!type.is_null() && type != "Point" && type != "MultiPoint")
+        if (type == "GeometryCollection") {
+            if (depth >= deepest_collection)
+                throw Error("geometry collections are nested too deep");
+            for (const json &each : array(member(geometry, "geometries", "a collection"), "\"geometries\""))
+                read(each, depth + 1);
+        } else if (!type.is_null() && type != "Point" && type != "MultiPoint") {
             read_country(geometry, type);
+        }
     }
 
 private:
-    void read_collection(const json &collection, int depth)
-    {
-        if (depth >= deepest_collection)
-            throw Error("geometry collections are nested too deep");
-        for (const json &each : array(member(collection, "geometries", "a collection"), "\"geometries\""))
-            read(each, depth + 1);
-    }
-
     void read_country(const json &geometry, const json &type)
     {
         auto country = std::make_unique<Country>();
