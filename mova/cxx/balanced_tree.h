@@ -223,6 +223,7 @@ public:
         return order < 0 ? -1 : order > 0 ? 1 : 0;
     }
 
+    /* A cursor from the first item on: see above. It takes memory from the host. */
     auto positions() & { return tree_cursor<T>(GT_all_items(get())); }
     template <class... None>
     auto positions(None...) &&
@@ -368,6 +369,7 @@ public:
         return removed;
     }
 
+    /* Removes all nodes, and deletes items that are owned. Linear. Cursors are exhausted. */
     void clear() noexcept
     {
         release_tree<T, Delete>::delete_items(*get());

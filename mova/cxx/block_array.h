@@ -104,6 +104,7 @@ public:
 
     /* ---- adding ---- */
 
+    /* Adds at the end; linear where a full array grows. */
     void append(const T &element)
     {
         const std::uint32_t end = forwarded(block_.count);
@@ -139,7 +140,7 @@ public:
 
     /* ---- removing ---- */
 
-    /* Linear in the elements beyond. */
+    /* Element `i`, or `n` elements from there on, which must all be there. Linear in the elements beyond. */
     void remove(std::size_t i) noexcept { GB_remove_item(&block_, narrow(i)); }
     void cut(std::size_t i, std::size_t n) noexcept
     {
@@ -150,11 +151,12 @@ public:
     }
     /* Requires an element. */
     void remove_last() noexcept { GB_remove_last_item(&block_); }
-    /* Keeps the storage. */
+    /* Removes all elements. Keeps the storage. */
     void clear() noexcept { GB_make_empty(&block_); }
 
     /* ---- rings ---- */
 
+    /* Says whether the array is a ring. The elements stay as they are. */
     void close() noexcept { GB_set_closed(&block_); }
     void open() noexcept { GB_reset_closed(&block_); }
     bool is_closed() const noexcept { return block_.closed != 0; }
@@ -188,9 +190,10 @@ public:
 
     /* ---- the rest ---- */
 
+    /* Linear. */
     void reverse() { GB_reverse(&block_); }
 
-    /* Linear. */
+    /* Another array of the same elements, a ring where this is one. Linear. After an exception there is none. */
     block_array copy() const
     {
         block_array made;

@@ -22,6 +22,7 @@ public:
     using owner::owner;
     explicit block_pool(std::size_t budget) : owner(mb_create_pool(budget)) {}
 
+    /* Of the pool as it is now: mb_pool_statistics. */
     mb_statistics statistics() const noexcept { return mb_pool_statistics(get()); }
 
     /* Room for so many elements, or 0 where there is none. Moves other blocks. */
@@ -36,6 +37,7 @@ public:
     {
         return {static_cast<T *>(mb_get(get(), handle)), count};
     }
+    /* Frees the block, and sets the handle to 0. */
     void free(mb_handle &handle) noexcept { mb_free(get(), &handle); }
 };
 

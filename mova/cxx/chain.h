@@ -329,37 +329,47 @@ struct any_item_will_do {
     bool operator()(const auto &) const noexcept { return true; }
 };
 
-/* A predicate that can be assigned, as what lies in a view must be. Closures that capture cannot: the new one is made in the
+/* A function that can be assigned, as what lies in a view must be. Closures that capture cannot: the new one is made in the
    place of the old. */
-template <class Accepts>
+template <class Function>
 class assignable {
 public:
-    assignable(Accepts accepts) noexcept : accepts_(std::move(accepts)) {}
+    assignable(Function function) noexcept : function_(std::move(function)) {}
     assignable(const assignable &) = default;
     assignable(assignable &&) = default;
     assignable &operator=(assignable other) noexcept
     {
-        std::destroy_at(&accepts_);
-        std::construct_at(&accepts_, std::move(other.accepts_));
+        std::destroy_at(&function_);
+        std::construct_at(&function_, std::move(other.function_));
         return *this;
     }
 
-    template <class Item>
-    bool operator()(Item &&item) noexcept(std::is_nothrow_invocable_v<Accepts &, Item>)
+    template <class... Arguments>
+    auto operator()(Arguments &&...arguments) noexcept(std::is_nothrow_invocable_v<Function &, Arguments...>)
     {
-        return accepts_(std::forward<Item>(item));
+        return function_(std::forward<Arguments>(arguments)...);
+    }
+    template <class... Arguments>
+    requires(std::invocable<const Function &, Arguments...>) auto operator()(Arguments &&...arguments) const
+        noexcept(std::is_nothrow_invocable_v<const Function &, Arguments...>)
+    {
+        return function_(std::forward<Arguments>(arguments)...);
     }
 
 private:
-    Accepts accepts_;
+    Function function_;
 };
+
+/* A function of the caller's, as a view or a table keeps it. */
+template <class Function>
+using kept_function = std::conditional_t<!std::movable<Function> && std::is_nothrow_move_constructible_v<Function>,
+                                         assignable<Function>, Function>;
 
 /* The positions that a C iterator delivers, or those of them whose items are accepted: a walk during which what was delivered
    may be removed. Where `accepts` throws, the walk has passed the item. */
 template <class Links, class Position, class Accepts = any_item_will_do>
 class position_walk {
     static constexpr bool steps_quietly = std::is_nothrow_invocable_v<Accepts &, typename Links::reference>;
-    static constexpr bool must_be_made_anew = !std::movable<Accepts> && std::is_nothrow_move_constructible_v<Accepts>;
 
 public:
     class iterator {
@@ -413,7 +423,7 @@ private:
     }
 
     typename Links::walk walk_;
-    [[no_unique_address]] std::conditional_t<must_be_made_anew, assignable<Accepts>, Accepts> accepts_;
+    [[no_unique_address]] kept_function<Accepts> accepts_;
     typename Links::node *current_ = nullptr;
 };
 

@@ -44,6 +44,7 @@ public:
         return found;
     }
 
+    /* Adds the offset to every value. Linear. */
     void add_to_all(double offset) noexcept { DBLL_add_to_all(get(), offset); }
 };
 

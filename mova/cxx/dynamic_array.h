@@ -51,6 +51,7 @@ public:
 
     /* ---- adding ---- */
 
+    /* Adds at the end; linear where a full array grows. */
     void append(const T &element)
     {
         DA_array &array = *head_;
@@ -80,7 +81,7 @@ public:
     /* Element `i`, up to which the array is made longer where it ends before that. */
     T &grow_to(std::size_t i) { return *static_cast<T *>(DA_get_item(get(), narrow(i))); }
 
-    /* Makes room for more than `n` elements. */
+    /* Makes room for more than `n` elements. The size stays. Linear where the array grows. */
     void reserve(std::size_t n) { DA_extend(get(), narrow(n)); }
 
     /* Makes the array longer or shorter: DA_setsize. */
@@ -88,13 +89,14 @@ public:
 
     /* ---- removing ---- */
 
-    /* Linear in the elements beyond. */
+    /* Element `i`, or `n` elements from there on, which must all be there. Linear in the elements beyond. */
     void remove(std::size_t i) noexcept { cut(i, 1); }
     void cut(std::size_t i, std::size_t n) noexcept { DA_delete(get(), narrow(i), narrow(n)); }
 
+    /* Leaves the first `n` elements, or all where there are fewer. Keeps the storage. */
     void truncate(std::size_t n) noexcept { DA_truncate(get(), narrow(n)); }
 
-    /* Keeps the storage. */
+    /* Removes all elements. The first keeps the storage, the second frees it. */
     void clear() noexcept { DA_reset(get()); }
     void clear_storage() noexcept { DA_clear(get()); }
 
@@ -115,7 +117,7 @@ public:
     void roll(std::int32_t n) { DA_roll(get(), n); }
     void reverse() { DA_reverse(get()); }
 
-    /* The bytes with a zero behind them. */
+    /* The bytes with a zero behind them, which does not count as an element: DA_string. */
     const char *c_str() requires(sizeof(T) == 1) { return DA_string(get()); }
 
 private:

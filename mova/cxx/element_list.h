@@ -121,8 +121,10 @@ public:
 
     /* The position of this index, from 0; end(), or no node, where there is none. Linear in the index. */
     position position_at(std::int32_t index) noexcept { return position(EL_get_pos_at_index(get(), index)); }
+    /* The index of a position, from 0. Linear in it. */
     std::int32_t index_of(const_position at) const noexcept { return EL_get_index(get(), at.get()); }
 
+    /* Linear. Positions stay at their elements. */
     void reverse() noexcept { EL_reverse(get()); }
 
     friend bool operator==(const element_chain &a, const element_chain &b) { return equal_items(a, b); }

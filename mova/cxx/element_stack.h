@@ -32,6 +32,7 @@ public:
     bool empty() const noexcept { return !head_ || !head_->last; }
     std::size_t size() const noexcept { return head_ ? static_cast<std::size_t>(head_->count) : 0; }
 
+    /* Puts a copy on top. */
     void push(const T &element)
     {
         auto *node = static_cast<EL_node *>(MM_alloc_item(sizeof(EL_node) + sizeof(T)));
@@ -57,6 +58,7 @@ public:
     T &top() noexcept { return element_links<T>::item(head_->last); }
     const T &top() const noexcept { return element_links<T>::item(head_->last); }
 
+    /* Removes all elements. Linear. */
     void clear() noexcept { ES_make_empty(get()); }
 
 private:

@@ -107,6 +107,7 @@ public:
         const std::size_t slot = mova_hsh_slot_and_value(get(), to_word(key));
         return head_->keys[slot] ? from_word<Value>(head_->values[slot]) : absent;
     }
+    /* The value of the key, or nothing. */
     std::optional<Value> find(Key key) const noexcept
     {
         const std::size_t slot = mova_hsh_slot_and_value(get(), to_word(key));

@@ -86,6 +86,7 @@ public:
     /* Gives the id to the pointer; null frees it. Beyond the last id the table becomes longer. Raises line 140, unchanged,
        when the id is in use and reuse is not allowed. */
     void set(std::int32_t id, T *pointer) { io_lut_set(get(), word(pointer), id); }
+    /* From now on set() may give an id that is in use to another pointer. */
     void allow_reuse() noexcept { io_lut_allow_reuse(get()); }
 
     /* The pointer of the id, or null. */

@@ -153,7 +153,7 @@ public:
         return mova::remove_if(*this, std::move(accepts));
     }
 
-    /* The list keeps its kind. Linear. */
+    /* Unlinks all records, and deletes those that are owned. The list keeps its kind. Linear. */
     void clear() noexcept
     {
         SL_make_empty(get(), release_linked_items<links_of, Delete>::delete_item);
@@ -161,6 +161,7 @@ public:
             SL_set_closed(get());
     }
 
+    /* Linear. Positions stay at their records. */
     void reverse() noexcept { SL_reverse(get()); }
 
     friend bool operator==(const intrusive_chain &a, const intrusive_chain &b) { return equal_items(a, b); }

@@ -33,7 +33,8 @@
    Hash takes what may be looked for and returns a number; Equal compares two keys. Either may have state. `KeyOf` is a member,
    or anything without state that std::invoke takes.
 
-   Ownership: the table owns its records. A table that was moved from, or made, has no memory, and can be used. Errors: what
+   Ownership: the table owns its records. A table that was moved from, or made, has no memory, and can be used: its functions are
+   copied where it is moved. Errors: what
    the memory service, the hash or the comparison throw; the table is then as it was. Moving a record never throws: records
    that might are refused.
 
@@ -126,12 +127,12 @@ public:
         for (auto &&each : records)
             insert(Record(std::forward<decltype(each)>(each)));
     }
-    keyed_table(keyed_table &&other) noexcept
-        : records_(std::move(other.records_)), links_(std::move(other.links_)), heads_(std::move(other.heads_)),
-          hash_(other.hash_), equal_(other.equal_)
+    keyed_table(keyed_table &&other) noexcept(copies_quietly)
+        : hash_(other.hash_), equal_(other.equal_), records_(std::move(other.records_)),
+          links_(std::move(other.links_)), heads_(std::move(other.heads_))
     {
     }
-    keyed_table &operator=(keyed_table &&other) noexcept
+    keyed_table &operator=(keyed_table &&other) noexcept(copies_quietly)
     {
         keyed_table taken(std::move(other));
         std::swap(records_, taken.records_);
@@ -185,7 +186,7 @@ public:
         return {at(index), true};
     }
 
-    /* Returns whether there was one. */
+    /* Removes the record with that key. Returns whether there was one. */
     template <class Key>
     bool remove(const Key &key)
     {
@@ -195,10 +196,12 @@ public:
         return index != none;
     }
 
+    /* Removes all records. Keeps the storage of the array. Linear. */
     void clear() noexcept
     {
         destroy_records();
-        links_.clear();
+        if (links_)
+            links_.clear();
         heads_.reset();
     }
 
@@ -216,6 +219,8 @@ public:
     }
 
 private:
+    static constexpr bool copies_quietly =
+        std::is_nothrow_copy_constructible_v<Hash> && std::is_nothrow_copy_constructible_v<Equal>;
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
     static constexpr std::int32_t least = 8;
 
@@ -382,11 +387,12 @@ private:
 
     using storage = std::unique_ptr<DA_array, release_dynamic_array>;
 
+    /* First: where they cannot be copied, the other table keeps its records. */
+    [[no_unique_address]] kept_function<Hash> hash_;
+    [[no_unique_address]] kept_function<Equal> equal_;
     storage records_;
     dynamic_array<link> links_{nullptr};
     std::unique_ptr<HSH_table, release_by<HSH_release>> heads_;
-    [[no_unique_address]] Hash hash_;
-    [[no_unique_address]] Equal equal_;
 };
 
 } // namespace mova

@@ -143,6 +143,7 @@ public:
         return mova::remove_if(*this, std::move(accepts));
     }
 
+    /* Removes all nodes, and deletes items that are owned. Linear. */
     void clear() noexcept
     {
         if constexpr (owns_items<Delete>)
@@ -161,6 +162,7 @@ public:
         return position(at);
     }
 
+    /* Makes it the first; its position stays good. */
     void move_to_front(position at) noexcept { GL_move_before_first(get(), at.get()); }
 
     /* Puts another item there, and returns the one before. */

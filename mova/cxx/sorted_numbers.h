@@ -45,12 +45,15 @@ public:
     iterator end() const noexcept { return data() + size(); }
     std::int32_t operator[](std::size_t i) const noexcept { return data()[i]; }
 
-    /* Linear. After an exception as an array that could not grow: mova/cxx/dynamic_array.h. */
+    /* Each does nothing where the number is there already, or not there. Linear. After an exception out of add() as an array that
+       could not grow: mova/cxx/dynamic_array.h. */
     void add(std::int32_t number) { SA_add_number(get(), number); }
     void remove(std::int32_t number) noexcept { SA_remove_number(get(), number); }
     /* Logarithmic. */
     bool contains(std::int32_t number) const noexcept { return SA_check_number(get(), number) != 0; }
+    /* Keeps the storage. */
     void clear() noexcept { DA_reset(get()); }
+    /* Linear. After an exception there is no copy. */
     sorted_numbers copy() const { return sorted_numbers(DA_copy(get())); }
 
     /* What the companion went through. Linear. */

@@ -140,22 +140,27 @@ public:
 
     /* Makes a body that is in memory the next to go. */
     void let_go_next(position entry) noexcept { cc_lazy_swap_out(get(), entry.get()); }
+    /* Evict a body, or all, which are written back where they may be dirty. The entries stay where they are. */
     void swap_out(position entry) { cc_swap_out(get(), entry.get()); }
     void flush() { cc_flush(get()); }
 
-    /* Nothing is written back. Returns the position of the successor. */
+    /* Removes the entry, and frees its body; nothing is written back. Returns the position of the successor. */
     position remove(position entry) noexcept
     {
         cc_entry *removed = (entry++).get();
         cc_remove(get(), &removed);
         return entry;
     }
+    /* Removes all entries in this way, and has each item let go before. Linear. */
     void clear() { cc_make_empty(get()); }
 
     /* ---- blocks of the caller's ---- */
 
+    /* Room for so many elements; what is in its way is evicted. Raises line 334 where there is none: 0, where the host returns. */
     mb_handle alloc(std::size_t count) { return may_have(count) ? cc_alloc(get(), bytes_of(count)) : 0; }
+    /* The elements, until the next block is allocated or body fetched. */
     Element *at(mb_handle block) noexcept { return static_cast<Element *>(mb_get(get()->pool, block)); }
+    /* Frees the block, and sets the handle to 0. */
     void free(mb_handle &block) noexcept { cc_free(get(), &block); }
 
 private:

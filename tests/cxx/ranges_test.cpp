@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 #include <string>
 
 namespace {
@@ -126,6 +127,18 @@ TEST_F(TypedRanges, StandardFunctionsStepBackFromTheEnd)
     EXPECT_EQ(last_of(ring(numbers)), 3);
     EXPECT_EQ(last_of(dynamic(numbers)), 3);
     EXPECT_EQ(last_of(set(numbers)), 3);
+}
+
+TEST_F(TypedRanges, ConstantIteratorsAreThoseOfConstants)
+{
+    const auto sum_of = [](auto container) {
+        using made = decltype(container);
+        static_assert(std::same_as<decltype(container.cbegin()), typename made::const_iterator> &&
+                      std::same_as<decltype(*container.cend()), const int &>);
+        return std::accumulate(container.cbegin(), container.cend(), 0);
+    };
+    const int numbers[] = {1, 2, 3};
+    EXPECT_EQ(sum_of(list(numbers)) + sum_of(ring(numbers)) + sum_of(dynamic(numbers)) + sum_of(block(numbers)), 24);
 }
 
 /* ---- editing while walking: the table of mova/cxx/chain.h, in each kind of list ---- */

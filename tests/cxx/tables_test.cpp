@@ -158,6 +158,8 @@ TEST_F(TypedTables, RecordsAreFoundByTheirNames)
     countries t;
     EXPECT_EQ(t.find("France"), nullptr);
     EXPECT_FALSE(t.remove("France"));
+    t.clear();
+    EXPECT_EQ(t, countries());
     EXPECT_TRUE(t.insert({"France", 3}).second);
     EXPECT_TRUE(t.insert({"a country whose name is longer than a short string", 1}).second);
     const auto [there, added] = t.insert({"France", 4});
@@ -179,6 +181,7 @@ TEST_F(TypedTables, RecordsAreFoundByTheirNames)
     const countries moved = std::move(t);
     EXPECT_TRUE(t.empty());
     EXPECT_EQ(moved.size(), 1u);
+    t.clear();
     t.insert({"Spain"});
     EXPECT_TRUE(t.contains("Spain"));
 }
@@ -233,6 +236,45 @@ TEST_F(TypedTables, ChainsOfEqualHashesBehaveAsAMap)
             held[each.name] = each.visits;
         EXPECT_EQ(held, model);
     }
+}
+
+TEST_F(TypedTables, AKeyedTableWhoseHashCapturesMovesAndStaysUsable)
+{
+    const unsigned modulus = 3;
+    auto hash = [&modulus](std::string_view text) { return text.size() % modulus; };
+    mova::keyed_table<country, &country::name, decltype(hash)> a(hash), b(hash);
+    a.insert({"Chad", 1});
+    b.insert({"Fiji", 2});
+    b = std::move(a);
+    EXPECT_TRUE(b.contains("Chad") && !b.contains("Fiji") && b.size() == 1);
+    EXPECT_TRUE(a.empty() && a.insert({"Mali", 3}).second);
+    std::swap(a, b);
+    EXPECT_TRUE(a.contains("Chad") && b.contains("Mali"));
+}
+
+/* Its copy throws where it is told so. */
+struct heavy_hash {
+    explicit heavy_hash(const bool &throws) : throws_(&throws) {}
+    heavy_hash(const heavy_hash &other) : throws_(other.throws_) { *throws_ ? throw 1 : void(); }
+    heavy_hash &operator=(const heavy_hash &) = default;
+    std::size_t operator()(std::string_view text) const { return text.size(); }
+
+private:
+    const bool *throws_;
+};
+
+TEST_F(TypedTables, AHashThatCannotBeCopiedLeavesBothKeyedTables)
+{
+    bool throws = false;
+    using heavy_table = mova::keyed_table<country, &country::name, heavy_hash>;
+    static_assert(!std::is_nothrow_move_constructible_v<heavy_table> && std::is_nothrow_move_constructible_v<countries>);
+    heavy_table a(heavy_hash{throws}), b(heavy_hash{throws});
+    a.insert({"Chad", 1});
+    b.insert({"Fiji", 2});
+    throws = true;
+    EXPECT_THROW(b = std::move(a), int);
+    EXPECT_THROW(heavy_table(std::move(a)), int);
+    EXPECT_TRUE(a.contains("Chad") && b.contains("Fiji") && !b.contains("Chad"));
 }
 
 TEST_F(TypedTables, AFailingMemoryServiceLeavesTheKeyedTableAsItWas)
