@@ -99,7 +99,7 @@ struct release_tree {
     {
         if constexpr (owns_items<Delete> && !by_size) {
             for (const GT_tree_item *at = t.first; at; at = at->next)
-                Delete()(static_cast<T *>(at->item));
+                delete_by<Delete>(static_cast<T *>(at->item));
         }
     }
     void operator()(GT_tree *t) const noexcept

@@ -44,10 +44,9 @@ struct element_links {
     static bool step(walk &iterator, node *&at) noexcept { return EL_next_position(&iterator, &at) != 0; }
 };
 
-/* What lists and rings share; Chain is open_chain or ring_chain. */
-template <class T, template <class, class> class Chain>
-class element_chain : public Chain<element_links<T>, release_by<EL_release>> {
-    using base = Chain<element_links<T>, release_by<EL_release>>;
+/* What both, and the stack, say of elements that they cannot take. */
+template <class T>
+struct element_guard {
     static_assert(std::is_trivially_copyable_v<T>,
                   "mova::element_list copies its elements byte by byte, which this type does not allow: take "
                   "mova::pointer_list<T, std::default_delete<T>>, or mova::intrusive_list");
@@ -56,6 +55,13 @@ class element_chain : public Chain<element_links<T>, release_by<EL_release>> {
         alignof(T) <= alignof(std::max_align_t) && sizeof(EL_node) % alignof(T) == 0,
         "mova::element_list: elements lie behind two pointers, which is not aligned enough for this type: take "
         "mova::pointer_list");
+};
+
+/* What lists and rings share; Chain is open_chain or ring_chain. */
+template <class T, template <class, class> class Chain>
+class element_chain : public Chain<element_links<T>, release_by<EL_release>> {
+    using base = Chain<element_links<T>, release_by<EL_release>>;
+    static_assert(sizeof(element_guard<T>) != 0);
 
 protected:
     static constexpr bool is_ring = std::same_as<base, ring_chain<element_links<T>, release_by<EL_release>>>;

@@ -62,8 +62,7 @@ public:
     void clear() noexcept { ES_make_empty(get()); }
 
 private:
-    /* What an element must be, is said there. */
-    static_assert(sizeof(element_list<T>) != 0);
+    static_assert(sizeof(element_guard<T>) != 0);
 };
 
 } // namespace mova

@@ -64,7 +64,7 @@ struct release_linked_items {
     static void delete_item(void **item)
     {
         if constexpr (owns_items<Delete>)
-            Delete()(std::addressof(Links::item(static_cast<links *>(*item))));
+            delete_by<Delete>(std::addressof(Links::item(static_cast<links *>(*item))));
     }
     void operator()(SL_list *list) const noexcept { SL_total_release(&list, delete_item); }
 };

@@ -122,6 +122,14 @@ struct deleter_guard {
         "items yourself");
 };
 
+/* Has an item die so. */
+template <class Delete, class T>
+void delete_by(T *item)
+{
+    if constexpr (sizeof(deleter_guard<Delete>) != 0 && std::default_initializable<Delete>)
+        Delete()(item);
+}
+
 /* Deletes an item that make_item made. */
 struct host_delete {
     template <class T>

@@ -43,7 +43,7 @@ struct release_pointer_list {
     static void delete_item(void **item)
     {
         if (*item)
-            Delete()(static_cast<T *>(*item));
+            delete_by<Delete>(static_cast<T *>(*item));
     }
     void operator()(GL_list *list) const noexcept
     {

@@ -21,7 +21,7 @@ struct release_lookup {
     static void delete_value(mova_word *value)
     {
         if (*value)
-            Delete()(from_word<Value>(*value));
+            delete_by<Delete>(from_word<Value>(*value));
     }
     void operator()(mova_lookup *lookup) const noexcept
     {

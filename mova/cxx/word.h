@@ -13,13 +13,16 @@ namespace mova {
 template <class T>
 concept word_sized = (std::is_pointer_v<T> || std::integral<T> || std::is_enum_v<T>)&&sizeof(T) <= sizeof(mova_word);
 
+/* Both are also compiled for what is none of these, which the classes refuse with a text of theirs: nothing more is to be said. */
 template <class T>
 mova_word to_word(T value) noexcept
 {
     if constexpr (std::is_pointer_v<T>)
         return reinterpret_cast<mova_word>(value);
-    else
+    else if constexpr (word_sized<T>)
         return static_cast<mova_word>(value);
+    else
+        __builtin_unreachable();
 }
 
 template <class T>
@@ -27,8 +30,10 @@ T from_word(mova_word word) noexcept
 {
     if constexpr (std::is_pointer_v<T>)
         return reinterpret_cast<T>(word);
-    else
+    else if constexpr (word_sized<T>)
         return static_cast<T>(word);
+    else
+        __builtin_unreachable();
 }
 
 } // namespace mova

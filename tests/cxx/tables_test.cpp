@@ -267,7 +267,8 @@ TEST_F(TypedTables, AHashThatCannotBeCopiedLeavesBothKeyedTables)
 {
     bool throws = false;
     using heavy_table = mova::keyed_table<country, &country::name, heavy_hash>;
-    static_assert(!std::is_nothrow_move_constructible_v<heavy_table> && std::is_nothrow_move_constructible_v<countries>);
+    static_assert(!std::is_nothrow_move_constructible_v<heavy_table> &&
+                  std::is_nothrow_move_constructible_v<countries>);
     heavy_table a(heavy_hash{throws}), b(heavy_hash{throws});
     a.insert({"Chad", 1});
     b.insert({"Fiji", 2});
