@@ -250,7 +250,7 @@ struct place {
 
 /* So many levels of a tree lie in the processor's caches. There it is quickest to compute the next node, and to have both
    children and what they hold at hand when the comparison answers. Further down a guess of the side pays, though every second
-   one is wrong: it reads ahead while the comparison waits for memory. */
+   one is wrong: it reads ahead while the comparison waits for memory. So it does where items come in order. */
 constexpr int near_levels = 12;
 
 /* Both go down from `at`. They return an equal node that refuses the item; null where they went as far as they go. */
@@ -293,6 +293,23 @@ node *go_down_far(place &to, node *&at, bool refuses_equal, Order order)
     return nullptr;
 }
 
+/* Whether items come in order, up or down, as far as the last insertion tells: its node lies beside that of the insertion before.
+   Then each way down is nearly the one before, every guess of a side is right, and nothing computed is as quick. This is itself a
+   guess, for all trees, which belong to one thread at a time. */
+class arrivals {
+public:
+    static bool look_sorted() noexcept { return look_sorted_; }
+    static void add(const node *made) noexcept
+    {
+        look_sorted_ = made->prev == last_ || made->next == last_;
+        last_ = made;
+    }
+
+private:
+    static inline const node *last_ = nullptr; /* compared, but never looked at: it may be gone */
+    static inline bool look_sorted_ = false;
+};
+
 /* A new node at its place: all is as after GT_insert_item but for the balances. */
 inline node *link_new(GT_tree &t, const place &at, void *item)
 {
@@ -323,7 +340,7 @@ insertion insert(GT_tree &t, void *item, Order order)
     node *at = t.root;
     place to;
     to.link = &t.root;
-    node *in_the_way = go_down_near(to, at, refuses_equal, order);
+    node *in_the_way = arrivals::look_sorted() ? nullptr : go_down_near(to, at, refuses_equal, order);
     if (!in_the_way)
         in_the_way = go_down_far(to, at, refuses_equal, order);
     if (in_the_way)
@@ -333,6 +350,7 @@ insertion insert(GT_tree &t, void *item, Order order)
         return {there, there->item == item};
     }
     node *const made = link_new(t, to, item);
+    arrivals::add(made);
     for (bool grown = true; grown && to.way.length > 0;) {
         const step last = to.way.steps[--to.way.length];
         grown = rebalance_grown(last.link, static_cast<int>(last.side));

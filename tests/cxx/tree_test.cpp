@@ -245,7 +245,8 @@ struct counted_order {
     static inline std::uint32_t asked = 0; /* of which items, in which order */
 };
 
-/* More levels than are gone down in one way. An item that is equal is refused on all of them. */
+/* More levels than are gone down in one way, and items in no order, in order, and backwards. An item that is equal is refused on
+   all levels. */
 TEST_F(TypedTree, ALargeTreeIsThatOfTheCFunctions)
 {
     using tree = mova::balanced_set<entry, counted_order>;
@@ -253,6 +254,9 @@ TEST_F(TypedTree, ALargeTreeIsThatOfTheCFunctions)
     for (int i = 0; i < 12000; ++i)
         entries[static_cast<std::size_t>(i)] = {i / 2, i};
     std::shuffle(entries.begin(), entries.end(), std::mt19937(3));
+    const auto by_key = [](const entry &a, const entry &b) { return a.key < b.key; };
+    std::sort(entries.end() - 4000, entries.end() - 2000, by_key);
+    std::sort(entries.rbegin(), entries.rbegin() + 2000, by_key);
     tree typed, c;
     const auto asked_by = [](auto call) {
         counted_order::asked = 0;
