@@ -141,11 +141,28 @@ struct one_more_element : role {
             made.wrong().say("the array is full, and its increment is below 1");
         else if (in->count > most_elements - in->increment)
             made.wrong().say("the array would have more than %d elements", most_elements);
+        else if (!is_size(elements_bytes(int64_t{in->capacity} + in->increment, in->element_size)))
+            made.wrong().say("the array would be larger than a block can be");
         else if (in->capacity > 0 && lies_in(element, in->data, elements_bytes(in->capacity, in->element_size)))
             made.wrong().say("the element lies in the array, which grows for it");
         else
             return;
         show(made, in);
+    }
+};
+
+/* Room for a number of elements: of the record, or of a size that is an argument too. */
+template <int Count>
+struct makes_room : role {
+    static void before(call &made, const auto &arguments)
+    {
+        uint32_t element_size;
+        if constexpr (Count == 2)
+            element_size = std::get<1>(arguments);
+        else
+            element_size = std::get<0>(arguments)->element_size;
+        if (!is_size(elements_bytes(std::get<Count>(arguments), element_size)))
+            made.wrong().say("the array would be larger than a block can be");
     }
 };
 
@@ -201,9 +218,9 @@ inline constexpr index element{false}, element_or_end{true};
 
 namespace rows {
 
-inline constexpr row GB_init{gb::fill};
+inline constexpr row GB_init{gb::fill, gb::makes_room<2>{}};
 inline constexpr row GB_set_inc{gb::fill};
-inline constexpr row GB_set_number_of_elements{gb::edit};
+inline constexpr row GB_set_number_of_elements{gb::edit, gb::makes_room<1>{}};
 inline constexpr row GB_release{gb::released_record{}};
 inline constexpr row GB_make_empty{gb::fill};
 inline constexpr row GB_set_closed{gb::fill};

@@ -9,6 +9,8 @@
 #include <mova/arrays/dynamic_array.h>
 #include <mova/arrays/internal/invariants.h>
 
+#include <algorithm>
+
 namespace mova::checked {
 
 namespace da {
@@ -61,8 +63,11 @@ inline void judge_growth(call &made, const DA_array *array, int64_t needed, int6
 {
     if (made.used(0) == 0 || array->nalloc >= needed)
         return;
+    const int64_t increment = std::max(array->increment, 1), room = (asked / increment + 1) * increment;
     if (asked + array->increment > std::numeric_limits<int32_t>::max())
         made.wrong().say("the array would have more than %d elements", std::numeric_limits<int32_t>::max());
+    else if (!is_size(elements_bytes(room, array->element_size)))
+        made.wrong().say("the array would be larger than a block can be");
     else if (source && lies_in(source, array->data, elements_bytes(array->nalloc, array->element_size)))
         made.wrong().say("the elements lie in the array, which grows for them");
     else

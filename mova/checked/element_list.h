@@ -26,6 +26,15 @@ inline constexpr family element_list = {
 
 namespace el {
 
+/* A node has its links besides. */
+struct size_of_elements : role {
+    static void before(call &made, const auto &arguments)
+    {
+        if (!is_size(uint64_t{sizeof(EL_node)} + std::get<0>(arguments)))
+            made.wrong().say("the elements would be larger than a block can be");
+    }
+};
+
 /* No more bytes may be written into a node than its list's elements have. */
 inline void judge_size(call &made, owner_number number, uint32_t size)
 {
@@ -145,7 +154,7 @@ namespace rows {
 
 using EL = element_list_roles<element_list>;
 
-inline constexpr row EL_create{EL::list};
+inline constexpr row EL_create{el::size_of_elements{}, EL::list};
 inline constexpr row EL_release{EL::gone};
 inline constexpr row EL_make_empty{EL::empty};
 inline constexpr row EL_set_closed{EL::edit};

@@ -17,7 +17,7 @@ namespace rows {
 
 using ES = element_list_roles<element_stack>;
 
-inline constexpr row ES_create{ES::list};
+inline constexpr row ES_create{el::size_of_elements{}, ES::list};
 inline constexpr row ES_release{ES::gone};
 inline constexpr row ES_make_empty{ES::empty};
 inline constexpr row ES_count_items{ES::read};

@@ -3,6 +3,7 @@
 #ifndef MOVA_CHECKED_HASH_TABLE_H
 #define MOVA_CHECKED_HASH_TABLE_H
 
+#include "internal/chains.h"
 #include "internal/roles.h"
 
 #include <mova/hash/hash_table.h>
@@ -10,17 +11,22 @@
 #include <mova/hash/internal/probe.h>
 
 #include <algorithm>
+#include <bit>
 #include <iterator>
+#include <limits>
 
 namespace mova::checked {
 
 namespace hsh {
 
-/* As broken_invariant, but linear however the keys crowd: of invariant 5 it does not look for a key that stands twice. */
+/* As broken_invariant, of a table whose keys may be anywhere, but linear however they crowd: of invariant 5 it does not look
+   for a key that stands twice. */
 inline int broken_invariant(const HSH_table &table)
 {
     if (const int broken = broken_record_invariant(table))
         return broken;
+    if (!are_bytes_there(table.keys, static_cast<size_t>(table.capacity) * sizeof *table.keys))
+        return 4;
     const mova_word *const keys = table.keys, *const end = keys + table.capacity;
     if (std::count(keys, end, mova_word{0}) != table.capacity - table.count)
         return 4;
@@ -128,14 +134,17 @@ struct key : role {
     }
 };
 
-constexpr uint32_t most_slots = 1u << 30;
+/* As many as the header allows, and as a block has room for. */
+constexpr int most_slots_bits =
+    std::min(30, std::numeric_limits<size_t>::digits - std::countr_zero(sizeof(mova_word)) - 1);
+constexpr uint32_t most_slots = uint32_t{1} << most_slots_bits;
 
 struct sizes : role {
     static void before(call &made, const auto &arguments)
     {
         const auto [size, shift] = arguments;
         if (size > most_slots)
-            made.wrong().say("the size is above 2^30");
+            made.wrong().say("the size is above 2^%d", most_slots_bits);
         else if (shift < 0)
             made.wrong().say("the maximum shift is negative");
     }
@@ -149,7 +158,7 @@ inline void judge_room(call &made, const HSH_table *table, mova_word key)
     const size_t home = hash::home_of(table, key);
     if (table->keys[home] != key &&
         !table->keys[hash::probe_one_by_one(table->keys, hash::mask_of(table), home, key)]) {
-        made.wrong().say("the table would have more than 2^30 slots");
+        made.wrong().say("the table would have more than 2^%d slots", most_slots_bits);
         made.wrong().show_container(made.used(0));
     }
 }

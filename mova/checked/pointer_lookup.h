@@ -14,8 +14,14 @@ namespace lu {
 
 inline int broken_invariant(const mova_lookup &lookup)
 {
-    const bool table_is_right = lookup.table->minimum_size == 8 && lookup.table->maximum_shift == 0;
+    const bool table_is_right = are_bytes_there(lookup.table, sizeof *lookup.table) &&
+                                lookup.table->minimum_size == 8 && lookup.table->maximum_shift == 0;
     return table_is_right ? hsh::broken_invariant(*lookup.table) : 1;
+}
+
+inline int64_t size(const mova_lookup &lookup)
+{
+    return are_bytes_there(lookup.table, sizeof *lookup.table) ? lookup.table->capacity : 0;
 }
 
 } // namespace lu
@@ -27,7 +33,7 @@ inline constexpr family pointer_lookup = {
     false,
     nullptr,
     [](const void *lookup) { return lu::broken_invariant(*static_cast<const mova_lookup *>(lookup)); },
-    [](const void *lookup) { return int64_t{static_cast<const mova_lookup *>(lookup)->table->capacity}; },
+    [](const void *lookup) { return lu::size(*static_cast<const mova_lookup *>(lookup)); },
 };
 
 namespace lu {

@@ -4,6 +4,7 @@
 #define MOVA_CHECKED_SWAP_CACHE_H
 
 #include "internal/blocks.h"
+#include "internal/chains.h"
 #include "internal/roles.h"
 
 #include <mova/cache/internal/invariants.h>
@@ -24,8 +25,9 @@ inline bool is_stale(mb_pool *pool, mb_handle handle)
 
 inline int broken_invariant(const cc_cache &cache)
 {
-    return mova::broken_invariant(cache,
-                                  [&cache](mb_handle handle) { return handle != 0 && !is_stale(cache.pool, handle); });
+    return mova::broken_invariant(
+        cache, [&cache](mb_handle handle) { return handle != 0 && !is_stale(cache.pool, handle); },
+        [](const cc_entry *entry) { return is_there(entry); });
 }
 
 } // namespace cc

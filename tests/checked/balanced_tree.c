@@ -468,6 +468,14 @@ static void another_edited_by_a_thread(int misused)
     GT_release(&other);
 }
 
+static void null_address_of_search(int misused)
+{
+    GT_tree *tree = five_items();
+    GT_tree_item *position;
+    GT_search_item(tree, &items[1], misused ? NULL : &position);
+    GT_release(&tree);
+}
+
 static const misuse_cell cells[] = {
     {"null tree", 1, "GT_count_items: the tree is null", null_tree},
     {"null position", 1, "GT_remove_item: the position is null", null_position},
@@ -510,6 +518,7 @@ static const misuse_cell cells[] = {
      another_edited_by_a_thread},
     {"damaged chain", 13, "GT_release: the tree breaks its invariant 2", damaged_chain},
     {"null address of position", 1, "GT_find_item: the address of the position is null", null_address_of_position},
+    {"null address of search", 1, "GT_search_item: the address of the position is null", null_address_of_search},
     {"link to nowhere", 13, "GT_release: the tree breaks its invariant 1", link_to_nowhere},
     {"link in a circle", 13, "GT_release: the tree breaks its invariant 1", link_in_a_circle},
     {"damaged balance", 13, "GT_make_empty: the tree breaks its invariant 3", damaged_balance},

@@ -16,7 +16,9 @@
 #include <mova/lists/simple_list.h>
 
 #include <atomic>
+#include <cerrno>
 #include <compare>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -481,6 +483,32 @@ void threads()
     std::thread([&] { GL_release(&handed); }).join();
 }
 
+/* A signal comes while the program is in no call of the library, and in a callback of one. */
+void handle_with_a_list(int)
+{
+    const int kept_errno = errno;
+    GL_list *list = list_of(2);
+    GL_remove_item(list, list->first);
+    GL_release(&list);
+    errno = kept_errno;
+}
+
+void *copies_and_signals(void *item)
+{
+    raise(SIGUSR1);
+    return item;
+}
+
+void calls_of_a_handler()
+{
+    signal(SIGUSR1, handle_with_a_list);
+    raise(SIGUSR1);
+    GL_list *list = list_of(2), *copy = GL_total_copy(list, copies_and_signals);
+    GL_release(&copy);
+    GL_release(&list);
+    signal(SIGUSR1, SIG_DFL);
+}
+
 void (*const programs[])() = {
     node_where_a_cache_lay,
     node_where_a_removed_one_lay,
@@ -498,6 +526,7 @@ void (*const programs[])() = {
     raises_that_return,
     owners_that_change,
     two_stacks,
+    calls_of_a_handler,
     threads,
     processes,
 };

@@ -173,6 +173,14 @@ static void damaged_key(int misused)
     HSH_release(&table);
 }
 
+static void keys_nowhere(int misused)
+{
+    HSH_table *table = three_keys();
+    if (misused)
+        table->keys = (mova_word *)(uintptr_t)0x1000;
+    HSH_release(&table);
+}
+
 static const misuse_cell cells[] = {
     {"null table", 1, "HSH_get_value: the table is null", null_table},
     {"null address", 1, "HSH_release: the table is null", null_address},
@@ -190,6 +198,7 @@ static const misuse_cell cells[] = {
     {"too many slots", 7, "HSH_set_value: the table would have more than 2^30 slots", too_many_slots},
     {"damaged count", 13, "HSH_release: the table breaks its invariant 4", damaged_count},
     {"damaged key", 13, "HSH_release: the table breaks its invariant 5", damaged_key},
+    {"keys nowhere", 13, "HSH_release: the table breaks its invariant 4", keys_nowhere},
 };
 
 int main(int arguments, char **argument)

@@ -92,6 +92,14 @@ static void damaged_table(int misused)
     mova_lu_release(&lookup, NULL);
 }
 
+static void table_nowhere(int misused)
+{
+    mova_lookup *lookup = three_keys();
+    if (misused)
+        lookup->table = (HSH_table *)(uintptr_t)0x1000;
+    mova_lu_release(&lookup, NULL);
+}
+
 static const misuse_cell cells[] = {
     {"null lookup", 1, "mova_lu_get: the lookup is null", null_lookup},
     {"never created", 2, "mova_lu_get: the lookup was never created", never_created},
@@ -101,6 +109,7 @@ static const misuse_cell cells[] = {
     {"edited by release", 9, "mova_lu_remove: the lookup is calling back in mova_lu_release", edited_by_release},
     {"key 0", 11, "mova_lu_add: the key is 0", zero_key},
     {"damaged table", 13, "mova_lu_release: the lookup breaks its invariant 4", damaged_table},
+    {"table nowhere", 13, "mova_lu_release: the lookup breaks its invariant 1", table_nowhere},
 };
 
 int main(int arguments, char **argument)

@@ -325,6 +325,14 @@ static void damaged_links(int misused)
     end(cache);
 }
 
+static void link_to_nowhere(int misused)
+{
+    cc_cache *cache = two_entries();
+    if (misused)
+        cache->first->next = (cc_entry *)(uintptr_t)0x1000;
+    end(cache);
+}
+
 static void damaged_end(int misused)
 {
     cc_cache *cache = two_entries();
@@ -378,6 +386,7 @@ static const misuse_cell cells[] = {
     {"emptied by its fetch", 9, "cc_make_empty: the cache is calling back in cc_get", emptied_by_its_fetch},
     {"written back and edited", 10, "cc_swap_out: another thread used the cache meanwhile", written_back_and_edited},
     {"damaged links", 13, "cc_make_empty: the cache breaks its invariant 1", damaged_links},
+    {"link to nowhere", 13, "cc_make_empty: the cache breaks its invariant 1", link_to_nowhere},
     {"damaged end", 13, "cc_make_empty: the cache breaks its invariant 2", damaged_end},
     {"damaged status", 13, "cc_make_empty: the cache breaks its invariant 3", damaged_status},
     {"damaged handle", 13, "cc_make_empty: the cache breaks its invariant 4", damaged_handle},

@@ -31,15 +31,20 @@ inline int broken_link_invariant(const cc_cache &cache, const cc_entry &entry)
     return begins && ends ? 0 : 1;
 }
 
-/* Returns the number of the first invariant that the cache breaks, or 0. */
-template <class IsLive = bool(mb_handle)>
-int broken_invariant(const cc_cache &cache, const IsLive &is_live = is_handle)
+inline bool is_entry(const cc_entry *)
+{
+    return true;
+}
+
+/* Returns the number of the first invariant that the cache breaks, or 0. A link to what `is_readable` denies leads to no entry. */
+template <class IsLive = bool(mb_handle), class Readable = bool(const cc_entry *)>
+int broken_invariant(const cc_cache &cache, const IsLive &is_live = is_handle, const Readable &is_readable = is_entry)
 {
     if (!cache.first != !cache.last)
         return 2;
     const cc_entry *reached = nullptr;
     for (const cc_entry *entry = cache.first; entry; entry = entry->next) {
-        if (entry->prev != reached)
+        if (!is_readable(entry) || entry->prev != reached)
             return 1;
         if (const int broken = broken_state_invariant(*entry, is_live))
             return broken;

@@ -3,6 +3,7 @@
 
 #include <mova/checked/internal/address_table.h>
 
+#include <algorithm>
 #include <utility>
 
 #include <pthread.h>
@@ -15,6 +16,7 @@ void mova_plain_MM_dealloc_item(void *item, size_t size);
 }
 
 constinit mova::checked::slab_table mova_checked_slabs = {};
+constinit mova::checked::size_class mova_checked_classes[65] = {};
 
 namespace mova::checked {
 
@@ -68,14 +70,14 @@ void mark(const slab *marked)
     __atomic_store_n(&marks[number_of(marked) / slab_size % 65536], uint8_t{1}, __ATOMIC_RELEASE);
 }
 
-slab *make_slab(uint32_t pitch)
+slab *make_slab(size_t pitch)
 {
     auto *const made = reinterpret_cast<slab *>(take_slab_space());
     if (!made)
         return nullptr;
     constexpr size_t around = sizeof(slab) + sizeof guard_word + granule;
     made->count = static_cast<uint32_t>((slab_size - around) / (pitch + sizeof(block_record)));
-    made->pitch = pitch;
+    made->pitch = static_cast<uint32_t>(pitch);
     made->reciprocal = static_cast<uint32_t>(((uint64_t{1} << 32) + pitch - 1) / pitch);
     const size_t records_end = sizeof(slab) + made->count * sizeof(block_record);
     made->first = static_cast<uint32_t>((records_end + sizeof guard_word + granule - 1) & ~(granule - 1));
@@ -113,17 +115,21 @@ given find_large(const void *bytes)
 
 } // namespace
 
-size_class classes[largest_pitch / granule + 1];
+/* So many blocks of a size are kept, or what takes so many bytes of them. */
+constexpr size_t most_kept = 8192, most_kept_bytes = size_t{512} << 10;
 
-bool begin_slab(size_class &of, uint32_t pitch)
+bool begin_slab(size_class &of, size_t pitch)
 {
     slab *const made = make_slab(pitch);
-    if (made) {
-        of.newest = made;
-        of.used = 0;
-        of.most = made->count;
-    }
-    return made;
+    if (!made)
+        return false;
+    if (!of.end)
+        of.end = &of.oldest;
+    of.newest = made;
+    of.used = 0;
+    of.most = made->count;
+    of.most_kept = static_cast<uint32_t>(std::min(most_kept, most_kept_bytes / pitch));
+    return true;
 }
 
 given find_elsewhere(const void *bytes)
@@ -160,17 +166,17 @@ void give_back_large(given block)
     mova_plain_MM_dealloc_item(block.bytes() - before_large, size);
 }
 
-void for_each_live_block(void (*visit)(given, void *context), void *context)
+void for_each_block(block_state state, void (*visit)(given, void *context), void *context)
 {
-    const auto visit_live = [=](given each) {
-        if (each.state() == block_state::live)
+    const auto visit_those = [=](given each) {
+        if (each.state() == state)
             visit(each, context);
     };
     for (slab *each = slabs; each; each = each->next) {
         for (uint32_t i = 0; i < each->count; ++i)
-            visit_live(given(each->block(i), &each->records()[i]));
+            visit_those(given(each->block(i), &each->records()[i]));
     }
-    large_blocks.for_each([&](const large_slot &each) { visit_live(large_block(each.address)); });
+    large_blocks.for_each([&](const large_slot &each) { visit_those(large_block(each.address)); });
 }
 
 size_t slab_bytes()
@@ -186,7 +192,7 @@ size_t large_table_bytes()
 size_t bytes_around(given block)
 {
     return block.is_large() ? whole_size(block.size()) - block.size()
-                            : sizeof(block_record) + block.pitch() - block.size();
+                            : sizeof(block_record) + room_of(block.bytes()) + sizeof guard_word - block.size();
 }
 
 } // namespace mova::checked

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT */
-/* The checked memory service. Released blocks are filled with a pattern and kept for a while; when one is let go it must still
-   hold the pattern. Those that are too large for that are let go at once. */
+/* The checked memory service. Released blocks are filled with a pattern and kept for a while; when one serves again, or goes
+   back, it must still hold the pattern. Those that are too large for that go back at once. */
 #include "given_blocks.h"
 
 #include <mova/frame/host.h>
@@ -23,59 +23,36 @@ namespace mova::checked {
 namespace {
 
 constexpr size_t largest_kept = 16384;
-constexpr size_t most_kept_bytes = size_t{4} << 20;
 
-/* Those that were released last, in a ring. */
+/* The large blocks that were released last, in a queue. */
 class kept_blocks {
 public:
-    struct kept {
-        given block;
-        const void *released = nullptr; /* where */
-    };
+    bool is_full() const { return bytes_ > most; }
 
-    bool is_full() const { return count_ == most || bytes_ > most_kept_bytes; }
-
-    void add(given block, size_t size, const void *where)
+    void add(given block)
     {
-        at(count_++) = {block, where};
-        bytes_ += size;
+        block.record()->next = nullptr;
+        (last_ ? last_.record()->next : first_) = block.record();
+        last_ = block;
+        bytes_ += block.size();
     }
 
-    given oldest() const { return at(0).block; }
-
-    kept take_oldest()
+    given take_oldest()
     {
-        const kept oldest = at(0);
-        first_ = (first_ + 1) % most;
-        --count_;
-        bytes_ -= oldest.block.size();
+        const given oldest(reinterpret_cast<char *>(first_) + before_large, first_);
+        first_ = first_->next;
+        if (!first_)
+            last_ = {};
+        bytes_ -= oldest.size();
         return oldest;
     }
 
-    /* Where it was released; null where it is not kept. */
-    const void *place_of(given block) const
-    {
-        for (size_t i = 0; i < count_; ++i) {
-            if (at(i).block.bytes() == block.bytes())
-                return at(i).released;
-        }
-        return nullptr;
-    }
-
-    void for_each(auto visit) const
-    {
-        for (size_t i = 0; i < count_; ++i)
-            visit(at(i));
-    }
-
 private:
-    static constexpr size_t most = 8192;
+    static constexpr size_t most = size_t{4} << 20;
 
-    kept &at(size_t index) { return ring_[(first_ + index) % most]; }
-    const kept &at(size_t index) const { return ring_[(first_ + index) % most]; }
-
-    kept ring_[most];
-    size_t first_ = 0, count_ = 0, bytes_ = 0;
+    block_record *first_ = nullptr;
+    given last_;
+    size_t bytes_ = 0;
 };
 
 constinit kept_blocks released;
@@ -99,12 +76,11 @@ const char *broken_guard(given block)
 }
 
 /* Nobody knows where that was: the place is the one of the release. */
-block_misuse late_write(const kept_blocks::kept &written)
+block_misuse late_write(given block)
 {
-    given block = written.block;
     return {"MM_dealloc_item",
             "the block was written to after its release",
-            written.released,
+            block.released(),
             block.bytes(),
             block.size(),
             block.record()->made,
@@ -119,12 +95,7 @@ bool judge_release(const char *function, const void *item, given block, size_t s
         return false;
     }
     if (block.state() != block_state::live) {
-        const void *made = nullptr, *last = nullptr;
-        if (const lock held; block.state() == block_state::kept) {
-            made = block.record()->made;
-            last = released.place_of(block);
-        }
-        report({function, "the block was released", where, item, block.size(), made, last});
+        report({function, "the block was released", where, item, block.size(), block.record()->made, block.released()});
         return false;
     }
     if (const char *const what = broken_guard(block))
@@ -139,59 +110,59 @@ bool judge_release(const char *function, const void *item, given block, size_t s
 
 /* ---- the blocks ---- */
 
-/* Lets the oldest of those that are kept go, where they are too many. */
-void let_one_go()
+/* Keeps a large block. Where too many are kept by now, the oldest of them goes. */
+void keep_large(given block, const void *where)
 {
-    kept_blocks::kept oldest;
+    given oldest;
     {
         const lock held;
+        block.keep(where);
+        released.add(block);
         if (!released.is_full())
             return;
         oldest = released.take_oldest();
     }
-    if (!oldest.block.is_untouched())
+    if (!oldest.is_untouched())
         report(late_write(oldest));
-    if (oldest.block.is_large())
-        return give_back_large(oldest.block);
-    const lock held;
-    give_back_small(oldest.block);
+    give_back_large(oldest);
 }
 
-/* Keeps a block of that size. Returns whether there are not too many by now: one may have gone for it. */
-__attribute__((always_inline)) inline bool keep(given block, size_t size, const void *where)
+void release(given block, const void *where)
 {
-    const lock held;
-    released.add(block, size, where);
-    block.set_state(block_state::kept);
-    if (!released.is_full())
-        return true;
-    const given oldest = released.oldest();
-    if (oldest.is_large() || !oldest.is_untouched())
-        return false;
-    give_back_small(released.take_oldest().block);
-    return true;
-}
-
-__attribute__((always_inline)) inline void release(given block, size_t size, const void *where)
-{
-    if (size > largest_kept)
+    if (block.size() > largest_kept)
         return give_back_large(block);
-    block.fill();
-    if (!keep(block, size, where))
-        let_one_go();
+    if (block.is_large())
+        return keep_large(block, where);
+    const lock held;
+    block.keep(where);
+}
+
+/* A block that was released and written to since. */
+given begin_after_report(given block, size_t size, const void *where)
+{
+    report(late_write(block));
+    const lock held;
+    block.begin(size, where);
+    return block;
 }
 
 /* What lives is whole when others are told of it: under the lock. */
-__attribute__((always_inline)) inline given allocate(size_t size, const void *where)
+given allocate(size_t size, const void *where)
 {
+    given taken;
     if (size <= largest_small) {
         const lock held;
-        if (const given small = take_small(size)) {
-            small.begin(size, where);
-            return small;
+        size_class &from = class_for(size);
+        if (is_ready(from) || begin_slab(from, pitch_for(size))) {
+            const small_block next = take_next(from);
+            taken = {next.bytes, next.record};
+            if (taken.state() == block_state::unused || taken.is_untouched()) {
+                taken.begin(size, where);
+                return taken;
+            }
         }
     }
-    return take_large(size, where);
+    return taken ? begin_after_report(taken, size, where) : take_large(size, where);
 }
 
 /* The memory that is wrong is left where it is; a wrong size is put right. */
@@ -202,7 +173,7 @@ given reallocate(void *item, size_t old_size, size_t new_size, const void *where
     const given moved = allocate(new_size, where);
     if (moved && is_block) {
         std::memcpy(moved.bytes(), item, std::min(old.size(), new_size));
-        release(old, old.size(), where);
+        release(old, where);
     }
     return moved;
 }
@@ -223,24 +194,13 @@ given_block mova_checked_allocate(size_t size, const void *where)
     return as_given(allocate(size, where));
 }
 
-void mova_checked_release_small(block_record *record, void *item, size_t size, const void *where)
-{
-    const given block(static_cast<char *>(item), record);
-    if (block.is_plainly(size))
-        release(block, size, where);
-    else if (judge_release("MM_dealloc_item", item, block, size, where))
-        release(block, block.size(), where);
-}
-
 void mova_checked_release(void *item, size_t size, const void *where)
 {
     if (!item)
         return;
     const given block = find_block(item);
-    if (block && !block.is_large())
-        mova_checked_release_small(block.record(), item, size, where);
-    else if (judge_release("MM_dealloc_item", item, block, size, where))
-        release(block, block.size(), where);
+    if (judge_release("MM_dealloc_item", item, block, size, where))
+        release(block, where);
 }
 
 given_block mova_checked_reallocate(void *item, size_t old_size, size_t new_size, const void *where)
@@ -265,11 +225,15 @@ void mova_checked_judge_blocks(void)
     findings all = {};
     {
         const lock held;
-        released.for_each([&](const kept_blocks::kept &each) {
-            if (!each.block.is_untouched())
-                all.add(late_write(each));
-        });
-        for_each_live_block(
+        for_each_block(
+            block_state::kept,
+            [](given block, void *context) {
+                if (!block.is_untouched())
+                    static_cast<findings *>(context)->add(late_write(block));
+            },
+            &all);
+        for_each_block(
+            block_state::live,
             [](given block, void *context) {
                 auto *const to = static_cast<findings *>(context);
                 const char *const what = broken_guard(block);
@@ -292,7 +256,8 @@ void mova_checked_visit_blocks(block_visitor visit, void *context)
     };
     visitor told = {visit, context};
     const lock held;
-    for_each_live_block(
+    for_each_block(
+        block_state::live,
         [](given block, void *argument) {
             const auto *const to = static_cast<const visitor *>(argument);
             to->visit(block.bytes(), block.size(), block.record()->made, block.record()->noted, to->context);
@@ -304,7 +269,8 @@ size_t mova_checked_block_bytes(void)
 {
     const lock held;
     size_t bytes = large_table_bytes();
-    for_each_live_block([](given block, void *sum) { *static_cast<size_t *>(sum) += bytes_around(block); }, &bytes);
+    for_each_block(
+        block_state::live, [](given block, void *sum) { *static_cast<size_t *>(sum) += bytes_around(block); }, &bytes);
     return bytes;
 }
 
@@ -359,7 +325,8 @@ mova_memory_class mova_memory_statistics_of_size(size_t size)
     mova_memory_class figures = mova_plain_mova_memory_statistics_of_size(size);
     figures.live_blocks = figures.cached_blocks = 0;
     const lock held;
-    for_each_live_block(
+    for_each_block(
+        block_state::live,
         [](given block, void *counted) {
             auto *const to = static_cast<mova_memory_class *>(counted);
             to->live_blocks += mova_plain_mova_memory_statistics_of_size(block.size()).largest_size == to->largest_size;
@@ -375,7 +342,8 @@ mova_memory_totals mova_memory_statistics(void)
     const lock held;
     figures.held_bytes += slab_bytes();
     figures.peak_bytes += slab_bytes();
-    for_each_live_block(
+    for_each_block(
+        block_state::live,
         [](given block, void *counted) {
             auto *const to = static_cast<mova_memory_totals *>(counted);
             ++to->live_blocks;

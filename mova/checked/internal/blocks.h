@@ -44,6 +44,14 @@ struct block_misuse {
 /* What released memory is filled with: no word of it is an address on 64-bit. */
 constexpr int pattern_of_the_released = 0xDF;
 
+/* The checked host's blocks of up to 1016 bytes that lie at one distance from each other. */
+struct size_class {
+    slab *newest;
+    uint32_t used, most;         /* of the newest slab's blocks: those that ever were in use, and all of them */
+    block_record *oldest, **end; /* a queue of those that were released */
+    uint32_t kept, most_kept;    /* in it; how many are in it at least, before one serves again */
+};
+
 /* A block that was allocated, null where there was no memory; and where the containers' checks note what it is, null where it
    is no small block. */
 struct given_block {
@@ -67,14 +75,12 @@ __attribute__((weak)) bool mova_checked_is_service(void *(*allocate)(size_t));
 /* The services, told of the place in the program that the call came from, and not of any in the containers. */
 __attribute__((weak)) mova::checked::given_block mova_checked_allocate(size_t size, const void *where);
 __attribute__((weak)) void mova_checked_release(void *item, size_t size, const void *where);
-/* As mova_checked_release, of a small block whose record is known. */
-__attribute__((weak)) void mova_checked_release_small(mova::checked::block_record *record, void *item, size_t size,
-                                                      const void *where);
 __attribute__((weak)) mova::checked::given_block mova_checked_reallocate(void *item, size_t old_size, size_t new_size,
                                                                          const void *where);
 
-/* Where its blocks of up to 1016 bytes lie. */
+/* Where its blocks of up to 1016 bytes lie, and the classes of them: small_blocks.h. */
 extern __attribute__((weak)) mova::checked::slab_table mova_checked_slabs;
+extern __attribute__((weak)) mova::checked::size_class mova_checked_classes[65];
 
 /* The entry of the larger block that begins there, or null. */
 __attribute__((weak)) mova::checked::entry *mova_checked_find_large(uintptr_t address);

@@ -77,7 +77,8 @@ void call::make_room()
         const registry_lock lock;
         leave(running.calls[--running.count]);
     }
-    if (running.count == running_calls::most)
+    is_beyond_ = running.count == running_calls::most;
+    if (is_beyond_)
         outermost_ = running.calls[--running.count];
 }
 
@@ -168,9 +169,9 @@ void call::judge_threads()
         const bool met = meets(in);
         if (!met && !(in.of->is_for_one_thread && meets(last_of_family)))
             continue;
-        finding_.say("another thread used %s %s meanwhile", met ? "the" : "a", in.of->noun);
-        finding_.add(met ? in.last_entered : last_of_family.last_entered, "the other   in              ");
-        finding_.show_container(used(nth));
+        wrong().say("another thread used %s %s meanwhile", met ? "the" : "a", in.of->noun);
+        wrong().add(met ? in.last_entered : last_of_family.last_entered, "the other   in              ");
+        wrong().show_container(used(nth));
     }
 }
 
@@ -206,53 +207,53 @@ void call::judge_invariants(owner &of, owner_number number, use how)
         return;
     of.calls = 0;
     if (const int broken = of.of->broken_invariant(of.container)) {
-        finding_.say("the %s breaks its invariant %d", of.of->noun, broken);
-        finding_.show_container(number);
+        wrong().say("the %s breaks its invariant %d", of.of->noun, broken);
+        wrong().show_container(number);
     }
 }
 
 owner_number call::look_at_container(const family &of, const void *container, use how, int nth, bool may_be_hand_made)
 {
     if (!container) {
-        finding_.say("the %s is null", of.noun);
+        wrong().say("the %s is null", of.noun);
         return 0;
     }
     const entry *const known = find(container);
     if (!known) {
         if (may_be_hand_made)
             return 0;
-        finding_.say("the %s was never created", of.noun);
-        finding_.add(nullptr, "%-10s %p", of.noun, container);
+        wrong().say("the %s was never created", of.noun);
+        wrong().add(nullptr, "%-10s %p", of.noun, container);
         return 0;
     }
     if (known->what != kind::head) {
         if (may_be_hand_made || known->what == kind::item || known->owner == 0)
             return 0;
-        finding_.say("the %s was never created", of.noun);
+        wrong().say("the %s was never created", of.noun);
         if (known->owner != 0)
-            finding_.show_member(of.noun, container, *known);
+            wrong().show_member(of.noun, container, *known);
         return 0;
     }
     const owner_number number = known->owner;
     owner &judged = owner_at(number);
     if (!known->live) {
-        finding_.say("the %s was released", of.noun);
-        finding_.show_container(number);
+        wrong().say("the %s was released", of.noun);
+        wrong().show_container(number);
         return 0;
     }
     if (!same_records(*judged.of, of)) {
         if (may_be_hand_made)
             return 0;
-        finding_.say("the %s is of another family", of.noun);
-        finding_.add(judged.made, "%s %p   made in      ", judged.of->full_noun, container);
+        wrong().say("the %s is of another family", of.noun);
+        wrong().add(judged.made, "%s %p   made in      ", judged.of->full_noun, container);
         return 0;
     }
     const auto uses_it = [number](const running_call &outer) {
         return std::find(outer.used, std::end(outer.used), number) != std::end(outer.used);
     };
     if (const running_call *const outer = how >= use::edit ? outer_call(uses_it) : nullptr) {
-        finding_.say("the %s is calling back in %s", of.noun, outer->function);
-        finding_.show_container(number);
+        wrong().say("the %s is calling back in %s", of.noun, outer->function);
+        wrong().show_container(number);
         return 0;
     }
     uses(number, nth);
@@ -271,14 +272,14 @@ void call::look_at_unknown(const family &of, owner_number in, const void *positi
     claim_all_members(in, kind::block);
     if (find(position))
         return;
-    finding_.say("the %s is not of the %s", role, of.noun);
-    finding_.show_container(in);
+    wrong().say("the %s is not of the %s", role, of.noun);
+    wrong().show_container(in);
 }
 
 void call::look_at_position(const family &of, owner_number in, const void *position, const char *role)
 {
     if (!position) {
-        finding_.say("the %s is null", role);
+        wrong().say("the %s is null", role);
         return;
     }
     const auto is_right = [&](const entry *known) {
@@ -304,18 +305,18 @@ void call::look_at_position(const family &of, owner_number in, const void *posit
     if (in == 0 && !sees_every_block())
         return;
     if (known->what == kind::head)
-        finding_.say("the %s is a %s", role, its.of->noun);
+        wrong().say("the %s is a %s", role, its.of->noun);
     else if (known->what == kind::iterator)
-        finding_.say("the %s is an iterator", role);
+        wrong().say("the %s is an iterator", role);
     else if (!known->live)
-        finding_.say("the %s was removed", role);
+        wrong().say("the %s was removed", role);
     else if (!same_records(*its.of, of))
-        finding_.say("the %s is of another family", role);
+        wrong().say("the %s is of another family", role);
     else
-        finding_.say("the %s is of another %s", role, of.noun);
-    finding_.show_member(role, position, *known);
+        wrong().say("the %s is of another %s", role, of.noun);
+    wrong().show_member(role, position, *known);
     if (known->live && number != in && in != 0)
-        finding_.show_container(in);
+        wrong().show_container(in);
 }
 
 void call::look_at_iterator(const family &of, const void *next, const void *end,
@@ -328,8 +329,8 @@ void call::look_at_iterator(const family &of, const void *next, const void *end,
     if (!rests_on->live || !same_records(*owner_at(number).of, of)) {
         if (!sees_every_block())
             return;
-        finding_.say(rests_on->live ? "the iterator is of another family" : "the iterator rests on a removed position");
-        finding_.show_member("position", next, *rests_on);
+        wrong().say(rests_on->live ? "the iterator is of another family" : "the iterator rests on a removed position");
+        wrong().show_member("position", next, *rests_on);
         return;
     }
     uses(number, 0);
@@ -341,10 +342,10 @@ void call::look_at_iterator(const family &of, const void *next, const void *end,
     claim_members(number);
     if (const entry *const ends_at = find(end); !is_right(ends_at)) {
         if (ends_at->live)
-            finding_.say("the iterator's end is of another %s", of.noun);
+            wrong().say("the iterator's end is of another %s", of.noun);
         else
-            finding_.say("the iterator's end was removed");
-        finding_.show_member("end", end, *ends_at);
+            wrong().say("the iterator's end was removed");
+        wrong().show_member("end", end, *ends_at);
     }
 }
 

@@ -67,15 +67,16 @@ struct running_call {
     owner_number used[most_used]; /* containers */
     owner_number blocks_of;       /* the container that the blocks are of that it allocates */
     owner_number expected;        /* the container that it makes */
+    bool has_raised;
+    bool edits, releases;         /* one of the containers */
     const raise_meaning *meaning; /* or null */
     const void *position;         /* that it is about, where it matters to calls inside of it; or null */
-    bool has_raised;
-    bool edits, releases; /* one of the containers */
 };
 
-/* The calls of a thread that are running, the innermost last. */
+/* The calls of a thread that are running, the innermost last. They are few: a program that loads the library late has little room
+   for what every thread has from the start. */
 struct running_calls {
-    static constexpr unsigned most = 32;
+    static constexpr unsigned most = 12;
 
     running_call calls[most];
     unsigned count;
@@ -105,20 +106,19 @@ void note_raise(int32_t line);
    not on its stack, where those that a jump has left could not be read any more. */
 class call {
 public:
-    call(const char *function, place where) : finding_(function, where)
+    call(const char *function, place where) : function_(function), where_(where)
     {
-        outermost_.depth = nullptr;
-        if (running.count != 0)
+        if (running.count != 0) [[unlikely]]
             make_room();
         index_ = running.count++;
         own_ = &running.calls[index_];
-        *own_ = {this, function, where, {}, 0, 0, nullptr, nullptr, false, false, false};
+        *own_ = {this, function, where, {}, 0, 0, false, false, false, nullptr, nullptr};
     }
 
     /* A call on another stack may have taken this one for left. */
     ~call()
     {
-        if (own_->depth == this)
+        if (own_->depth == this) [[likely]]
             end();
     }
 
@@ -128,10 +128,16 @@ public:
     /* ---- what roles ask before the call; all of it under the lock ---- */
 
     /* Whether something is wrong already. */
-    bool is_wrong() const { return finding_.is_misuse(); }
+    bool is_wrong() const { return is_wrong_; }
 
     /* The finding, to be told what is wrong. */
-    finding &wrong() { return finding_; }
+    finding &wrong()
+    {
+        if (!is_wrong_)
+            new (&finding_) finding(function_, where_);
+        is_wrong_ = true;
+        return finding_;
+    }
 
     /* Judges a container: null, never made, released, of another family, edited while it is calling back. Notes it as the
        nth that this call uses. Returns its number, or 0 where it is wrong or unknown. A container that may be made by hand
@@ -209,8 +215,8 @@ public:
     owner_number expect_container(const family &of);
     void container_is(const family &of, const void *made);
 
-    const char *function() const { return finding_.function(); }
-    place where() const { return finding_.where(); }
+    const char *function() const { return function_; }
+    place where() const { return where_; }
 
     /* ---- make() ---- */
 
@@ -222,20 +228,23 @@ public:
     void judge_threads();
     bool has_entered() const { return has_entered_; }
 
-    /* Reports what is wrong. Without the lock. */
+    /* Reports what is wrong and was not reported yet. Without the lock. */
     void report_misuse()
     {
-        if (is_wrong())
+        if (is_wrong_ && !is_reported_) [[unlikely]] {
+            is_reported_ = true;
             report(finding_);
+        }
     }
 
 private:
     static constexpr uint32_t now_and_then = 256;
+    static constexpr uint32_t live_head = state_word(kind::head, true, true, 0);
 
     /* Whether all is as it is nearly always; counts an edit then. */
     bool is_plainly_right(const family &of, const entry &known, use how)
     {
-        if (!known.live || known.what != kind::head || chosen_options.full)
+        if ((state_word(known) & containers_bytes) != live_head || chosen_options.full)
             return false;
         owner &judged = owner_at(known.owner);
         if (judged.of != &of)
@@ -253,10 +262,10 @@ private:
 
     void end()
     {
-        if (!completed_ || own_->has_raised)
+        if (!completed_ || own_->has_raised) [[unlikely]]
             leave_running();
         running.count = index_;
-        if (outermost_.depth)
+        if (is_beyond_) [[unlikely]]
             running.calls[running.count++] = outermost_;
     }
 
@@ -269,13 +278,18 @@ private:
     static const running_call *next_outer(const running_call *of);
     static bool still_runs(const running_call &outer);
 
-    finding finding_;
-    unsigned index_;
+    const char *function_;
+    place where_;
     running_call *own_;
-    running_call outermost_; /* what this one's record holds otherwise, where there are more than fit */
+    unsigned index_;
+    bool completed_ = false, is_wrong_ = false, is_reported_ = false, has_entered_ = false;
+    bool is_beyond_ = false; /* there were more calls than fit: this one has the place of `outermost_` */
     const void *remembered_ = nullptr;
-    const void *entered_[running_call::most_used];
-    bool completed_ = false, has_entered_ = false;
+    const void *entered_[running_call::most_used]; /* where it has entered */
+    running_call outermost_;
+    union {
+        finding finding_; /* where something is wrong */
+    };
 };
 
 /* Whether a role has something to note after the call. */
@@ -295,9 +309,15 @@ void conclude_role(const Role &role, Of &...of)
 /* A role may also have a function that asks the program's own callbacks, ask(call, arguments, result), for MOVA_CHECK=order.
    It is asked without the lock. */
 template <class Role, class... Of>
+constexpr bool asks = requires(const Role &role, Of &...of)
+{
+    role.ask(of...);
+};
+
+template <class Role, class... Of>
 void ask_role(const Role &role, Of &...of)
 {
-    if constexpr (requires { role.ask(of...); })
+    if constexpr (asks<Role, Of...>)
         role.ask(of...);
 }
 
@@ -308,6 +328,9 @@ struct row {
 
     template <class... Of>
     static constexpr bool concludes = (checked::concludes<Roles, Of...> || ...);
+
+    template <class... Of>
+    static constexpr bool asks = (checked::asks<Roles, Of...> || ...);
 
     std::tuple<Roles...> all;
 };
@@ -320,13 +343,12 @@ __attribute__((always_inline)) inline Result make(call &made, Result (*plain)(De
     const std::tuple<Arguments &...> arguments(given...);
     {
         const registry_lock lock;
-        count_call();
+        ++calls_checked;
         std::apply([&](const auto &...role) { ((made.is_wrong() || (role.before(made, arguments), true)) && ...); },
                    Row.all);
         if (lock.has_threads() && !made.is_wrong())
             made.enter();
     }
-    const bool was_wrong = made.is_wrong();
     made.report_misuse();
     const auto conclude = [&](auto &...result) {
         made.completed();
@@ -337,10 +359,12 @@ __attribute__((always_inline)) inline Result make(call &made, Result (*plain)(De
         }
         if (made.has_entered())
             made.judge_threads();
-        if (asked_for().order)
-            std::apply([&](const auto &...role) { (ask_role(role, made, arguments, result...), ...); }, Row.all);
-        if (!was_wrong)
-            made.report_misuse();
+        if constexpr (row_of_it::template asks<call, decltype(arguments),
+                                               std::remove_reference_t<decltype(result)>...>) {
+            if (asked_for().order)
+                std::apply([&](const auto &...role) { (ask_role(role, made, arguments, result...), ...); }, Row.all);
+        }
+        made.report_misuse();
     };
     if constexpr (std::is_void_v<Result>) {
         plain(given...);

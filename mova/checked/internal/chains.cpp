@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <initializer_list>
+#include <utility>
 
 #include <sys/uio.h>
 #include <unistd.h>
@@ -38,44 +39,82 @@ void for_each_member(owner_number container, auto visit)
         node = read_safely(node, &around, sizeof around) ? around.after : nullptr;
 }
 
+bool is_in_known_slab(const void *address)
+{
+    return &mova_checked_slabs && is_in_slab(mova_checked_slabs, reinterpret_cast<uintptr_t>(address));
+}
+
+/* What the system says of memory of this process: it may refuse to say anything. */
+enum class answer { there, not_there, none };
+
+answer read_pieces(const iovec *pieces, size_t count, void *to, size_t bytes)
+{
+    const int kept_errno = errno;
+    const iovec local = {to, bytes};
+    const ssize_t read = process_vm_readv(getpid(), &local, 1, pieces, count, 0);
+    const bool is_refused = read < 0 && errno != EFAULT;
+    errno = kept_errno;
+    return is_refused ? answer::none : read == static_cast<ssize_t>(bytes) ? answer::there : answer::not_there;
+}
+
 } // namespace
 
 bool read_safely(const void *from, void *to, size_t bytes)
 {
-    const int kept_errno = errno;
-    const iovec local = {to, bytes}, remote = {const_cast<void *>(from), bytes};
-    const ssize_t read = process_vm_readv(getpid(), &local, 1, &remote, 1, 0);
-    const bool is_refused = read < 0 && errno != EFAULT;
-    errno = kept_errno;
-    if (is_refused)
+    const iovec all = {const_cast<void *>(from), bytes};
+    const answer read = read_pieces(&all, 1, to, bytes);
+    if (read == answer::none)
         std::memcpy(to, from, bytes);
-    return is_refused || read == static_cast<ssize_t>(bytes);
+    return read != answer::not_there;
+}
+
+/* A byte of each page is read. */
+bool are_bytes_there(const void *from, size_t bytes)
+{
+    constexpr size_t most = 256, page = 4096;
+    const auto begin = reinterpret_cast<uintptr_t>(from);
+    if (begin + bytes < begin)
+        return false;
+    if (begin / slab_size == (begin + bytes) / slab_size && is_in_known_slab(from))
+        return true;
+    iovec pieces[most];
+    char copies[most];
+    size_t count = 0;
+    for (size_t at = 0; at < bytes; at += page - (begin + at) % page) {
+        pieces[count++] = {reinterpret_cast<void *>(begin + at), 1};
+        if (count == most && read_pieces(pieces, std::exchange(count, 0), copies, most) == answer::not_there)
+            return false;
+    }
+    return count == 0 || read_pieces(pieces, count, copies, count) != answer::not_there;
 }
 
 bool is_there(const void *record)
 {
-    if (&mova_checked_slabs && is_in_slab(mova_checked_slabs, reinterpret_cast<uintptr_t>(record)))
+    if (is_in_known_slab(record))
         return true;
     const entry *const known = find(record);
     links read;
     return (known && known->live) || read_safely(record, &read, sizeof read);
 }
 
-/* Most nodes lie in the slab of the one before. */
+bool readable_nodes::look_at(const void *node)
+{
+    if (!is_in_known_slab(node))
+        return is_there(node);
+    slab_ = reinterpret_cast<uintptr_t>(node) / slab_size;
+    return true;
+}
+
 bool is_chain_there(const void *first, const void *last, int32_t count)
 {
-    uintptr_t in_slab = 0;
+    readable_nodes is_readable;
     const void *node = first;
     for (int32_t left = count; node && left > 0; --left) {
-        const auto address = reinterpret_cast<uintptr_t>(node);
-        if (address / slab_size != in_slab) {
-            if (!is_there(node))
-                return false;
-            in_slab = &mova_checked_slabs && is_in_slab(mova_checked_slabs, address) ? address / slab_size : 0;
-        }
+        if (!is_readable(node))
+            return false;
         node = static_cast<const links *>(node)->after;
     }
-    return !last || is_there(last);
+    return !last || is_readable(last);
 }
 
 void claim_members(owner_number container)

@@ -21,14 +21,31 @@ bool read_safely(const void *from, void *to, size_t bytes);
    are there, and the system is asked about others. */
 bool is_there(const void *record);
 
+/* Whether so many bytes may be read. */
+bool are_bytes_there(const void *from, size_t bytes);
+
+/* As is_there, of one node after the other: most lie in the slab of the one before. */
+class readable_nodes {
+public:
+    bool operator()(const void *node)
+    {
+        return reinterpret_cast<uintptr_t>(node) / slab_size == slab_ || look_at(node);
+    }
+
+private:
+    bool look_at(const void *node);
+
+    uintptr_t slab_ = UINTPTR_MAX;
+};
+
 /* Whether the first nodes of a chain, as many as that, and the last one are there. */
 bool is_chain_there(const void *first, const void *last, int32_t count);
 
-/* As broken_invariant, of a list whose links may lead anywhere. Such a link has no way back: that is invariant 4. */
+/* As broken_invariant, of a list whose links may lead anywhere. */
 template <class List>
 int broken_invariant_of_chain(const List &list)
 {
-    return is_chain_there(list.first, list.last, list.count) ? mova::broken_invariant(list) : 4;
+    return mova::broken_invariant(list, readable_nodes());
 }
 
 /* Notes the nodes that the registry has otherwise as the container's: those along `next` from its first, no more than it

@@ -5,6 +5,8 @@
 
 #include "call.h"
 
+#include <utility>
+
 namespace mova::checked {
 
 inline void say_sizes_differ(call &made, unsigned long given, unsigned long own)
@@ -22,6 +24,12 @@ inline void say_element_sizes(call &made, unsigned target, unsigned source)
 inline uint64_t elements_bytes(int64_t count, uint32_t element_size)
 {
     return count > 0 ? static_cast<uint64_t>(count) * element_size : 0;
+}
+
+/* Whether a block can have so many bytes. On 64-bit all can that 31 bits of count and 32 of size come to. */
+inline bool is_size(uint64_t bytes)
+{
+    return std::in_range<size_t>(bytes);
 }
 
 inline bool lies_in(const void *address, const void *storage, uint64_t bytes)

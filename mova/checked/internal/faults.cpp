@@ -1,5 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /* Explains a fault under mova-check: the checked host fills released blocks with a pattern that is no address. */
+#include "faults.h"
+
 #include "blocks.h"
 #include "report.h"
 #include "symbols.h"
@@ -26,9 +28,11 @@ constexpr int instruction_register = REG_RIP, stack_register = REG_RSP;
 constexpr int instruction_register = REG_EIP, stack_register = REG_ESP;
 #endif
 
-/* How a fault was handled when the program began, and how the program handled it when that was looked at last. */
-struct sigaction first_handling, own_handling;
-bool is_explained; /* since then */
+/* How the program handles a fault: what comes after the explanation. */
+struct sigaction own_handling;
+
+/* The instruction whose fault was explained last: where the program does not end it may come again. */
+uintptr_t explained;
 
 /* A field of a record that lies where the pattern leads to. */
 bool leads_out_of_released_block(greg_t value)
@@ -83,36 +87,61 @@ source_place place_of_fault(uintptr_t instruction)
     return out.found;
 }
 
-/* What is known of the fault is said. Then the program's own way of handling it, or the system's, is set again, and the
-   instruction that faulted is what comes next; or the signal, where somebody sent it. A handler of the program's may come back
-   here, for that is what it found when it was set: then the first way is the one. */
-void explain(int signal, siginfo_t *fault, void *context)
+/* A handler of the program's may run on a small stack of its own, on which debug information cannot be read. */
+bool is_stack_small()
 {
-    sigaction(SIGSEGV, is_explained ? &first_handling : &own_handling, nullptr);
-    if (is_explained)
-        return;
-    is_explained = true;
-    if (fault->si_code <= 0) {
-        raise(signal);
-        return;
-    }
+    constexpr size_t enough = 131072;
+    stack_t now;
+    return sigaltstack(nullptr, &now) == 0 && (now.ss_flags & SS_ONSTACK) && now.ss_size < enough;
+}
+
+void say_what_is_known(const siginfo_t *fault, void *context)
+{
     const greg_t *const registers = static_cast<const ucontext_t *>(context)->uc_mcontext.gregs;
+    const auto instruction = static_cast<uintptr_t>(registers[instruction_register]);
     const void *since = nullptr;
     const char *what = mova_checked_explain_fault ? mova_checked_explain_fault(fault->si_addr, &since) : nullptr;
     if (!what && leads_out_of_released_block(registers))
         what = "a pointer out of a released block is followed";
-    if (!what)
+    if (!what || instruction == explained)
         return;
-    const source_place at = place_of_fault(static_cast<uintptr_t>(registers[instruction_register]));
+    explained = instruction;
+    const bool is_short = is_stack_small();
+    const source_place at =
+        is_short ? module_of(reinterpret_cast<place>(instruction + 1)) : place_of_fault(instruction);
     char text[800];
     const int length =
         std::snprintf(text, sizeof text, "mova: fault: %s\n  in         %-33s %s\n", what, at.function, at.line);
     if (since) {
-        const source_place call = source_of(since);
+        const source_place call = is_short ? module_of(since) : source_of(since);
         std::snprintf(text + length, sizeof text - static_cast<size_t>(length), "  since      %-33s %s\n",
                       call.function, call.line);
     }
     write_out(text);
+}
+
+/* What the program, or the system, would have done with the signal. Where that is not to handle it, the instruction that
+   faulted comes next; a signal that somebody sent is sent again. */
+void pass_on(int signal, siginfo_t *fault, void *context)
+{
+    const struct sigaction own = own_handling;
+    const bool was_sent = fault->si_code <= 0;
+    if (own.sa_flags & SA_SIGINFO) {
+        own.sa_sigaction(signal, fault, context);
+    } else if (own.sa_handler != SIG_DFL && own.sa_handler != SIG_IGN) {
+        own.sa_handler(signal);
+    } else if (own.sa_handler == SIG_DFL || !was_sent) {
+        system_sigaction(signal, &own, nullptr);
+        if (was_sent)
+            raise(signal);
+    }
+}
+
+void explain(int signal, siginfo_t *fault, void *context)
+{
+    if (fault->si_code > 0)
+        say_what_is_known(fault, context);
+    pass_on(signal, fault, context);
 }
 
 } // namespace
@@ -121,25 +150,44 @@ void explain_faults()
 {
     static const bool is_asked_for = std::getenv("MOVA_CHECK_CLOSE");
     struct sigaction now;
-    if (!is_asked_for || sigaction(SIGSEGV, nullptr, &now) != 0 || now.sa_sigaction == explain)
+    if (!is_asked_for || system_sigaction(SIGSEGV, nullptr, &now) != 0 || is_explanation(now.sa_handler))
         return;
-    static bool has_begun;
-    if (!has_begun)
-        first_handling = now;
-    has_begun = true;
     own_handling = now;
-    is_explained = false;
     now.sa_sigaction = explain;
     now.sa_flags |= SA_SIGINFO;
-    sigaction(SIGSEGV, &now, nullptr);
+    system_sigaction(SIGSEGV, &now, nullptr);
+}
+
+bool is_explanation(void (*handler)(int))
+{
+    return reinterpret_cast<void *>(handler) == reinterpret_cast<void *>(explain);
+}
+
+struct sigaction handling_of_program()
+{
+    return own_handling;
 }
 
 } // namespace mova::checked
 
 #else
 
-void mova::checked::explain_faults()
+namespace mova::checked {
+
+void explain_faults()
 {
 }
+
+bool is_explanation(void (*)(int))
+{
+    return false;
+}
+
+struct sigaction handling_of_program()
+{
+    return {};
+}
+
+} // namespace mova::checked
 
 #endif

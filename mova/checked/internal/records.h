@@ -11,8 +11,11 @@
 #ifndef MOVA_CHECKED_INTERNAL_RECORDS_H
 #define MOVA_CHECKED_INTERNAL_RECORDS_H
 
+#include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace mova::checked {
 
@@ -26,7 +29,7 @@ enum class kind : uint8_t { head, block, iterator, item };
 using owner_number = uint32_t;
 
 struct entry {
-    place last_place;   /* where it was made, or where it was released */
+    place last_place;   /* where it was made, or where it was removed or released */
     owner_number owner; /* 0 where nothing is known */
     kind what;
     bool live;
@@ -34,11 +37,35 @@ struct entry {
     uint8_t of_host; /* the checked host's own */
 };
 
+/* The last four bytes of an entry as one word, to be compared and stored at once. */
+constexpr uint32_t state_word(kind what, bool live, bool known, uint8_t of_host)
+{
+    return std::bit_cast<uint32_t>(std::array<uint8_t, 4>{static_cast<uint8_t>(what), live, known, of_host});
+}
+
+/* Those of its bytes that are not the host's. */
+constexpr auto containers_bytes = std::bit_cast<uint32_t>(std::array<uint8_t, 4>{255, 255, 255, 0});
+
+constexpr size_t state_offset = offsetof(entry, what);
+
+inline uint32_t state_word(const entry &of)
+{
+    uint32_t word;
+    std::memcpy(&word, reinterpret_cast<const char *>(&of) + state_offset, sizeof word);
+    return word;
+}
+
+inline void set_state_word(entry &of, uint32_t word)
+{
+    std::memcpy(reinterpret_cast<char *>(&of) + state_offset, &word, sizeof word);
+}
+
 /* A block of the checked host. The containers' checks write the entry but for its last byte, and the host all else, each
-   under its own lock. */
+   under its own lock; either writes where a block was released. Where there is one thread, the containers' checks write all. */
 struct block_record {
     entry noted;
-    const void *made; /* where; or the next free block of its size */
+    const void *made;   /* where */
+    block_record *next; /* of its size, that was released after it */
 };
 
 struct slab {
@@ -73,6 +100,13 @@ inline bool is_in_slab(const slab_table &table, uintptr_t address)
 inline slab &slab_around(uintptr_t address)
 {
     return *reinterpret_cast<slab *>(address & ~uintptr_t{slab_size - 1});
+}
+
+/* The bytes of a small block. */
+inline char *block_of(block_record *record)
+{
+    slab &in = slab_around(reinterpret_cast<uintptr_t>(record));
+    return in.block(static_cast<size_t>(record - in.records()));
 }
 
 /* The record of the block that begins there, or null where none does. Exact for all distances in a slab. */

@@ -80,7 +80,18 @@ entry *find_large(uintptr_t address)
 namespace table {
 
 owner *pieces[18];
-found_block last_found;
+
+/* At first, of an address that is no container. */
+constinit entry nothing_found = {};
+constinit found_block last_found = {&nothing_found, &nothing_found};
+
+entry *find_first(const void *address)
+{
+    block_record *const small = small_record(reinterpret_cast<uintptr_t>(address));
+    if (small)
+        last_found = {address, &small->noted};
+    return find(address);
+}
 
 entry *find_elsewhere(uintptr_t address)
 {

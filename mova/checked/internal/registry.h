@@ -123,25 +123,20 @@ struct found_block {
     entry *noted;
 };
 extern found_block last_found;
+entry *find_first(const void *address);
 
 } // namespace table
 
 /* As find(), of an address that the calls in a row ask for: their container, or an iterator's end. */
-inline entry *find_again(const void *address)
+__attribute__((always_inline)) inline entry *find_again(const void *address)
 {
-    table::found_block &last = table::last_found;
-    if (address != last.address) {
-        block_record *const small = table::small_record(reinterpret_cast<uintptr_t>(address));
-        if (!small)
-            return find(address);
-        last = {address, &small->noted};
-    }
-    return last.noted && last.noted->known ? last.noted : nullptr;
+    const table::found_block &last = table::last_found;
+    return address == last.address && last.noted->known ? last.noted : table::find_first(address);
 }
 
 inline owner &owner_at(owner_number number)
 {
-    if (number < table::first_piece)
+    if (number < table::first_piece) [[likely]]
         return table::pieces[0][number];
     const unsigned piece = table::piece_of(number);
     return table::pieces[piece][number + table::first_piece - (table::first_piece << piece)];
@@ -149,6 +144,15 @@ inline owner &owner_at(owner_number number)
 
 /* Gives it back where nothing names it and its container is gone. */
 void drop_if_unused(owner_number number);
+
+/* An entry names another owner from now on. */
+inline void change_owner(owner_number before, owner_number of)
+{
+    if (of != 0)
+        ++owner_at(of).entries;
+    if (before != 0 && --owner_at(before).entries == 0)
+        drop_if_unused(before);
+}
 
 /* Notes in an address's entry what lies there from now on, whatever lay there before. */
 inline void enter(entry &noted, kind what, owner_number of, place where)
@@ -159,10 +163,7 @@ inline void enter(entry &noted, kind what, owner_number of, place where)
     noted.what = what;
     noted.live = true;
     noted.known = true;
-    if (of != 0)
-        ++owner_at(of).entries;
-    if (before != 0 && --owner_at(before).entries == 0)
-        drop_if_unused(before);
+    change_owner(before, of);
 }
 
 /* As enter(), of an address. */

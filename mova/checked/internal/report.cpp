@@ -2,6 +2,7 @@
 #include "report.h"
 
 #include "closing.h"
+#include "faults.h"
 #include "symbols.h"
 
 #include <mova/checked/checked.h>

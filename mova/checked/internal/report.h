@@ -68,24 +68,11 @@ private:
    program is to go on as with the ordinary library. Without the lock. */
 void report(const finding &misuse);
 
-/* Has faults explained before the program handles them, where mova-check asks for it. The program may have set a handler of its
-   own since: it is asked for again now and then. */
-void explain_faults();
-
 /* Writes to MOVA_CHECK_LOG, or stderr. */
 void write_out(const char *text);
 
 /* The calls that the program has made; guarded by the registry's lock. */
 extern long calls_checked;
-
-/* Counts one more. */
-inline void count_call()
-{
-    static constexpr long now_and_then = 1024;
-    const long number = ++calls_checked;
-    if (number % now_and_then == 0 || (number < now_and_then && (number & (number - 1)) == 0)) [[unlikely]]
-        explain_faults();
-}
 
 } // namespace mova::checked
 

@@ -260,13 +260,17 @@ private:
 
 } // namespace
 
+/* The call is before the place that it returns to. */
+source_place module_of(place where)
+{
+    return module_place(reinterpret_cast<uintptr_t>(where) - 1);
+}
+
 source_place source_of(place where)
 {
-    /* The call is before the place that it returns to. */
-    const uintptr_t address = reinterpret_cast<uintptr_t>(where) - 1;
-    source_place found = module_place(address);
+    source_place found = module_of(where);
 #ifdef CAN_READ_DEBUG_INFORMATION
-    debug_reader::get().find(address, found);
+    debug_reader::get().find(reinterpret_cast<uintptr_t>(where) - 1, found);
 #endif
     return found;
 }

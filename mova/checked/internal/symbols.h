@@ -18,6 +18,9 @@ struct source_place {
    it inline. Loads the reader of debug information at the first call. */
 source_place source_of(place where);
 
+/* As source_of, without debug information: the module, and how far in it. */
+source_place module_of(place where);
+
 /* As source_of, of a call that runs: one that the typed layer makes is its caller's, also where it was not put inline. */
 source_place source_of_running(place where);
 

@@ -9,18 +9,27 @@
 
 namespace mova {
 
-/* Returns the number of the first invariant that a chain or a ring breaks, or 0. Walks no more than `count` nodes. */
-template <class Node>
-int broken_chain_invariant(const Node *first, const Node *last, int32_t count, bool ring)
+/* Every node may be read. */
+struct all_readable {
+    constexpr bool operator()(const void *) const { return true; }
+};
+
+/* Returns the number of the first invariant that a chain or a ring breaks, or 0. Walks no more than `count` nodes. A link to what
+   `is_readable` denies has no way back. */
+template <class Node, class Readable>
+int broken_chain_invariant(const Node *first, const Node *last, int32_t count, bool ring, Readable is_readable)
 {
     if ((count == 0) != !first || (count == 0) != !last)
         return 2;
+    if (count && !(is_readable(last) && is_readable(first)))
+        return 4;
     if (count && (first->prev != (ring ? last : nullptr) || last->next != (ring ? first : nullptr)))
         return 3;
     int32_t nodes = 0;
     const Node *reached = nullptr;
-    for (const Node *node = first; node && nodes < count; node = node->next) {
-        if (node->next && node->next->prev != node)
+    for (const Node *node = first, *next; node && nodes < count; node = next) {
+        next = node->next;
+        if (next && !(is_readable(next) && next->prev == node))
             return 4;
         reached = node;
         ++nodes;
@@ -28,20 +37,24 @@ int broken_chain_invariant(const Node *first, const Node *last, int32_t count, b
     return nodes == count && reached == last ? 0 : 1;
 }
 
-inline int broken_invariant(const GL_list &list)
+template <class Readable = all_readable>
+int broken_invariant(const GL_list &list, Readable is_readable = {})
 {
-    return broken_chain_invariant(list.first, list.last, list.count, false);
+    return broken_chain_invariant(list.first, list.last, list.count, false, is_readable);
 }
 
-inline int broken_invariant(const EL_list &list)
+template <class Readable = all_readable>
+int broken_invariant(const EL_list &list, Readable is_readable = {})
 {
-    return broken_chain_invariant(list.first, list.last, list.count, list.closed != 0);
+    return broken_chain_invariant(list.first, list.last, list.count, list.closed != 0, is_readable);
 }
 
-inline int broken_invariant(const SL_list &list)
+template <class Readable = all_readable>
+int broken_invariant(const SL_list &list, Readable is_readable = {})
 {
     return broken_chain_invariant(static_cast<const mova_sl_links *>(list.first),
-                                  static_cast<const mova_sl_links *>(list.last), list.count, list.closed != 0);
+                                  static_cast<const mova_sl_links *>(list.last), list.count, list.closed != 0,
+                                  is_readable);
 }
 
 } // namespace mova
