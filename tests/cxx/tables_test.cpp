@@ -240,7 +240,7 @@ TEST_F(TypedTables, ChainsOfEqualHashesBehaveAsAMap)
 
 TEST_F(TypedTables, AKeyedTableWhoseHashCapturesMovesAndStaysUsable)
 {
-    const unsigned modulus = 3;
+    unsigned modulus = 3;
     auto hash = [&modulus](std::string_view text) { return text.size() % modulus; };
     mova::keyed_table<country, &country::name, decltype(hash)> a(hash), b(hash);
     a.insert({"Chad", 1});
