@@ -45,7 +45,7 @@ ending ending_of(const failure &failed)
                                                 : ending::completed;
 }
 
-std::vector<failure> kinds_of_failure()
+std::vector<failure> kinds_of_failure(bool with_jumps)
 {
     std::vector<failure> kinds;
     for (fault_source source : {fault_source::allocation, fault_source::pool_allocation, fault_source::pool_address,
@@ -60,6 +60,10 @@ std::vector<failure> kinds_of_failure()
             kinds.push_back({source, fault_way::answers, raise_mode::jumps, lasting, 1});
         }
     }
+    if (!with_jumps)
+        std::erase_if(kinds, [](const failure &kind) {
+            return kind.way == fault_way::jumps || kind.raises == raise_mode::jumps;
+        });
     return kinds;
 }
 

@@ -9,6 +9,7 @@
            int broken_invariant() const;   the number of a broken invariant, or 0
            void go_on();                uses the containers further: an edit of each kind, where that is allowed
            void release();              releases everything that is left
+           using makes_objects = …      where a jump out of its calls is undefined: none is tried then
        };
 
    and then gives a table of rows, each one call and what it leaves behind. For every row the sweep fails the first call of
@@ -85,8 +86,15 @@ bool is_defined(const failure &failed, const answers &answered);
 /* How a call ends in which such a failure struck. */
 ending ending_of(const failure &failed);
 
-/* The failures that a row goes through, each as the first call. */
-std::vector<failure> kinds_of_failure();
+/* The failures that a row goes through, each as the first call; without jumps, where what they leave is undefined. */
+std::vector<failure> kinds_of_failure(bool with_jumps);
+
+/* A jump may not pass over objects that have to be destroyed. A subject whose calls make some says so. */
+template <class Subject>
+constexpr bool may_be_jumped_out_of = !requires
+{
+    typename Subject::makes_objects;
+};
 
 /* Adds a test failure for each block that was lost and should not have been. Returns whether any was. */
 bool check_lost_blocks(bool may_lose);
@@ -167,7 +175,7 @@ template <class Subject>
 int sweep_row(const fault_row<Subject> &row)
 {
     tally all;
-    for (failure failed : kinds_of_failure()) {
+    for (failure failed : kinds_of_failure(may_be_jumped_out_of<Subject>)) {
         if (!is_defined(failed, row.answered))
             continue;
         while (try_failure(row, failed, all) && !::testing::Test::HasFailure())

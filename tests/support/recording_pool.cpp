@@ -23,7 +23,14 @@ void recording_pool::reset()
     budget_ = SIZE_MAX;
     used_ = 0;
     last_ = first_handle;
-    clears_handles_ = true;
+    clears_handles_ = moves_all_ = true;
+}
+
+void recording_pool::move_only(int nth)
+{
+    moves_all_ = false;
+    moves_offered_ = 0;
+    only_move_ = nth;
 }
 
 std::string recording_pool::name_of(mb_handle handle) const
@@ -56,6 +63,8 @@ void recording_pool::leave(bytes &&place)
 void recording_pool::move_all()
 {
     for (auto &[handle, place] : live_) {
+        if (++moves_offered_ != only_move_ && !moves_all_)
+            continue;
         bytes moved = place;
         std::swap(place, moved);
         leave(std::move(moved));

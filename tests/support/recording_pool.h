@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT */
 /* The memory blocks of the recording host. Every mb_alloc, whether it finds room or not, moves all other blocks, so that
-   an address which is kept across one is found out.
+   an address which is kept across one is found out; or, in a test that goes through the moves, one of them at one moment.
 
    Blocks are numbered in the order of their allocation (b1, b2, …). A fresh block is filled with 0xCD; what a block leaves
    behind, when it moves or is freed, is filled with 0xDD and kept aside until reset(), so that a write into it is found.
@@ -37,6 +37,10 @@ public:
     /* Whether a release clears the caller's handle, as it does unless told otherwise. */
     void set_clears_handles(bool clears) { clears_handles_ = clears; }
 
+    /* Of all moves that allocations offer from now on, makes the nth alone (1 is the next one), or none for 0. */
+    void move_only(int nth);
+    int moves_offered() const { return moves_offered_; }
+
     std::size_t live_blocks() const { return live_.size(); }
     bool has_room_for(std::size_t size) const { return size <= budget_ - used_; }
 
@@ -66,7 +70,8 @@ private:
     std::vector<bytes> left_;
     std::size_t budget_ = SIZE_MAX, used_ = 0;
     mb_handle last_ = 0;
-    bool clears_handles_ = true;
+    bool clears_handles_ = true, moves_all_ = true;
+    int moves_offered_ = 0, only_move_ = 0;
 };
 
 } // namespace mova::test
