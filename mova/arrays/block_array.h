@@ -46,8 +46,9 @@
    An element that is appended or inserted must not lie in the array itself when that is full.
 
    Ownership: the record is the caller's, the storage the array's. Nothing here calls back, and nothing raises; indices are
-   tested only where a function says so; anything else that is out of range, and a full array whose `increment` is below
-   1, is undefined. One thread at a time.
+   tested only where a function says so; anything else that is out of range is undefined, and so are a full array whose
+   `increment` is below 1, or whose count and increment together are above 2147483647, and arrays that are joined to more
+   elements than that. One thread at a time.
 
    Failures: an exception or a jump out of the memory service passes through. Every array is then unchanged, where a
    function does not say otherwise, and nothing is lost. A record that was to be filled is an empty array without storage:

@@ -50,7 +50,7 @@ int DBLL_is_empty(const DBLL_list *list) __attribute__((nonnull(1)));
 void DBLL_set_closed(DBLL_list *list) __attribute__((nonnull(1)));
 void DBLL_reset_closed(DBLL_list *list) __attribute__((nonnull(1)));
 
-/* Returns 16 for each value: what the values and their links occupied on the 32-bit machine. It checks nothing. */
+/* Returns 16 for each value, modulo 2^32: what the values and their links occupied on the 32-bit machine. It checks nothing. */
 int32_t DBLL_check(const DBLL_list *list) __attribute__((nonnull(1)));
 
 /* ---- insertion, removal, replacement ---- */

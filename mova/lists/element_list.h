@@ -53,7 +53,8 @@
 
    Ownership: the list owns its head, its nodes and the elements in them. Nothing here calls back but an iterator's
    test. Errors: two functions raise, as they say; nothing else is checked. A null list, a position of another list,
-   or a range whose `to` does not lie ahead (on a ring such a walk never ends) are undefined. One thread at a time.
+   or a range whose `to` does not lie ahead (on a ring such a walk never ends) are undefined, and so are more than
+   2147483647 nodes. One thread at a time.
 
    Failures: an exception or a jump, out of the memory service, a raise or a test, passes through, and the list is
    unchanged, where a function does not say otherwise. Nothing is lost by an exception. An iterator has passed the

@@ -51,7 +51,7 @@
    items, through the caller's callback. A callback must not edit the list that calls it.
 
    Errors: nothing here raises an error, or checks an argument or an allocation. A null list (other than for GL_release),
-   a null position and a position of another list are undefined.
+   a null position and a position of another list are undefined, and so are more than 2147483647 nodes.
 
    Failures: an exception or a jump, out of a callback or out of the memory service, passes through, and the list is
    unchanged, where a function does not say otherwise. Nothing is lost by an exception.
@@ -130,7 +130,7 @@ GL_list *GL_copy(const GL_list *list) __attribute__((nonnull(1), warn_unused_res
 GL_list *GL_total_copy(const GL_list *list, GL_copy_fn copy_item) __attribute__((nonnull(1), warn_unused_result));
 
 /* Returns the number of bytes that the list and its items occupy: 12 for the head, and for each node 12 plus what
-   `item_size` returns for its item. Heads and nodes count with these sizes on every platform. Linear. */
+   `item_size` returns for its item, modulo 2^32. Heads and nodes count with these sizes on every platform. Linear. */
 int32_t GL_check(const GL_list *list, GL_size_fn item_size) __attribute__((nonnull(1)));
 
 /* Returns the number of items. */

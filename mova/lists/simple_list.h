@@ -38,7 +38,8 @@
 
    Ownership: the list owns its head and the items' links, the caller owns the items; SL_total_release and
    SL_make_empty hand them to the caller's callback, which may free them. Errors: two functions raise, as they say;
-   nothing else is checked. A null list and an item of another list are undefined. One thread at a time.
+   nothing else is checked. A null list, an item of another list and more than 2147483647 items are undefined. One thread
+   at a time.
 
    Failures: an exception or a jump, out of a callback, a raise or the memory service, passes through, and the list is
    unchanged, where a function does not say otherwise. Nothing is lost by an exception. An iterator has passed the item
@@ -115,7 +116,7 @@ void SL_make_empty(SL_list *list, SL_free_fn free_item) __attribute__((nonnull(1
 SL_list *SL_total_copy(const SL_list *list, SL_copy_fn copy_item) __attribute__((nonnull(1), warn_unused_result));
 
 /* Returns the number of bytes that the list and its items occupy: 16 for the head, on every platform, and what
-   `item_size` returns for each item. Linear. */
+   `item_size` returns for each item, modulo 2^32. Linear. */
 int32_t SL_check(const SL_list *list, SL_size_fn item_size) __attribute__((nonnull(1)));
 
 /* Makes the list a ring. */

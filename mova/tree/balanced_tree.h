@@ -60,8 +60,8 @@
    freed, and stay counted.
 
    Errors are raised with the module name "gentree" and MOVA_PRECONDITION_BROKEN; nothing else is checked. A null tree
-   (where nothing is said about it), a position of another tree, an iterator that has ended and a null answer of the
-   memory service are undefined.
+   (where nothing is said about it), a position of another tree, an iterator that has ended, more than 2147483647 items in all
+   trees together and a null answer of the memory service are undefined.
 
    Failures: an exception or a jump, out of a callback, the memory service, the debug output or a raise, passes through,
    and the tree and its iterators are unchanged, where a function does not say otherwise. Nothing is lost by an exception.

@@ -2,6 +2,7 @@
 /* Arrays of more than 4 GiB, on a host that maps them and a test that touches a few of their pages. */
 #include <mova/arrays/block_array.h>
 #include <mova/arrays/dynamic_array.h>
+#include <mova/arrays/id_lookup_table.h>
 #include <mova/frame/host.h>
 
 #include <gtest/gtest.h>
@@ -103,6 +104,51 @@ TEST(LargeArray, ADynamicArrayGrowsBeyond4GiB)
     for (int32_t i = 0; i < 8; ++i)
         EXPECT_EQ(byte_of(DA_data(array), i), 0);
     DA_release(array);
+}
+
+/* Elements of 2 GiB, and those of the largest size there is, of which one byte each is touched. */
+TEST(LargeArray, ElementsMayHave2GiBAndMore)
+{
+    for (const uint32_t size : {uint32_t{1} << 31, UINT32_MAX}) {
+        GB_block block;
+        calls.clear();
+        GB_init(&block, size, 2);
+        GB_set_number_of_elements(&block, 3);
+        EXPECT_EQ(calls, (std::vector<std::string>{"alloc " + std::to_string(2 * size_t{size}),
+                                                   "realloc " + std::to_string(2 * size_t{size}) + " -> " +
+                                                       std::to_string(3 * size_t{size})}));
+        DA_array array = {size, 1, 3, 3, block.data};
+        EXPECT_EQ(DA_get_item(&array, 2), static_cast<char *>(block.data) + 2 * size_t{size});
+        *static_cast<char *>(DA_get_item(&array, 2)) = 'x';
+        EXPECT_EQ(DA_memsize(&array), static_cast<uint32_t>(3 * uint64_t{size}));
+        void *element;
+        DA_iterator iterator = DA_all_items(&array);
+        for (size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(DA_next(&iterator, &element), 1);
+            EXPECT_EQ(element, static_cast<char *>(block.data) + i * size);
+        }
+        GB_release(&block);
+        EXPECT_EQ(calls.back(), "dealloc " + std::to_string(3 * size_t{size}));
+    }
+}
+
+/* Ids as far as 2^31 - 1024 - 1: the increment comes on top. */
+TEST(LargeArray, AnIdTableReachesItsLastId)
+{
+    DA_array *table = io_lut_create();
+    DA_clear(table);
+    table->nalloc = INT32_MAX - 1023;
+    table->nitems = INT32_MAX - 1030;
+    table->data = MM_alloc_item(static_cast<size_t>(table->nalloc) * sizeof(void *));
+    char things[2];
+    EXPECT_EQ(io_lut_add(table, &things[0]), INT32_MAX - 1030);
+    io_lut_set(table, &things[1], INT32_MAX - 1024);
+    EXPECT_EQ(DA_nitems(table), INT32_MAX - 1023);
+    EXPECT_EQ(io_lut_get_ptr(table, INT32_MAX - 1030), &things[0]);
+    EXPECT_EQ(io_lut_get_ptr(table, INT32_MAX - 1024), &things[1]);
+    for (const int32_t none : {INT32_MIN, -1, 0, INT32_MAX - 1025, INT32_MAX - 1023, INT32_MAX})
+        EXPECT_EQ(io_lut_look_ptr(table, none), nullptr) << none;
+    io_lut_release(&table);
 }
 
 TEST(LargeArray, ABlockArrayGrowsBeyond4GiB)
