@@ -20,7 +20,11 @@ constexpr std::size_t most_iterators = 8, most_items = 48;
 
 class interpreter : public byte_interpreter {
 public:
-    using byte_interpreter::byte_interpreter;
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes)
+    {
+        if (bytes_.is_exhaustive())
+            used_ = bytes_.below(trees_.size());
+    }
 
 private:
     using operation = void (interpreter::*)();
@@ -38,9 +42,9 @@ private:
             &interpreter::step_iterator,  &interpreter::step_iterator,  &interpreter::step_iterator,
             &interpreter::end_iterator,   &interpreter::remove_current,
         };
-        tree_ = &trees_[bytes_.below(trees_.size())];
-        tree_->set_raises(bytes_.below(2) == 1 ? modelled_tree::raises::are_thrown
-                                               : modelled_tree::raises::are_returned_from);
+        tree_ = &trees_[bytes_.is_exhaustive() ? used_ : bytes_.below(trees_.size())];
+        const std::size_t throws = bytes_.is_exhaustive() ? tree_->size() % 2 : bytes_.below(2);
+        tree_->set_raises(throws == 1 ? modelled_tree::raises::are_thrown : modelled_tree::raises::are_returned_from);
         do_one_of(operations);
     }
 
@@ -51,17 +55,59 @@ private:
         expected_.require_nothing_left();
     }
 
+    /* Where every small case is tried there is one tree and one iterator. Trees that may have equal keys, or have odd ones and
+       iterators that ask for those, are smaller: there are many more of them. */
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        const modelled_tree &t = trees_[used_];
+        state.add(used_);
+        t.describe(state);
+        bool has_odd = false;
+        for (std::size_t i = 0; i < t.size(); ++i)
+            has_odd |= t.key_at(i) % 2 != 0;
+        const bool asks = t.iterator_count() > 0 && t.has_condition(0);
+        return t.size() + (has_odd || asks ? 4 : 0) + (used_ == with_equal_ones ? 3 : 0) <= most &&
+               t.iterator_count() <= 1 && left_behind_ == 0;
+    }
+
     /* ---- what the operations choose ---- */
 
-    int32_t any_key() { return static_cast<int32_t>(bytes_.below(key_count)); }
+    int32_t any_key() { return bytes_.is_exhaustive() ? any_rank() : static_cast<int32_t>(bytes_.below(key_count)); }
+
+    /* One of the keys that are there, or one between two of them, in the middle; in a small tree an odd one too. */
+    int32_t any_rank() { return key_of_rank(bytes_.below(2 * tree_->size() + 1)); }
+
+    /* One for an item that is there: its own, the least or the greatest. */
+    int32_t any_new_key(std::size_t index)
+    {
+        if (!bytes_.is_exhaustive())
+            return any_key();
+        const std::size_t ranks[] = {0, 2 * index + 1, 2 * tree_->size()};
+        return key_of_rank(ranks[bytes_.below(std::size(ranks))]);
+    }
+
+    int32_t key_of_rank(std::size_t rank)
+    {
+        const std::size_t index = rank / 2;
+        if (rank % 2 == 1)
+            return tree_->key_at(index);
+        const int64_t low = index == 0 ? -(int64_t{1} << 31) : tree_->key_at(index - 1);
+        const int64_t high = index == tree_->size() ? int64_t{1} << 31 : tree_->key_at(index);
+        const int64_t key = (low + high) / 2 / 2 * 2;
+        const auto odd = static_cast<int32_t>(tree_->size() < 4 ? bytes_.below(2) : 0);
+        return static_cast<int32_t>(key) + odd;
+    }
     std::size_t any_item() { return bytes_.below(tree_->size()); }
     std::size_t any_iterator() { return bytes_.below(tree_->iterator_count()); }
     modelled_tree::predicate any_condition()
     {
-        return bytes_.below(2) == 1 ? modelled_tree::predicate::odd : modelled_tree::predicate::small;
+        return bytes_.below(2, 1) == 1 ? modelled_tree::predicate::odd : modelled_tree::predicate::small;
     }
-    int32_t any_mode() { return static_cast<int32_t>(bytes_.below(3)); }
-    bool may_start() const { return trees_[0].iterator_count() + trees_[1].iterator_count() < most_iterators; }
+    int32_t any_mode() { return static_cast<int32_t>(bytes_.below(3, tree_->size() < 5 ? 3 : 1)); }
+    bool may_start() const
+    {
+        return trees_[0].iterator_count() + trees_[1].iterator_count() < (bytes_.is_exhaustive() ? 1 : most_iterators);
+    }
 
     /* ---- operations ---- */
 
@@ -76,7 +122,7 @@ private:
         if (!tree_->size())
             return;
         const std::size_t index = any_item();
-        bytes_.below(4) == 1 ? tree_->find_and_remove(index) : tree_->remove(index);
+        bytes_.below(4, 2) == 1 ? tree_->find_and_remove(index) : tree_->remove(index);
     }
 
     void remove_first() { tree_->remove_first(); }
@@ -91,16 +137,19 @@ private:
     {
         if (tree_->size()) {
             const std::size_t index = any_item();
-            const int32_t key = any_key();
+            const int32_t key = any_new_key(index);
             tree_->remove_with_key(index, key, bytes_.below(2) == 1);
         }
     }
 
     void look_up()
     {
-        tree_->search(any_key());
-        tree_->find_stranger(any_key());
-        if (tree_->size())
+        const int32_t key = any_key();
+        tree_->search(key);
+        tree_->find_stranger(bytes_.is_exhaustive() ? key : any_key());
+        for (std::size_t i = 0; bytes_.is_exhaustive() && i < tree_->size(); ++i)
+            tree_->find(i);
+        if (tree_->size() && !bytes_.is_exhaustive())
             tree_->find(any_item());
     }
 
@@ -117,9 +166,9 @@ private:
     void sort()
     {
         std::vector<std::pair<std::size_t, int32_t>> changed;
-        for (std::size_t i = bytes_.below(4); i > 0 && tree_->size(); --i) {
+        for (std::size_t i = bytes_.below(4, 2); i > 0 && tree_->size(); --i) {
             const std::size_t index = any_item();
-            const int32_t key = any_key();
+            const int32_t key = any_new_key(index);
             const bool is_new = std::none_of(changed.begin(), changed.end(), [&](auto &c) { return c.second == key; });
             if (tree_->admits(key) && is_new)
                 changed.emplace_back(index, key);
@@ -132,7 +181,7 @@ private:
     /* Seldom, so that the trees grow. */
     void dispose()
     {
-        const std::size_t how = bytes_.below(16);
+        const std::size_t how = bytes_.below(16, 5);
         if (how < 2)
             tree_->make_empty(how == 1);
         if (how < 2 || how >= 4)
@@ -211,12 +260,11 @@ private:
     std::array<modelled_tree, 2> trees_{modelled_tree(expected_, true), modelled_tree(expected_, false)};
     modelled_tree *tree_ = nullptr;
     int32_t left_behind_ = 0;
+    static constexpr std::size_t with_equal_ones = 0;
+    std::size_t used_ = with_equal_ones; /* where every small case is tried */
 };
 
-[[maybe_unused]] const bool added = add_model({.family = "balanced_tree",
-                                               .run = run_interpreter<interpreter>,
-                                               .long_runs = {250, 2000},
-                                               .short_runs = {1500, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("balanced_tree", {250, 2000}, {1500, 40}, {4, 8});
 
 } // namespace
 

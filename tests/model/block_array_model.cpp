@@ -28,9 +28,9 @@ struct model_block {
 
 class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2) == 0)
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2, 1) == 0)
     {
-        element_size_ = element_sizes[bytes_.below(element_sizes.size())];
+        element_size_ = element_sizes[bytes_.below(element_sizes.size(), 1)];
         for (selected_ = 0; selected_ < blocks_.size(); ++selected_)
             initialise(selected_);
     }
@@ -51,8 +51,25 @@ private:
             &interpreter::split,         &interpreter::roll_ring,     &interpreter::roll_ring,
             &interpreter::release_one,   &interpreter::start_again,
         };
-        selected_ = bytes_.below(blocks_.size());
+        selected_ = bytes_.below(block_count());
         do_one_of(operations);
+    }
+
+    /* Where every small case is tried there are two blocks. The second has an element at most; the first is smaller then, and
+       where the second has lost or got storage. */
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        for (std::size_t i = 0; i < 2; ++i) {
+            const model_block &described = models_[i];
+            state.add(described.count, described.capacity(), described.increment, described.closed);
+            for (int32_t each = 0; each < described.count; ++each)
+                state.add(described.storage[static_cast<std::size_t>(each)][0]);
+        }
+        const auto bound = static_cast<int32_t>(most);
+        const model_block &first = models_[0], &second = models_[1];
+        const int32_t of_second = 3 * second.count + (second.capacity() == 1 ? 0 : 2);
+        return first.count + of_second <= bound && first.capacity() <= bound + 1 && second.count <= 1 &&
+               second.capacity() <= 2 && second.increment == 10 && !second.closed;
     }
 
     void finish() override
@@ -66,8 +83,9 @@ private:
 
     GB_block *block() { return &blocks_[selected_]; }
     model_block &model() { return models_[selected_]; }
-    raw_element any_element() { return element_of(element_size_, bytes_.below(6)); }
-    std::size_t other_than_selected() { return (selected_ + 1 + bytes_.below(blocks_.size() - 1)) % blocks_.size(); }
+    std::size_t block_count() const { return bytes_.is_exhaustive() ? 2 : blocks_.size(); }
+    raw_element any_element() { return element_of(element_size_, bytes_.below(6, 2)); }
+    std::size_t other_than_selected() { return (selected_ + 1 + bytes_.below(block_count() - 1)) % block_count(); }
     int32_t index_up_to(int32_t bound)
     {
         return static_cast<int32_t>(bytes_.below(static_cast<std::size_t>(bound) + 1));
@@ -113,7 +131,7 @@ private:
 
     void initialise(std::size_t index)
     {
-        const int32_t capacity = index_up_to(9) - 2;
+        const int32_t capacity = bytes_.between(-2, 7, 0, index == 0 ? 2 : 0);
         expect_init(index, capacity);
         void *storage = GB_init(&blocks_[index], static_cast<uint32_t>(element_size_), capacity);
         require(storage == blocks_[index].data, "init returned another pointer");
@@ -204,13 +222,13 @@ private:
 
     void set_increment()
     {
-        model().increment = 1 + index_up_to(11);
+        model().increment = bytes_.between(1, 12, 1, 2);
         GB_set_inc(block(), model().increment);
     }
 
     void set_size()
     {
-        const int32_t n = index_up_to(model().count + 9) - 2;
+        const int32_t n = bytes_.between(-2, model().count + 7, -1, model().count + 3);
         expect_capacity(selected_, n);
         GB_set_number_of_elements(block(), n);
     }
@@ -229,7 +247,7 @@ private:
 
     void advance()
     {
-        const int32_t index = index_up_to(12) - 2, steps = index_up_to(40) - 20;
+        const int32_t index = bytes_.between(-2, 10, -1, 6), steps = bytes_.between(-20, 20, -7, 7);
         int32_t reached = index + steps;
         while (model().closed && model().count > 0 && reached < 0)
             reached += model().count;
@@ -308,7 +326,7 @@ private:
 
     void roll_ring()
     {
-        const int32_t n = index_up_to(60) - 30;
+        const int32_t n = bytes_.between(-30, 30, -6, 6);
         if (model().closed && model().count >= 2) {
             const auto count = static_cast<std::size_t>(model().count);
             const std::size_t first = first_after_roll(count, n);
@@ -352,8 +370,7 @@ private:
     std::size_t selected_ = 0;
 };
 
-[[maybe_unused]] const bool added = add_model(
-    {.family = "block_array", .run = run_interpreter<interpreter>, .long_runs = {150, 1500}, .short_runs = {1500, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("block_array", {150, 1500}, {1500, 40}, {2, 5});
 
 } // namespace
 

@@ -97,8 +97,15 @@ private:
         require(are_same(value, expected.value), "another value");
     }
 
-    double any_value() { return values[bytes_.below(std::size(values))]; }
-    double any_tolerance() { return tolerances[bytes_.below(std::size(tolerances))]; }
+    /* Of the few values, two are near to each other. */
+    double any_value() { return values[bytes_.between(0, std::size(values) - 1, 4, 6)]; }
+    double any_tolerance() { return tolerances[bytes_.below(std::size(tolerances), 3)]; }
+
+    int64_t label_of(const node &each) const override { return static_cast<int64_t>(each.value * 8); }
+    bool is_small(const node &each) const override
+    {
+        return each.value == values[4] || each.value == values[5] || each.value == values[6];
+    }
 
     /* ---- operations ---- */
 
@@ -266,7 +273,7 @@ private:
         std::size_t from, length;
         if (!any_range(from, length))
             return;
-        const std::size_t source = bytes_.below(lists_.size());
+        const std::size_t source = any_list();
         EL_node *begin = around(from).position, *end = around(from + length - 1).position;
         const std::size_t available = models_[source].nodes.size();
         for (std::size_t i = 0; i < std::min(length, available); ++i)
@@ -429,6 +436,8 @@ private:
 
     void start_iterator()
     {
+        if (!may_start())
+            return;
         EL_node *from = any_position_or_null(), *to = any_position_or_null();
         constexpr uint32_t size = sizeof(double);
         switch (bytes_.below(4)) {
@@ -459,8 +468,7 @@ private:
     }
 };
 
-[[maybe_unused]] const bool added = add_model(
-    {.family = "double_list", .run = run_interpreter<interpreter>, .long_runs = {200, 2000}, .short_runs = {2000, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("double_list", {200, 2000}, {2000, 40}, {2, 5});
 
 } // namespace
 

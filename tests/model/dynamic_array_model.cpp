@@ -60,7 +60,7 @@ struct iterator_pair {
 
 class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2) == 0)
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2, 1) == 0)
     {
         for (std::size_t i = 0; i < arrays_.size(); ++i)
             create(i);
@@ -82,8 +82,32 @@ private:
             &interpreter::start_again,   &interpreter::fail_to_copy,  &interpreter::start_iterator,
             &interpreter::step_iterator, &interpreter::step_iterator, &interpreter::step_iterator,
         };
-        selected_ = bytes_.below(arrays_.size());
+        selected_ = bytes_.below(array_count());
         do_one_of(operations);
+    }
+
+    /* Where every small case is tried there are two arrays and an iterator. The first array is smaller where the second has
+       elements, or storage, or larger elements, and with an iterator, which walks on the first. */
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        for (std::size_t i = 0; i < 2; ++i) {
+            const model_array &described = models_[i];
+            state.add(described.element_size, described.increment, described.nitems, described.nalloc());
+            for (int32_t each = 0; each < described.nitems; ++each)
+                state.add(described.storage[static_cast<std::size_t>(each)][0]);
+        }
+        const auto bound = static_cast<int32_t>(most);
+        const model_array &first = models_[0], &second = models_[1];
+        const int32_t of_second = 2 * second.nitems + second.nalloc() + (second.element_size == 1 ? 0 : 2);
+        const bool is_within =
+            first.nitems + of_second <= bound && first.nalloc() <= bound + 1 && second.increment == 1;
+        const iterator_pair &walking = iterators_[0];
+        state.add(walking.alive);
+        if (!walking.alive)
+            return is_within;
+        const DA_iterator &at = walking.model;
+        state.add(walking.array, at.forward, at.current, at.last, at.test != nullptr);
+        return is_within && walking.array == 0 && first.nitems + 3 <= bound && of_second == 0;
     }
 
     void finish() override
@@ -98,18 +122,22 @@ private:
 
     DA_array *array() { return arrays_[selected_]; }
     model_array &model() { return models_[selected_]; }
-    std::size_t other_than_selected() { return (selected_ + 1 + bytes_.below(arrays_.size() - 1)) % arrays_.size(); }
+    std::size_t array_count() const { return bytes_.is_exhaustive() ? 2 : arrays_.size(); }
+    std::size_t other_than_selected() { return (selected_ + 1 + bytes_.below(array_count() - 1)) % array_count(); }
     int32_t index_up_to(int32_t bound)
     {
         return static_cast<int32_t>(bytes_.below(static_cast<std::size_t>(bound) + 1));
     }
-    int32_t index_near_end() { return index_up_to(model().nitems + 5); }
+    int32_t index_near_end() { return bytes_.between(0, model().nitems + 5, 0, model().nitems + 2); }
+
+    /* So many elements are put in at once. */
+    int32_t any_count(int32_t most) { return bytes_.between(0, most, 0, 2); }
 
     element_vector any_elements(int32_t count)
     {
         element_vector made;
         for (int32_t i = 0; i < count; ++i)
-            made.push_back(element_of(model().element_size, bytes_.below(6)));
+            made.push_back(element_of(model().element_size, bytes_.below(6, 2)));
         return made;
     }
 
@@ -155,8 +183,8 @@ private:
     void create(std::size_t index)
     {
         models_[index] = {};
-        models_[index].element_size = element_sizes[bytes_.below(element_sizes.size())];
-        models_[index].increment = 1 + index_up_to(6);
+        models_[index].element_size = element_sizes[bytes_.below(element_sizes.size(), index == 1 ? 2 : 1)];
+        models_[index].increment = bytes_.between(1, 7, 1, index == 0 ? 2 : 1);
         expected_.alloc(sizeof(DA_array));
         arrays_[index] = DA_create(static_cast<uint32_t>(models_[index].element_size), models_[index].increment);
     }
@@ -178,7 +206,7 @@ private:
 
     void append()
     {
-        const element_vector elements = any_elements(index_up_to(5));
+        const element_vector elements = any_elements(any_count(5));
         const auto count = static_cast<int32_t>(elements.size());
         expect_room(model().nitems + count);
         std::copy(elements.begin(), elements.end(), model().at(model().nitems));
@@ -189,7 +217,7 @@ private:
     void insert()
     {
         const int32_t i = index_near_end();
-        const element_vector elements = any_elements(index_up_to(4));
+        const element_vector elements = any_elements(any_count(4));
         const auto count = static_cast<int32_t>(elements.size());
         if (i < model().nitems) {
             expect_room(model().nitems + count);
@@ -280,7 +308,7 @@ private:
 
     void equal()
     {
-        const std::size_t other = bytes_.below(arrays_.size());
+        const std::size_t other = bytes_.below(array_count());
         model_array &compared = models_[other];
         const bool same = model().nitems == compared.nitems && model().element_size == compared.element_size &&
                           std::equal(model().storage.begin(), model().at(model().nitems), compared.storage.begin());
@@ -308,7 +336,7 @@ private:
 
     void copy_into()
     {
-        const std::size_t target = bytes_.below(arrays_.size());
+        const std::size_t target = bytes_.below(array_count());
         const raw_element bytes = elements_in_a_row(model().storage);
         const bool raises = models_[target].element_size != model().element_size;
         const bool throws = bytes_.below(2) == 1;
@@ -364,7 +392,7 @@ private:
 
     void roll_array()
     {
-        const int32_t n = index_up_to(60) - 30;
+        const int32_t n = bytes_.between(-30, 30, -6, 6);
         if (model().nitems >= 2) {
             const auto count = static_cast<std::size_t>(model().nitems);
             const std::size_t first = first_after_roll(count, n);
@@ -377,19 +405,22 @@ private:
 
     /* ---- iterators ---- */
 
+    /* An iterator is the caller's record: what is started knows nothing of what was there. */
     void start_iterator()
     {
-        iterator_pair &pair = iterators_[bytes_.below(iterators_.size())];
+        iterator_pair &pair = iterators_[bytes_.below(iterators_.size(), 1)];
+        if (bytes_.is_exhaustive() && pair.alive)
+            return;
         const bool tested = bytes_.below(2) == 1;
         pair.array = selected_;
         pair.alive = true;
         pair.real = tested ? DA_tested_items(array(), test_first_byte) : DA_all_items(array());
         pair.model = {array(), 1, 0, model().nitems - 1, tested ? test_first_byte : nullptr};
-        if (bytes_.below(3) > 0)
+        if (bytes_.below(3, 2) > 0)
             return;
         pair.model.forward = pair.real.forward = 0;
         pair.model.current = pair.real.current = index_near_end();
-        pair.model.last = pair.real.last = index_up_to(4) - 2;
+        pair.model.last = pair.real.last = bytes_.between(-2, 2, -1, 0);
     }
 
     /* The element that the model delivers next, or none. */
@@ -417,7 +448,7 @@ private:
 
     void step_iterator()
     {
-        iterator_pair &pair = iterators_[bytes_.below(iterators_.size())];
+        iterator_pair &pair = iterators_[bytes_.below(iterators_.size(), 1)];
         if (!pair.alive)
             return;
         int32_t delivered = 0;
@@ -473,10 +504,7 @@ private:
     std::size_t selected_ = 0;
 };
 
-[[maybe_unused]] const bool added = add_model({.family = "dynamic_array",
-                                               .run = run_interpreter<interpreter>,
-                                               .long_runs = {150, 1500},
-                                               .short_runs = {1500, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("dynamic_array", {150, 1500}, {1500, 40}, {2, 5});
 
 } // namespace
 

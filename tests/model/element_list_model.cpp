@@ -47,7 +47,7 @@ class interpreter : public list_interpreter<EL_list, EL_iterator, node> {
 public:
     explicit interpreter(byte_source bytes) : list_interpreter(bytes)
     {
-        element_size = sizes[bytes_.below(sizes.size())];
+        element_size = sizes[bytes_.below(sizes.size(), 2)];
     }
 
 private:
@@ -82,6 +82,9 @@ private:
         require(std::memcmp(found, wanted.data(), element_size) == 0, "another element");
     }
 
+    int64_t label_of(const node &each) const override { return each.value; }
+    bool is_small(const node &) const override { return true; }
+
     void compare() override
     {
         list_interpreter::compare();
@@ -91,7 +94,7 @@ private:
 
     std::size_t node_size() const { return sizeof(EL_node) + element_size; }
 
-    uint8_t any_value() { return element_size ? static_cast<uint8_t>(bytes_.below(value_count)) : uint8_t{0}; }
+    uint8_t any_value() { return element_size ? static_cast<uint8_t>(bytes_.below(value_count, 2)) : uint8_t{0}; }
 
     static element_buffer element(uint8_t value)
     {
@@ -208,7 +211,7 @@ private:
         std::size_t from, length;
         if (!any_range(from, length))
             return;
-        std::size_t source = bytes_.below(lists_.size());
+        std::size_t source = any_list();
         EL_node *first = around(from).position, *last = around(from + length - 1).position;
         std::size_t available = models_[source].nodes.size();
         for (std::size_t i = 0; i < std::min(length, available); ++i)
@@ -296,7 +299,7 @@ private:
 
     void join()
     {
-        std::size_t source = bytes_.below(lists_.size());
+        std::size_t source = any_list();
         if (source == selected_ || models_[source].closed || selected().closed)
             return;
         expected_.dealloc(lists_[source], sizeof(EL_list));
@@ -373,6 +376,8 @@ private:
 
     void start_iterator()
     {
+        if (!may_start())
+            return;
         EL_node *from = any_position_or_null(), *to = any_position_or_null();
         const auto size = static_cast<uint32_t>(element_size);
         const int forward = any_direction();
@@ -428,10 +433,7 @@ private:
     }
 };
 
-[[maybe_unused]] const bool added = add_model({.family = "element_list",
-                                               .run = run_interpreter<interpreter>,
-                                               .long_runs = {400, 2000},
-                                               .short_runs = {4000, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("element_list", {400, 2000}, {4000, 40}, {2, 5});
 
 } // namespace
 

@@ -22,7 +22,8 @@ using element_buffer = std::array<uint8_t, sizes.back()>;
 
 class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), element_size_(sizes[bytes_.below(sizes.size())])
+    explicit interpreter(byte_source bytes)
+        : byte_interpreter(bytes), element_size_(sizes[bytes_.below(sizes.size(), 2)])
     {
         create();
     }
@@ -49,6 +50,14 @@ private:
     {
         release();
         expected_.require_nothing_left();
+    }
+
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        state.add(element_size_);
+        for (const node &each : nodes_)
+            state.add(each.value);
+        return nodes_.size() <= most;
     }
 
     std::size_t node_size() const { return sizeof(EL_node) + element_size_; }
@@ -164,10 +173,7 @@ private:
     std::vector<node> nodes_; /* from the bottom to the top */
 };
 
-[[maybe_unused]] const bool added = add_model({.family = "element_stack",
-                                               .run = run_interpreter<interpreter>,
-                                               .long_runs = {60, 1500},
-                                               .short_runs = {1000, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("element_stack", {60, 1500}, {1000, 40}, {5, 5});
 
 } // namespace
 

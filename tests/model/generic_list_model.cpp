@@ -134,7 +134,10 @@ private:
         require(static_cast<const GL_node *>(reached)->item == expected.item, "another item");
     }
 
-    void *any_item() { return item_at(bytes_.below(item_count)); }
+    int64_t label_of(const node &each) const override { return static_cast<int64_t>(index_of(each.item)); }
+    bool is_small(const node &each) const override { return index_of(each.item) < 2; }
+
+    void *any_item() { return item_at(bytes_.below(item_count, 2)); }
 
     /* ---- what they must call ---- */
 
@@ -245,7 +248,7 @@ private:
 
     void join()
     {
-        const std::size_t source = bytes_.below(lists_.size());
+        const std::size_t source = any_list();
         if (source == selected_)
             return;
         expected_.dealloc(lists_[source], sizeof(GL_list));
@@ -342,6 +345,8 @@ private:
 
     void start_iterator()
     {
+        if (!may_start())
+            return;
         GL_node *from = any_position_or_null(), *to = any_position_or_null();
         const int forward = any_direction();
         const GL_test test = forward == 1 ? test_none : test_odd;
@@ -382,10 +387,7 @@ private:
     }
 };
 
-[[maybe_unused]] const bool added = add_model({.family = "generic_list",
-                                               .run = run_interpreter<interpreter>,
-                                               .long_runs = {400, 2000},
-                                               .short_runs = {4000, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("generic_list", {400, 2000}, {4000, 40}, {3, 5});
 
 } // namespace
 

@@ -21,7 +21,7 @@ namespace {
 class interpreter : public byte_interpreter {
 public:
     explicit interpreter(byte_source bytes)
-        : byte_interpreter(bytes), plain_(bytes_.below(2) == 0), key_(key_shapes[bytes_.below(key_shapes.size())])
+        : byte_interpreter(bytes), plain_(bytes_.below(2, 1) == 0), key_(key_shapes[bytes_.below(key_shapes.size(), 1)])
     {
         host_.reset();
         create();
@@ -50,14 +50,24 @@ private:
         require(host_.take_complaints().empty(), "the host complained");
     }
 
-    mova_word any_key() { return key_(bytes_.next()); }
+    /* Where every small case is tried the table has 8 slots, and each value is its key. The iterator may stand anywhere. */
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        state.add(literal_->capacity());
+        for (int32_t slot = 0; slot < literal_->capacity(); ++slot)
+            state.add(literal_->key(slot));
+        return literal_->capacity() == 8 && static_cast<std::size_t>(literal_->count()) <= most;
+    }
+
+    /* Two for each home in 8 slots, and none. */
+    mova_word any_key() { return key_(bytes_.is_exhaustive() ? bytes_.between(0, 16) : bytes_.next()); }
 
     /* ---- operations ---- */
 
     void create()
     {
-        const auto size = static_cast<uint32_t>(bytes_.below(41));
-        const auto shift = static_cast<int32_t>(bytes_.below(41));
+        const auto size = static_cast<uint32_t>(bytes_.below(41, 1));
+        const auto shift = static_cast<int32_t>(bytes_.below(41, 1));
         table_ = HSH_create(size, shift);
         literal_.emplace(memory_, size, shift);
         map_.clear();
@@ -73,7 +83,7 @@ private:
 
     void create_anew()
     {
-        if (bytes_.below(8))
+        if (bytes_.below(8, 1))
             return;
         compare_all_entries();
         release();
@@ -99,13 +109,15 @@ private:
     void set()
     {
         const mova_word key = any_key();
-        set_one(key, static_cast<int8_t>(bytes_.next()));
+        set_one(key, bytes_.is_exhaustive() ? key : static_cast<int8_t>(bytes_.next()));
     }
 
     void remove() { remove_one(any_key()); }
 
     void set_many()
     {
+        if (bytes_.is_exhaustive())
+            return;
         const mova_word first = bytes_.next();
         for (mova_word number = first; number < first + 16; ++number)
             set_one(key_(number), number);
@@ -113,6 +125,8 @@ private:
 
     void remove_many()
     {
+        if (bytes_.is_exhaustive())
+            return;
         const mova_word first = bytes_.next();
         for (mova_word number = first; number < first + 16; ++number)
             remove_one(key_(number));
@@ -143,6 +157,8 @@ private:
     void step()
     {
         mova_word key = -1, value = -2;
+        if (bytes_.is_exhaustive())
+            index_ = iterator_.index = bytes_.between(0, literal_->capacity());
         while (index_ < literal_->capacity() && !literal_->key(index_))
             ++index_;
         const bool more = index_ < literal_->capacity();
@@ -186,8 +202,7 @@ private:
     int32_t index_ = 0;
 };
 
-[[maybe_unused]] const bool added = add_model(
-    {.family = "hash_table", .run = run_interpreter<interpreter>, .long_runs = {60, 1500}, .short_runs = {4000, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("hash_table", {60, 1500}, {4000, 40}, {3, 6});
 
 } // namespace
 

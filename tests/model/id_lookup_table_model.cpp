@@ -23,7 +23,7 @@ std::array<char, 8> things;
 
 class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2) == 0) { create(); }
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2, 1) == 0) { create(); }
 
 private:
     using operation = void (interpreter::*)();
@@ -57,12 +57,20 @@ private:
         expected_.require_nothing_left();
     }
 
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        state.add(nitems_, nalloc(), reuse_allowed());
+        for (int32_t id = 1; id < std::min(nitems_, increment); ++id)
+            state.add(word(id) ? static_cast<char *>(word(id)) - things.data() : -1);
+        return static_cast<std::size_t>(nitems_) <= most + 1 && nalloc() == increment;
+    }
+
     /* ---- what the operations choose ---- */
 
     void *any_pointer()
     {
-        const std::size_t chosen = bytes_.below(things.size() + 1);
-        return chosen < things.size() ? &things[chosen] : nullptr;
+        const std::size_t count = bytes_.is_exhaustive() ? 2 : things.size(), chosen = bytes_.below(count + 1);
+        return chosen < count ? &things[chosen] : nullptr;
     }
 
     int32_t any_id()
@@ -115,7 +123,7 @@ private:
 
     void rarely_start_again()
     {
-        if (bytes_.below(8) > 0)
+        if (bytes_.below(8, 1) > 0)
             return;
         release();
         create();
@@ -123,7 +131,7 @@ private:
 
     void rarely_allow_reuse()
     {
-        if (bytes_.below(8) > 0)
+        if (bytes_.below(8, 1) > 0)
             return;
         words_[0] = reinterpret_cast<void *>(uintptr_t{1});
         io_lut_allow_reuse(table_);
@@ -141,7 +149,7 @@ private:
 
     void set() { set_id(any_id() + 1); }
 
-    void set_far() { set_id(nitems_ + 8 * static_cast<int32_t>(bytes_.below(256))); }
+    void set_far() { set_id(nitems_ + 8 * bytes_.between(0, 255, 127, 128)); }
 
     void set_id(int32_t id)
     {
@@ -234,10 +242,7 @@ private:
     int32_t nitems_ = 0;
 };
 
-[[maybe_unused]] const bool added = add_model({.family = "id_lookup_table",
-                                               .run = run_interpreter<interpreter>,
-                                               .long_runs = {60, 1500},
-                                               .short_runs = {600, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("id_lookup_table", {60, 1500}, {600, 40}, {3, 5});
 
 } // namespace
 

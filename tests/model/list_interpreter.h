@@ -67,11 +67,10 @@ class list_interpreter : public byte_interpreter {
 public:
     using byte_interpreter::byte_interpreter;
 
-    void run()
+    void begin() final
     {
         for (List *&each : lists_)
             each = created();
-        byte_interpreter::run();
     }
 
 protected:
@@ -97,6 +96,11 @@ protected:
     virtual std::string text_of(const Node &node) const = 0;
     virtual bool accepts(const Iterator &iterator, const Node &node) const = 0;
 
+    /* What makes nodes differ, where every small case is tried, in which there are two lists and an iterator; and whether
+       that is one of the few that there should be. */
+    virtual int64_t label_of(const Node &node) const = 0;
+    virtual bool is_small(const Node &node) const = 0;
+
     /* Throws mismatch where the node in the list's order is not the one in the model. */
     virtual void compare_node(const void *node, const Node &expected) const = 0;
 
@@ -104,8 +108,33 @@ protected:
 
     void operate() final
     {
-        selected_ = bytes_.below(lists_.size());
+        selected_ = any_list();
         operate_on_selected();
+    }
+
+    /* The first list is shorter where the second has a node, which is the most. With an iterator the list that it walks on is
+       shorter, and the other empty. */
+    bool describe(state_text &state, std::size_t most) const final
+    {
+        const std::size_t of_second = models_[1].nodes.size();
+        bool is_within = models_[0].nodes.size() + 2 * of_second <= most && of_second <= 1 && !models_[1].closed;
+        for (std::size_t i = 0; i < 2; ++i) {
+            state.add(models_[i].size(), models_[i].closed);
+            if constexpr (requires { lists_[i]->element_size; })
+                state.add(lists_[i]->element_size);
+            for (const Node &node : models_[i].nodes) {
+                state.add(label_of(node));
+                is_within = is_within && is_small(node);
+            }
+        }
+        const iterator_pair &walking = iterators_[0];
+        state.add(walking.alive);
+        if (!walking.alive)
+            return is_within;
+        for (const void *position : {walking.model.current, next_of(walking.model), walking.model.end})
+            state.add(position ? models_[walking.list].index_of(position) : -1);
+        state.add(walking.list, walking.model.forward, walking.model.test != nullptr);
+        return is_within && models_[walking.list].nodes.size() + 2 <= most && models_[1 - walking.list].empty();
     }
 
     void finish() final
@@ -133,7 +162,12 @@ protected:
 
     List *list() { return lists_[selected_]; }
     list_model &selected() { return models_[selected_]; }
-    iterator_pair &any_iterator() { return iterators_[bytes_.below(iterators_.size())]; }
+    std::size_t list_count() const { return bytes_.is_exhaustive() ? 2 : lists_.size(); }
+    std::size_t any_list() { return bytes_.below(list_count()); }
+    iterator_pair &any_iterator() { return iterators_[bytes_.below(iterators_.size(), 1)]; }
+
+    /* An iterator is the caller's record: what is started knows nothing of what was there. */
+    bool may_start() const { return !bytes_.is_exhaustive() || !iterators_[0].alive; }
     std::ptrdiff_t any_index() { return static_cast<std::ptrdiff_t>(bytes_.below(selected().nodes.size())); }
     Node &any_node() { return selected().nodes[bytes_.below(selected().nodes.size())]; }
     position_type any_position() { return any_node().position; }
@@ -143,8 +177,8 @@ protected:
 
     /* An index, or one of the two before the first and the two after the last. */
     int32_t any_near_index() { return static_cast<int32_t>(bytes_.below(selected().nodes.size() + 4)) - 2; }
-    int32_t any_steps() { return static_cast<int32_t>(bytes_.below(24)) - 12; }
-    int any_direction() { return static_cast<int>(bytes_.below(3)) - 1; }
+    int32_t any_steps() { return bytes_.between(-12, 11, -6, 6); }
+    int any_direction() { return static_cast<int>(bytes_.below(3, 2)) - 1; }
 
     /* A range whose walk ends: `to` ahead of `from`, which on a ring every node is. Indices around the ring. */
     bool any_range(std::size_t &from, std::size_t &length)
@@ -213,7 +247,7 @@ protected:
     /* Puts a list that was made into the place of another than the selected one. */
     void adopt(List *made, const list_model &adopted)
     {
-        const std::size_t target = (selected_ + 1) % lists_.size();
+        const std::size_t target = (selected_ + 1) % list_count();
         release(target);
         lists_[target] = made;
         models_[target] = adopted;

@@ -67,11 +67,21 @@ private:
         require(host_.take_complaints().empty(), "the host complained");
     }
 
+    /* In the order of their handles. */
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        for (const auto &[handle, block] : blocks_)
+            state.add((block.address - pool_.arena()) / static_cast<std::ptrdiff_t>(unit), block.bytes.size());
+        return blocks_.size() <= most;
+    }
+
     /* ---- what the operations choose ---- */
 
     std::size_t chosen_budget()
     {
         host_.reset();
+        if (bytes_.is_exhaustive())
+            return 5 * unit;
         return bytes_.next() * (std::size_t{1} << bytes_.below(9)) / 2 * unit;
     }
 
@@ -89,7 +99,9 @@ private:
 
     model_blocks::iterator any_block()
     {
-        return std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(two_bytes(256) % blocks_.size()));
+        const std::size_t chosen =
+            bytes_.is_exhaustive() ? bytes_.below(blocks_.size()) : two_bytes(256) % blocks_.size();
+        return std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(chosen));
     }
 
     /* ---- the model ---- */
@@ -135,7 +147,7 @@ private:
     {
         require(handle != 0 && handle != block_pool::none, "a handle that names nothing");
         require(!blocks_.contains(handle), "a live handle was handed out again");
-        std::string bytes(size, static_cast<char>(bytes_.next()));
+        std::string bytes(size, static_cast<char>(bytes_.is_exhaustive() ? size : bytes_.next()));
         char *address = static_cast<char *>(pool_.get(handle));
         std::ranges::copy(bytes, address);
         blocks_[handle] = {bytes, address};
@@ -159,9 +171,9 @@ private:
         require(pool_.statistics().moved_bytes - before.moved_bytes == moved_bytes, "another number of bytes moved");
     }
 
-    void allocate_small() { allocate(bytes_.next()); }
-    void allocate_large() { allocate(two_bytes(64)); }
-    void allocate_what_is_left() { allocate(room() - std::min(room(), bytes_.below(2 * unit))); }
+    void allocate_small() { allocate(bytes_.is_exhaustive() ? unit * bytes_.below(4) : bytes_.next()); }
+    void allocate_large() { allocate(bytes_.is_exhaustive() ? 4 * unit - 1 : two_bytes(64)); }
+    void allocate_what_is_left() { allocate(room() - std::min(room(), bytes_.below(2 * unit, 2))); }
     void allocate_too_much() { allocate(room() + 1 + bytes_.below(2) * (SIZE_MAX - room() - 1)); }
     void allocate_nothing() { allocate(0); }
 
@@ -242,8 +254,7 @@ private:
     bool memory_fails_ = false;
 };
 
-[[maybe_unused]] const bool added = add_model(
-    {.family = "memory_blocks", .run = run_interpreter<interpreter>, .long_runs = {25, 1500}, .short_runs = {300, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("memory_blocks", {25, 1500}, {300, 40}, {2, 4});
 
 } // namespace
 

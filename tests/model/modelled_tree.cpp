@@ -1,8 +1,6 @@
 /* SPDX-License-Identifier: MIT */
 #include "modelled_tree.h"
 
-#include "model.h"
-
 #include <mova/tree/internal/invariants.h>
 
 #include <cstring>
@@ -111,6 +109,11 @@ void modelled_tree::expect_raise(int32_t line, Call call)
 tree_item *modelled_tree::position_at(std::size_t index) const
 {
     return const_cast<tree_item *>(shape_.in_order().at(index)->position);
+}
+
+int32_t modelled_tree::key_at(std::size_t index) const
+{
+    return static_cast<const record *>(position_at(index)->item)->key;
 }
 
 bool modelled_tree::has_key(int32_t key) const
@@ -536,6 +539,38 @@ void modelled_tree::end(std::size_t iterator)
     tree_iter *real = iterators_[iterator].real;
     iterators_.erase(iterators_.begin() + static_cast<std::ptrdiff_t>(iterator));
     GT_end_iterator(real);
+}
+
+/* ---- description ---- */
+
+void modelled_tree::describe(state_text &state, const reference_tree::link &n)
+{
+    state.add(n != nullptr);
+    if (!n)
+        return;
+    describe(state, n->left);
+    describe(state, n->right);
+}
+
+/* -1 of null, -2 of a record that was released. */
+int64_t modelled_tree::index_of(const tree_item *position) const
+{
+    const std::vector<reference_tree::node *> nodes = shape_.in_order();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        if (nodes[i]->position == position)
+            return static_cast<int64_t>(i);
+    }
+    return position ? -2 : -1;
+}
+
+void modelled_tree::describe(state_text &state) const
+{
+    state.add(dupl_allowed_);
+    describe(state, shape_.root);
+    for (std::size_t i = 0; i < size(); ++i)
+        state.add(key_at(i) % 2 != 0, i > 0 && key_at(i) == key_at(i - 1));
+    for (const auto &[iterator, model] : iterators_)
+        state.add(model.mode, index_of(model.cursor), index_of(model.current), model.tree != nullptr);
 }
 
 /* ---- comparison ---- */

@@ -3,6 +3,7 @@
 #define MOVA_TESTS_MODEL_MODELLED_TREE_H
 
 #include "expected_calls.h"
+#include "model.h"
 #include "reference_tree.h"
 
 #include <set>
@@ -30,6 +31,7 @@ public:
     tree_item *position_at(std::size_t index) const;
     std::size_t iterator_count() const { return iterators_.size(); }
     bool has_key(int32_t key) const;
+    int32_t key_at(std::size_t index) const;
     bool admits(int32_t key) const { return dupl_allowed_ || !has_key(key); }
 
     void insert(int32_t key);
@@ -63,12 +65,16 @@ public:
        there, not even be stepped. */
     bool may_step(std::size_t iterator) const;
     bool may_copy(std::size_t iterator) const;
+    bool has_condition(std::size_t iterator) const { return iterators_.at(iterator).model.mode != 0; }
     /* -1 where there is no current node in the tree. */
     std::ptrdiff_t index_of_current(std::size_t iterator) const;
     void step(std::size_t iterator, bool position);
     void end(std::size_t iterator);
 
     void compare() const;
+
+    /* The shape, which neighbours are equal, which keys are odd, and where the iterators are. */
+    void describe(state_text &state) const;
 
 private:
     struct record {
@@ -104,6 +110,8 @@ private:
     void expect_raise(int32_t line, Call call);
 
     bool is_here(const tree_item *position) const { return !position || neighbour(position, 0); }
+    int64_t index_of(const tree_item *position) const;
+    static void describe(state_text &state, const reference_tree::link &n);
     tree_item *neighbour(const tree_item *position, int distance) const;
     removal removal_of(tree_item *position) const;
     void expect_removal(const removal &removed);

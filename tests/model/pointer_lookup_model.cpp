@@ -33,7 +33,7 @@ void write_down_release(mova_word *value)
 class interpreter : public byte_interpreter {
 public:
     explicit interpreter(byte_source bytes)
-        : byte_interpreter(bytes), plain_(bytes_.below(2) == 0), key_(key_shapes[bytes_.below(key_shapes.size())])
+        : byte_interpreter(bytes), plain_(bytes_.below(2, 1) == 0), key_(key_shapes[bytes_.below(key_shapes.size(), 1)])
     {
         host_.reset();
         create();
@@ -58,7 +58,15 @@ private:
         require(host_.take_complaints().empty(), "the host complained");
     }
 
-    mova_word any_key() { return key_(bytes_.next()); }
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        state.add(front_key_, front_value_);
+        for (int32_t slot = 0; slot < table_->capacity(); ++slot)
+            state.add(table_->key(slot), table_->key(slot) ? table_->value(slot) : 0);
+        return table_->capacity() == 8 && static_cast<std::size_t>(table_->count()) <= most;
+    }
+
+    mova_word any_key() { return key_(bytes_.is_exhaustive() ? bytes_.between(0, 9) : bytes_.next()); }
 
     /* ---- operations ---- */
 
@@ -72,7 +80,8 @@ private:
 
     void release()
     {
-        const bool with_callback = bytes_.below(4) != 0;
+        require(host_.take_log() == memory_.take_calls(), "other host calls");
+        const bool with_callback = bytes_.below(4, 2) != 0;
         std::vector<std::string> expected = with_callback ? releases() : std::vector<std::string>();
         table_->release();
         memory_.dealloc(record_, sizeof(mova_lookup));
@@ -99,7 +108,7 @@ private:
 
     void create_anew()
     {
-        if (bytes_.below(4))
+        if (bytes_.below(4, 1))
             return;
         release();
         create();
@@ -116,11 +125,13 @@ private:
     void add()
     {
         const mova_word key = any_key();
-        add_one(key, static_cast<mova_word>(bytes_.below(16)) - 4);
+        add_one(key, bytes_.is_exhaustive() ? key % 3 : static_cast<mova_word>(bytes_.below(16)) - 4);
     }
 
     void add_many()
     {
+        if (bytes_.is_exhaustive())
+            return;
         const mova_word first = bytes_.next();
         for (mova_word number = first; number < first + 16; ++number)
             add_one(key_(number), number);
@@ -135,7 +146,7 @@ private:
 
     void remove()
     {
-        const mova_word key = bytes_.below(4) ? any_key() : front_key_;
+        const mova_word key = bytes_.below(4, 2) ? any_key() : front_key_;
         if (key == front_key_)
             front_key_ = front_value_ = 0;
         else
@@ -165,10 +176,7 @@ private:
     std::optional<literal_hash_table> table_;
 };
 
-[[maybe_unused]] const bool added = add_model({.family = "pointer_lookup",
-                                               .run = run_interpreter<interpreter>,
-                                               .long_runs = {60, 2000},
-                                               .short_runs = {2000, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("pointer_lookup", {60, 2000}, {2000, 40}, {3, 5});
 
 } // namespace
 

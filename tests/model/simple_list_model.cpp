@@ -129,9 +129,17 @@ private:
     {
         if (free_.empty())
             return;
-        item *chosen = free_[bytes_.below(free_.size())];
-        use(chosen);
+        use(bytes_.is_exhaustive() ? first_free_item(bytes_.below(2)) : free_[bytes_.below(free_.size())]);
     }
+
+    /* Of items that are odd, or even, one is as good as another. */
+    item *first_free_item(std::size_t parity) const
+    {
+        return *std::ranges::find_if(free_, [parity](const item *each) { return each->number % 2 == int(parity); });
+    }
+
+    int64_t label_of(const node &each) const override { return each.position->number % 2; }
+    bool is_small(const node &) const override { return true; }
 
     void note_insertion(std::ptrdiff_t index, item *inserted)
     {
@@ -282,7 +290,7 @@ private:
 
     void join()
     {
-        const std::size_t source = bytes_.below(lists_.size());
+        const std::size_t source = any_list();
         if (source == selected_ || selected().closed || models_[source].closed)
             return;
         expected_.dealloc(lists_[source], sizeof(SL_list));
@@ -350,6 +358,8 @@ private:
 
     void start_iterator()
     {
+        if (!may_start())
+            return;
         item *from = any_position_or_null(), *to = any_position_or_null();
         const int forward = any_direction();
         switch (bytes_.below(7)) {
@@ -389,8 +399,7 @@ private:
     std::vector<item *> free_;
 };
 
-[[maybe_unused]] const bool added = add_model(
-    {.family = "simple_list", .run = run_interpreter<interpreter>, .long_runs = {400, 2000}, .short_runs = {4000, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("simple_list", {400, 2000}, {4000, 40}, {2, 5});
 
 } // namespace
 

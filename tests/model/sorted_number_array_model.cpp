@@ -27,10 +27,10 @@ struct tracked_array {
 
 class interpreter : public byte_interpreter {
 public:
-    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2) == 0)
+    explicit interpreter(byte_source bytes) : byte_interpreter(bytes), plain_(bytes_.below(2, 1) == 0)
     {
         for (tracked_array *made : {&selection_, &loose_}) {
-            made->increment = 1 + static_cast<int32_t>(bytes_.below(20));
+            made->increment = 1 + static_cast<int32_t>(bytes_.below(20, 2));
             expected_.alloc(sizeof(DA_array));
             made->array = DA_create(4, made->increment);
         }
@@ -60,6 +60,20 @@ private:
             DA_release(made->array);
         }
         expected_.require_nothing_left();
+    }
+
+    /* Where every small case is tried one of the two is used at a time. */
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        for (const tracked_array *described : {&selection_, &loose_}) {
+            state.add(described->increment, described->nalloc, described->numbers.size());
+            for (const int32_t number : described->numbers)
+                state.add(number);
+        }
+        for (const bool selected : companion_)
+            state.add(selected);
+        return companion_.size() <= most && loose_.numbers.size() <= most &&
+               ((companion_.empty() && selection_.nalloc == 0) || loose_.nalloc == 0);
     }
 
     int32_t index_up_to(std::size_t bound) { return static_cast<int32_t>(bytes_.below(bound + 1)); }
@@ -205,7 +219,7 @@ private:
     int32_t any_number()
     {
         static constexpr int32_t extremes[] = {INT32_MIN, INT32_MIN + 1, -1, 0, 1, INT32_MAX - 1, INT32_MAX};
-        const std::size_t chosen = bytes_.below(96);
+        const std::size_t chosen = bytes_.below(96, std::size(extremes));
         return chosen < std::size(extremes) ? extremes[chosen] : static_cast<int32_t>(chosen) * 3 - 150;
     }
 
@@ -259,10 +273,7 @@ private:
     std::set<int32_t> set_;
 };
 
-[[maybe_unused]] const bool added = add_model({.family = "sorted_number_array",
-                                               .run = run_interpreter<interpreter>,
-                                               .long_runs = {150, 1500},
-                                               .short_runs = {1500, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("sorted_number_array", {150, 1500}, {1500, 40}, {3, 5});
 
 } // namespace
 

@@ -95,7 +95,8 @@ public:
     explicit interpreter(byte_source bytes) : byte_interpreter(bytes)
     {
         cc_debug = 0;
-        host_.pool().set_budget(budget_ = bytes_.next());
+        budget_ = bytes_.is_exhaustive() ? small_body * (1 + 2 * bytes_.below(2)) + 5 : bytes_.next();
+        host_.pool().set_budget(budget_);
         expected_.alloc(sizeof(cc_cache));
         cache_ = cc_create(host_.pool().address());
         for (std::size_t i = 0; i < items_.size(); ++i)
@@ -149,6 +150,23 @@ private:
         require(host_.pool().live_blocks() == 0, "blocks of the pool are left");
         cc_debug = 0;
     }
+
+    /* Where every small case is tried there are few entries, and fewer where a trace is on or raises are returned from.
+       What a body holds makes no difference. */
+    bool describe(state_text &state, std::size_t most) const override
+    {
+        state.add(budget_, cc_debug, throws_, entries_.size());
+        for (const model_entry &entry : entries_)
+            state.add(entry.registered->size, entry.registered->moves_itself, entry.block != 0, entry.dirty);
+        for (const held_block &held : held_)
+            state.add(held.size);
+        const bool is_plain = throws_ && cc_debug == 0;
+        return entries_.size() <= (is_plain ? most : 1) && held_.size() <= 1;
+    }
+
+    /* A body is of one or two of these. */
+    static constexpr std::size_t small_body = 10;
+    std::size_t any_size() { return bytes_.is_exhaustive() ? small_body * (1 + bytes_.below(2)) : bytes_.below(64); }
 
     /* ---- the model ---- */
 
@@ -271,9 +289,9 @@ private:
         item *made = unregistered();
         if (!made)
             return nullptr;
-        made->size = static_cast<uint32_t>(bytes_.below(64));
+        made->size = static_cast<uint32_t>(any_size());
         made->saved = std::string(made->size, made->name);
-        made->moves_itself = bytes_.below(4) == 0;
+        made->moves_itself = bytes_.below(4, 2) == 0;
         made->cache = cache_;
         return made;
     }
@@ -380,7 +398,7 @@ private:
 
     void take()
     {
-        const std::size_t size = bytes_.below(64);
+        const std::size_t size = any_size();
         const int block = expect_cc_alloc(size);
         const mb_handle handle = alloc(size, block);
         if (block)
@@ -431,7 +449,7 @@ private:
 
     void empty_sometimes()
     {
-        if (bytes_.below(4) == 0)
+        if (bytes_.below(4, 1) == 0)
             make_empty();
     }
 
@@ -448,7 +466,7 @@ private:
         cc_print(cache_);
     }
 
-    void set_debug() { cc_debug = static_cast<int32_t>(bytes_.below(3)) - 1; }
+    void set_debug() { cc_debug = static_cast<int32_t>(bytes_.below(3, 2)) - 1; }
 
     void set_raise_mode()
     {
@@ -508,8 +526,7 @@ private:
     bool throws_ = true;
 };
 
-[[maybe_unused]] const bool added = add_model(
-    {.family = "swap_cache", .run = run_interpreter<interpreter>, .long_runs = {80, 2000}, .short_runs = {2000, 40}});
+[[maybe_unused]] const bool added = add_model<interpreter>("swap_cache", {80, 2000}, {2000, 40}, {2, 3});
 
 } // namespace
 
