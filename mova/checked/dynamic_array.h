@@ -158,6 +158,8 @@ struct gone_or_null : role {
         if (std::get<0>(arguments))
             container<0, dynamic_array>(use::release).before(made, arguments);
     }
+
+    static constexpr bool makes_or_releases() { return true; }
 };
 
 struct read_or_null : role {

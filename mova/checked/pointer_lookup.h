@@ -54,6 +54,8 @@ struct gone_or_null : role {
         if (std::get<0>(arguments))
             released<0, pointer_lookup>(true).before(made, arguments);
     }
+
+    static constexpr bool makes_or_releases() { return true; }
 };
 
 /* The pair in front goes into the table. */

@@ -116,6 +116,19 @@ static void write_long_after_release(int misused)
         (void)!MM_alloc_item(24);
 }
 
+/* Blocks of that size are kept too, as far as 4 MiB reach. */
+static void write_long_after_release_of_large(int misused)
+{
+    char *block = MM_alloc_item(4096);
+    MM_dealloc_item(block, 4096);
+    if (misused)
+        block[4095] = 1;
+    for (int i = 0; i < 2000; ++i)
+        MM_dealloc_item(MM_alloc_item(4096), 4096);
+    for (int i = 0; i < 2000 && misused; ++i)
+        (void)!MM_alloc_item(4096);
+}
+
 static void follow_out_of_released(int misused)
 {
     static int number;
@@ -141,6 +154,8 @@ static const misuse_cell cells[] = {
     {"written after release", 14, "MM_dealloc_item: the block was written to after its release", write_after_release},
     {"written long after release", 14, "MM_dealloc_item: the block was written to after its release",
      write_long_after_release},
+    {"large, written long after", 14, "MM_dealloc_item: the block was written to after its release",
+     write_long_after_release_of_large},
 #if defined __x86_64__
     {"followed out of released", 14, "fault: a pointer out of a released block is followed", follow_out_of_released},
 #endif

@@ -177,7 +177,7 @@ void call::judge_threads()
 
 owner_number call::expect_container(const family &of)
 {
-    own_->expected = own_->blocks_of = new_owner(of, where());
+    own_->expected = own_->blocks_of = new_owner(of, own_->lasting);
     return own_->expected;
 }
 
@@ -191,13 +191,13 @@ void call::container_is(const family &of, const void *made)
         return;
     }
     if (number == 0)
-        number = new_owner(of, where());
+        number = new_owner(of, own_->lasting);
     owner_at(number).container = made;
     entry *const head = find(made);
     if (head && head->live && head->owner == number)
         head->what = kind::head;
     else
-        book(made, kind::head, number, where());
+        book(made, kind::head, number, own_->lasting);
 }
 
 void call::judge_invariants(owner &of, owner_number number, use how)

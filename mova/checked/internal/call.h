@@ -36,6 +36,7 @@
 #define MOVA_CHECKED_INTERNAL_CALL_H
 
 #include "report.h"
+#include "symbols.h"
 
 #include <tuple>
 #include <type_traits>
@@ -64,6 +65,7 @@ struct running_call {
     const void *depth; /* on the stack */
     const char *function;
     place where;
+    place lasting;                /* the same, to be kept of what it makes and releases */
     owner_number used[most_used]; /* containers */
     owner_number blocks_of;       /* the container that the blocks are of that it allocates */
     owner_number expected;        /* the container that it makes */
@@ -112,7 +114,7 @@ public:
             make_room();
         index_ = running.count++;
         own_ = &running.calls[index_];
-        *own_ = {this, function, where, {}, 0, 0, false, false, false, nullptr, nullptr};
+        *own_ = {this, function, where, where, {}, 0, 0, false, false, false, nullptr, nullptr};
     }
 
     /* A call on another stack may have taken this one for left. */
@@ -219,6 +221,9 @@ public:
     place where() const { return where_; }
 
     /* ---- make() ---- */
+
+    /* The place of the call is kept. Without the lock. */
+    void place_lasts() { own_->lasting = lasting_place(where_); }
 
     void completed() { completed_ = true; }
 
@@ -332,6 +337,11 @@ struct row {
     template <class... Of>
     static constexpr bool asks = (checked::asks<Roles, Of...> || ...);
 
+    constexpr bool makes_or_releases() const
+    {
+        return std::apply([](const auto &...role) { return (role.makes_or_releases() || ...); }, all);
+    }
+
     std::tuple<Roles...> all;
 };
 
@@ -341,6 +351,8 @@ __attribute__((always_inline)) inline Result make(call &made, Result (*plain)(De
 {
     using row_of_it = std::remove_cvref_t<decltype(Row)>;
     const std::tuple<Arguments &...> arguments(given...);
+    if constexpr (Row.makes_or_releases())
+        made.place_lasts();
     {
         const registry_lock lock;
         ++calls_checked;

@@ -23,7 +23,7 @@ void note_allocation(given_block block)
         return;
     const running_call *const caller = innermost_call();
     const owner_number of = caller ? caller->blocks_of : 0;
-    const place where = caller ? caller->where : nullptr;
+    const place where = caller ? caller->lasting : nullptr;
     const registry_lock lock;
     if (block.noted)
         enter(*block.noted, kind::block, of, where);
@@ -34,7 +34,7 @@ void note_allocation(given_block block)
 inline place place_of_call()
 {
     const running_call *const caller = innermost_call();
-    return caller ? caller->where : nullptr;
+    return caller ? caller->lasting : nullptr;
 }
 
 /* Which host serves: the checked one is told where in the program each call came from. */
@@ -78,7 +78,7 @@ inline void *take_quickly(size_t size)
     const size_t slack = guard_behind(taken.bytes, size, room);
     entry &noted = taken.record->noted;
     const owner_number of = caller->blocks_of, before = noted.owner;
-    taken.record->made = noted.last_place = caller->where;
+    taken.record->made = noted.last_place = caller->lasting;
     noted.owner = of;
     set_state_word(noted, live_node(slack));
     change_owner(before, of);
@@ -98,7 +98,7 @@ inline bool release_quickly(void *item, size_t size)
     if (!record || slack >= granule || state_word(record->noted) != live_node(slack) ||
         !is_shared_guard(bytes - sizeof guard_word) || !is_whole_behind_small(bytes, size, room))
         return false;
-    record->noted.last_place = caller->where;
+    record->noted.last_place = caller->lasting;
     set_state_word(record->noted, kept_node(slack));
     keep_small({bytes, record}, room);
     return true;

@@ -13,6 +13,9 @@ namespace mova::checked {
 /* What a role does before the call where it does not say otherwise: nothing. */
 struct role {
     static void before(call &, const auto &) {}
+
+    /* Whether the place of the call is kept for a container's whole life, or after it. */
+    static constexpr bool makes_or_releases() { return false; }
 };
 
 /* ---- containers ---- */
@@ -28,6 +31,8 @@ struct container : role {
         if (Nth == 0)
             made.blocks_are_of(number);
     }
+
+    constexpr bool makes_or_releases() const { return how == use::release; }
 
     use how;
 };
@@ -46,6 +51,8 @@ struct released : role {
             made.judge_container(Family, *address, use::release, Nth);
     }
 
+    static constexpr bool makes_or_releases() { return true; }
+
     bool null_is_nothing;
 };
 
@@ -55,6 +62,8 @@ struct makes : role {
     static void before(call &made, const auto &) { made.expect_container(Family); }
 
     static void after(call &made, const auto &, auto &result) { made.container_is(Family, result); }
+
+    static constexpr bool makes_or_releases() { return true; }
 };
 
 /* All nodes of container 1 are of container 0 afterwards. */

@@ -152,7 +152,8 @@ private:
         return nullptr;
     }
 
-    static bool is_in_layer(const char *file) { return std::strstr(file, "mova/cxx/") != nullptr; }
+    /* The typed layer's headers, and those of the standard library that call them. */
+    static bool is_in_layer(const char *file) { return std::strstr(file, "mova/cxx/") || std::strstr(file, "/c++/"); }
 
     bool number_of(Dwarf_Die *die, unsigned attribute, Dwarf_Word &number)
     {

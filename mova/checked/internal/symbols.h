@@ -24,6 +24,10 @@ source_place module_of(place where);
 /* As source_of, of a call that runs: one that the typed layer makes is its caller's, also where it was not put inline. */
 source_place source_of_running(place where);
 
+/* The place of a call that runs, to be kept: of one that a function of the typed layer makes, which was not put inline, the place
+   of that one's caller. Told by the names of functions, for which no debug information is loaded. */
+place lasting_place(place where);
+
 } // namespace mova::checked
 
 #endif
