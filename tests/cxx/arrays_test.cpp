@@ -303,6 +303,10 @@ TEST_F(TypedArrayFamilies, NumbersFollowTheirCompanion)
     selected.add(1);
     selected.clear();
     EXPECT_FALSE(selected.contains(1));
+    const char first = letters[0];
+    selected.add(0);
+    edited.roll(2);
+    EXPECT_EQ(named(), std::string(1, first)) << "one that comes round the end";
 }
 
 TEST_F(TypedArrayFamilies, IdsNamePointers)
@@ -323,6 +327,7 @@ TEST_F(TypedArrayFamilies, IdsNamePointers)
     table.allow_reuse();
     table.set(1, nullptr);
     EXPECT_EQ(table.id_of(&items[0]), 0);
+    EXPECT_EQ(table.find(0), nullptr) << "although a word of the table's own stands there";
     EXPECT_EQ(items_of(std::as_const(table)), (std::vector<const int *>{&items[1]}));
     EXPECT_TRUE(ids(nullptr).empty());
 }
