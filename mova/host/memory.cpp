@@ -34,9 +34,12 @@ namespace {
 using namespace mova;
 using namespace mova::size_classes;
 
-/* In libmova_host_system, and under a sanitizer, every block is the system's, so that its tools see it. */
+/* In libmova_host_system, and under a sanitizer, every block is the system's, so that its tools see it. The thread sanitizer
+   watches the service's own ways too, where a test asks for them. */
 #if defined MOVA_MEMORY_OF_SYSTEM
 constexpr bool own_blocks = false;
+#elif defined MOVA_MEMORY_OF_ITS_OWN
+constexpr bool own_blocks = true;
 #elif defined __has_feature
 constexpr bool own_blocks =
     !(__has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer));

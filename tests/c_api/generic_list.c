@@ -5,7 +5,7 @@
 #include "check.h"
 
 static int numbers[4] = {0, 1, 2, 3};
-static int freed;
+static _Thread_local int freed;
 
 static void count_freed(void **item)
 {

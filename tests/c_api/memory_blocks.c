@@ -54,5 +54,6 @@ static void dead_handle(void)
 void drive_memory_blocks(void)
 {
     movable_blocks();
-    dead_handle();
+    if (drives_alone)
+        dead_handle();
 }

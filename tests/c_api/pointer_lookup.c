@@ -6,7 +6,7 @@
 #include "c_api.h"
 #include "check.h"
 
-static mova_word released;
+static _Thread_local mova_word released;
 
 static void add_up(mova_word *value)
 {
@@ -35,6 +35,7 @@ static void release_values(void)
     mova_lookup *lookup = mova_lu_create();
     for (int key = 1; key <= 20; ++key)
         mova_lu_add(lookup, key, key);
+    released = 0;
     mova_lu_release(&lookup, add_up);
     CHECK(released == 210);
     mova_lu_release(&lookup, add_up);

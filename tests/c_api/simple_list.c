@@ -9,8 +9,8 @@ struct record {
     int number;
 };
 
-static struct record records[8];
-static int freed;
+static _Thread_local struct record records[8];
+static _Thread_local int freed;
 
 static void number_records(void)
 {

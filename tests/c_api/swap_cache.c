@@ -131,8 +131,10 @@ void drive_swap_cache(void)
     cc_cache *cache = cc_create(pool);
     evict_and_fetch(cache);
     hold_a_block(cache);
-    run_out_of_room(cache);
-    print(cache);
+    if (drives_alone) {
+        run_out_of_room(cache);
+        print(cache);
+    }
     MM_dealloc_item(cache, sizeof *cache);
     mb_release_pool(&pool);
 }

@@ -17,7 +17,7 @@ function(expect code expression)
     endif()
 endfunction()
 
-foreach(command demo test check trace package bench format setup)
+foreach(command demo test check trace fuzz abi proof package bench format setup)
     expect(0 "  ${command} .*" ARGUMENTS ${command} --help)
 endforeach()
 expect(0 ".*usage: atlas FILE.*--width N.*" ARGUMENTS demo --help)
@@ -28,6 +28,8 @@ foreach(room attic fuzz . "arrays lists")
     expect(1 "dev: no such room: ${room} [(]there are: arrays c_api [^\n]*\n" ARGUMENTS test "${room}")
 endforeach()
 
+expect(1 "dev: there are no figures yet: they are those of ./dev check\n" MOVA_BUILD_DIR=/proc/nowhere ARGUMENTS proof)
+
 # The map's options are looked at before anything is built.
 expect(1 "dev: demo has no option --widht [^\n]*\n" ARGUMENTS demo --widht 64)
 expect(1 "dev: demo has no option countries.json [^\n]*\n" ARGUMENTS demo countries.json)
@@ -35,6 +37,14 @@ expect(1 "dev: --select needs a value [^\n]*\n" ARGUMENTS demo --print-tree --se
 expect(1 "dev: --width takes a whole number from 16 to 32768, not 15\n" ARGUMENTS demo --width 15)
 expect(1 "dev: --width takes a whole number from 16 to 32768, not \n" ARGUMENTS demo --width=)
 expect(1 "dev: --cache-budget takes a whole number from 32768 to 536870912, not 1M\n" ARGUMENTS demo --cache-budget=1M)
+
+expect(1 "dev: fuzz takes a family and for how many seconds\n" ARGUMENTS fuzz element_list)
+foreach(family errors lists .)
+    expect(1 "dev: no such family: ${family} [(]there are: block_array [^\n]* map[)]\n" ARGUMENTS fuzz ${family} 60)
+endforeach()
+foreach(seconds 0 1m -60 "1 2")
+    expect(1 "dev: SECONDS takes a whole number from 1 to 1000000, not ${seconds}\n" ARGUMENTS fuzz map "${seconds}")
+endforeach()
 
 expect(1 "dev: bench --against needs a commit\n" ARGUMENTS bench --against)
 expect(1 "dev: bench --against: there is no commit yesterday\n" ARGUMENTS bench --against yesterday)

@@ -1,11 +1,13 @@
 /* SPDX-License-Identifier: MIT */
-/* Every model on random bytes: a test of long runs and one of short runs for each family. */
+/* Every model on random bytes: a test of long runs and one of short runs for each family. And on what the fuzzer kept. */
 #include "model.h"
 
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <charconv>
 #include <cstdio>
+#include <fstream>
 
 namespace {
 
@@ -43,6 +45,43 @@ private:
     const random_runs &runs_;
 };
 
+std::vector<uint8_t> bytes_of(const std::string &hexadecimal)
+{
+    std::vector<uint8_t> bytes(hexadecimal.size() / 2);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const char *digits = &hexadecimal[2 * i];
+        if (std::from_chars(digits, digits + 2, bytes[i], 16).ptr != digits + 2)
+            ADD_FAILURE() << "not hexadecimal: " << hexadecimal;
+    }
+    return bytes;
+}
+
+/* Each line of the family's file is an input. */
+class corpus_test : public testing::Test {
+public:
+    explicit corpus_test(const model &tested) : tested_(tested) {}
+
+    void TestBody() override
+    {
+        std::ifstream corpus(MOVA_CORPUS + tested_.family + ".txt");
+        int inputs = 0;
+        for (std::string line; std::getline(corpus, line);) {
+            if (line.starts_with('#'))
+                continue;
+            ++inputs;
+            try {
+                tested_.run(bytes_of(line));
+            } catch (const std::exception &difference) {
+                FAIL() << difference.what() << " (after the bytes " << line << ")";
+            }
+        }
+        EXPECT_GT(inputs, 0) << "./dev fuzz " << tested_.family << " 60 makes " MOVA_CORPUS << tested_.family << ".txt";
+    }
+
+private:
+    const model &tested_;
+};
+
 /* Of generic_list it is GenericList. */
 std::string in_camel_case(const std::string &name)
 {
@@ -56,10 +95,11 @@ std::string in_camel_case(const std::string &name)
     return converted;
 }
 
-void register_test(const model &tested, const char *name, const random_runs &runs)
+template <class Test, class... Arguments>
+void register_test(const char *name, const model &tested, const Arguments &...arguments)
 {
     testing::RegisterTest((in_camel_case(tested.family) + "Model").c_str(), name, nullptr, nullptr, __FILE__, __LINE__,
-                          [&]() -> testing::Test * { return new random_runs_test(tested, runs); });
+                          [&]() -> testing::Test * { return new Test(tested, arguments...); });
 }
 
 } // namespace
@@ -68,8 +108,11 @@ int main(int argc, char **argv)
 {
     testing::InitGoogleTest(&argc, argv);
     for (const model &tested : models()) {
-        register_test(tested, "RandomOperationsBehaveAsOnTheModel", tested.long_runs);
-        register_test(tested, "ShortRunsFromTheStartBehaveAsOnTheModel", tested.short_runs);
+        if (tested.long_runs.count > 0) {
+            register_test<random_runs_test>("RandomOperationsBehaveAsOnTheModel", tested, tested.long_runs);
+            register_test<random_runs_test>("ShortRunsFromTheStartBehaveAsOnTheModel", tested, tested.short_runs);
+        }
+        register_test<corpus_test>("WhatTheFuzzerKeptBehavesAsOnTheModel", tested);
     }
     return RUN_ALL_TESTS();
 }
