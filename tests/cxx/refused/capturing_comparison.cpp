@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // mova::balanced_set: a comparison must have no state, for the tree keeps it as a plain function: take a class whose
 #include <mova/cxx/balanced_tree.h>
 bool edit(int from, int &added)

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // mova: a deleter must have no state: take a class whose operator() says how an item dies
 #include <mova/cxx/pointer_list.h>
 void count_deaths(int *count)

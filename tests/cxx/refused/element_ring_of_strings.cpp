@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // mova::element_list copies its elements byte by byte, which this type does not allow: take mova::pointer_list
 #include <mova/cxx/element_list.h>
 #include <string>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // mova::hash_table: a key is a pointer, an integer or an enumeration, no wider than a word: take mova::keyed_table
 #include <mova/cxx/hash_table.h>
 #include <string>
