@@ -136,9 +136,9 @@ public:
     finding &wrong()
     {
         if (!is_wrong_)
-            new (&finding_) finding(function_, where_);
+            new (&found) finding(function_, where_);
         is_wrong_ = true;
-        return finding_;
+        return found;
     }
 
     /* Judges a container: null, never made, released, of another family, edited while it is calling back. Notes it as the
@@ -238,7 +238,7 @@ public:
     {
         if (is_wrong_ && !is_reported_) [[unlikely]] {
             is_reported_ = true;
-            report(finding_);
+            report(found);
         }
     }
 
@@ -293,7 +293,7 @@ private:
     const void *entered_[running_call::most_used]; /* where it has entered */
     running_call outermost_;
     union {
-        finding finding_; /* where something is wrong */
+        finding found; /* where something is wrong */
     };
 };
 

@@ -125,7 +125,7 @@ place lasting_place(place where)
     _Unwind_Backtrace(
         [](_Unwind_Context *frame, void *argument) {
             auto *const to = static_cast<walk *>(argument);
-            const auto returns_to = reinterpret_cast<place>(_Unwind_GetIP(frame));
+            const auto *const returns_to = reinterpret_cast<place>(_Unwind_GetIP(frame));
             to->has_begun |= returns_to == to->from;
             if (!to->has_begun || is_in_layer(returns_to))
                 return _URC_NO_REASON;

@@ -43,10 +43,21 @@ int mova_checked_system_sigaction(int signal, const struct sigaction *handling, 
     return next(function, "sigaction")(signal, handling, before);
 }
 
+/* What a program calls by the names of the C library's functions, and how those are called here. */
 #pragma GCC visibility push(default)
 extern "C" {
+int own_sigaction(int signal, const struct sigaction *handling, struct sigaction *before) __asm__("sigaction");
+handler own_signal(int signal, handler set) __asm__("signal");
+handler own_ssignal(int signal, handler set) __asm__("ssignal");
+handler own_bsd_signal(int signal, handler set) __asm__("bsd_signal");
+/* What signal() is called in programs that ask for System V's. */
+handler own_system_v_signal(int signal, handler set) __asm__("__sysv_signal");
+handler own_sysv_signal(int signal, handler set) __asm__("sysv_signal");
+handler own_sigset(int signal, handler set) __asm__("sigset");
+}
+#pragma GCC visibility pop
 
-int sigaction(int signal, const struct sigaction *handling, struct sigaction *before) noexcept
+int own_sigaction(int signal, const struct sigaction *handling, struct sigaction *before)
 {
     const struct sigaction own = handling_of_program();
     const int result = mova_checked_system_sigaction(signal, handling, before);
@@ -57,41 +68,38 @@ int sigaction(int signal, const struct sigaction *handling, struct sigaction *be
     return result;
 }
 
-handler signal(int signal, handler set) noexcept
+handler own_signal(int signal, handler set)
 {
     static setter *function;
     return set_by(function, "signal", signal, set);
 }
 
-handler ssignal(int signal, handler set) noexcept
+handler own_ssignal(int signal, handler set)
 {
     static setter *function;
     return set_by(function, "ssignal", signal, set);
 }
 
-handler bsd_signal(int signal, handler set) noexcept
+handler own_bsd_signal(int signal, handler set)
 {
     static setter *function;
     return set_by(function, "bsd_signal", signal, set);
 }
 
-/* What signal() is called in programs that ask for System V's. */
-handler __sysv_signal(int signal, handler set) noexcept
+handler own_system_v_signal(int signal, handler set)
 {
     static setter *function;
     return set_by(function, "__sysv_signal", signal, set);
 }
 
-handler sysv_signal(int signal, handler set) noexcept
+handler own_sysv_signal(int signal, handler set)
 {
     static setter *function;
     return set_by(function, "sysv_signal", signal, set);
 }
 
-handler sigset(int signal, handler set) noexcept
+handler own_sigset(int signal, handler set)
 {
     static setter *function;
     return set_by(function, "sigset", signal, set);
 }
-}
-#pragma GCC visibility pop
