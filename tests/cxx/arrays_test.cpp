@@ -329,6 +329,8 @@ TEST_F(TypedArrayFamilies, IdsNamePointers)
     EXPECT_EQ(table.id_of(&items[0]), 0);
     EXPECT_EQ(table.find(0), nullptr) << "although a word of the table's own stands there";
     EXPECT_EQ(items_of(std::as_const(table)), (std::vector<const int *>{&items[1]}));
+    table.set(4, nullptr);
+    EXPECT_TRUE(table.empty()) << "all ids are free";
     EXPECT_TRUE(ids(nullptr).empty());
 }
 
