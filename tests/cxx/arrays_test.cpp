@@ -202,7 +202,7 @@ TEST_F(TypedArrayFamilies, DynamicArraysGrowWithZeroes)
     a.insert(1, numbers{8, 9});
     EXPECT_EQ(items_of(a), (numbers{0, 8, 9, 0, 7, 0, 1, 2}));
     a.reserve(20);
-    EXPECT_EQ(a.capacity(), 24u);
+    EXPECT_EQ(std::as_const(a).capacity(), 24u);
     a.clear_storage();
     EXPECT_EQ(a.capacity(), 0u);
     mova::dynamic_array<char> text = {'o', 'k'};
@@ -211,6 +211,7 @@ TEST_F(TypedArrayFamilies, DynamicArraysGrowWithZeroes)
     EXPECT_FALSE(a);
     a = dynamic(raw);
     EXPECT_EQ(dynamic(nullptr).size(), 0u);
+    EXPECT_EQ(dynamic(nullptr).capacity(), 0u);
 }
 
 TEST_F(TypedArrayFamilies, BlockArraysAreRings)
@@ -226,6 +227,9 @@ TEST_F(TypedArrayFamilies, BlockArraysAreRings)
     }
     EXPECT_EQ(seen, (numbers{3, 1, 2, 3, 1}));
     EXPECT_EQ(*--a.around().begin(), 3);
+    EXPECT_EQ(*--a.around(2).begin(), 2);
+    a.cut(1, 0);
+    EXPECT_EQ(items_of(a), (numbers{1, 2, 3}));
     EXPECT_EQ(a.advance(2, 1), 0);
     a.roll(1);
     EXPECT_EQ(items_of(a), (numbers{2, 3, 1}));

@@ -142,9 +142,12 @@ TEST_F(TypedCache, TheCallsAreThoseOfTheCache)
 struct told {
     void operator()(std::int32_t index, mova::colour c) const
     {
+        if (throws)
+            throw index;
         last = index;
         last_colour = c;
     }
+    static inline bool throws = false;
     static inline std::int32_t last = -1;
     static inline mova::colour last_colour = {};
 };
@@ -181,6 +184,12 @@ TEST_F(TypedCache, ColoursAreSetByIndexAndIndicesGivenBack)
     dynamic_colour again({6, 6, 6});
     EXPECT_EQ(again.get(), index) << "it was given back";
     EXPECT_EQ(dynamic_colour(nullptr).get(), -1);
+    const std::int32_t next = dynamic_colour({7, 7, 7}).get();
+    told::throws = true;
+    EXPECT_THROW(dynamic_colour({8, 8, 8}), std::int32_t);
+    told::throws = false;
+    EXPECT_EQ(dynamic_colour::adopt(CLUT_new_index()).get(), next) << "given back by the one that was not made";
+    EXPECT_EQ(dynamic_colour({9, 9, 9}).get(), next) << "given back by its owner";
     EXPECT_EQ(again.release(), index);
     host.take_log();
 }

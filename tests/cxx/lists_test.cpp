@@ -411,7 +411,9 @@ TEST_F(TypedLists, ListsCompareAsTheirElements)
 {
     EXPECT_EQ((list{1, 2}), (list{1, 2}));
     EXPECT_NE((list{1, 2}), (list{1, 2, 3}));
+    EXPECT_NE((list{1, 2}), (list{1, 3}));
     EXPECT_LT((list{1, 2}), (list{1, 2, 3}));
+    EXPECT_GT((list{1, 2, 3}), (list{1, 2}));
     EXPECT_GT((list{2}), (list{1, 2, 3}));
     EXPECT_EQ((ring{1}), (ring{1}));
     EXPECT_EQ(mova::to<list>(std::list<short>{1, 2}), (list{1, 2}));
@@ -425,6 +427,7 @@ TEST_F(TypedLists, StacksPushAndPop)
     stack.push(1);
     stack.push(2);
     EXPECT_EQ(broken_invariant(*stack.get()), 0);
+    EXPECT_FALSE(stack.empty());
     EXPECT_EQ(stack.top(), 2);
     EXPECT_EQ(stack.size(), 2u);
     EXPECT_EQ(stack.pop(), 2);
@@ -435,6 +438,7 @@ TEST_F(TypedLists, StacksPushAndPop)
     stack.push(3);
     stack.clear();
     EXPECT_TRUE(stack.empty());
+    EXPECT_TRUE(mova::element_stack<int>(nullptr).empty());
 }
 
 TEST_F(TypedLists, TheCallsAreThoseOfTheElementStack)

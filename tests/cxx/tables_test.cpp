@@ -186,6 +186,29 @@ TEST_F(TypedTables, RecordsAreFoundByTheirNames)
     EXPECT_TRUE(t.contains("Spain"));
 }
 
+TEST_F(TypedTables, TablesAreEqualThatHaveTheSameKeysWithTheSameValues)
+{
+    table one, other;
+    one.set(1, colour::red);
+    other.set(1, colour::green);
+    EXPECT_NE(one, other);
+    other.set(1, colour::red);
+    EXPECT_EQ(one, other);
+    other.remove(1);
+    other.set(2, colour::red);
+    EXPECT_NE(one, other);
+
+    countries here, there;
+    here.insert({"France", 3});
+    there.insert({"France", 4});
+    EXPECT_NE(here, there);
+    there.find("France")->visits = 3;
+    EXPECT_EQ(here, there);
+    there.remove("France");
+    there.insert({"Italy", 3});
+    EXPECT_NE(here, there);
+}
+
 /* Every byte counts, wherever it stands in a text of any length, and so does the length. */
 TEST_F(TypedTables, TextsThatDifferInOneByteHaveOtherHashes)
 {

@@ -404,6 +404,7 @@ TEST_F(TypedTree, CursorsFollowEditsAndEndThemselves)
     EXPECT_EQ(cursor.next(), t.end());
     EXPECT_FALSE(cursor);
     EXPECT_EQ(cursor.next(), t.end());
+    EXPECT_EQ(cursor.current(), t.end());
     t = multiset(nullptr);
     EXPECT_TRUE(other) << "its record is freed by its end, although the tree is gone";
 }

@@ -521,9 +521,11 @@ TEST_F(HashTable, TheCheckNamesTheInvariantThatIsBroken)
         {[](HSH_table &t) { t.high_water_mark = 8; }, 3},
         {[](HSH_table &t) { t.count = 4; }, 4},
         {[](HSH_table &t) { t.count = -1; }, 4},
+        {[](HSH_table &t) { t.count = 8; }, 4},
         {[](HSH_table &t) { t.keys[2] = 9; }, 0},
         {[](HSH_table &t) { t.keys[1] = t.keys[3] = 3; }, 5},
         {[](HSH_table &t) { t.keys[2] = 1; }, 5},
+        {[](HSH_table &t) { t.keys[2] = 0, t.keys[5] = 3, t.keys[3] = 0, t.count = 2; }, 5},
     };
     fill({1, 2, 3});
     for (const auto &each : cases) {

@@ -256,4 +256,21 @@ TEST_F(PointerLookup, TheTableGrowsAndShrinksAsPairsComeAndGo)
     expect_front(0, 0);
 }
 
+/* ---- the check of the invariants ---- */
+
+TEST_F(PointerLookup, TheCheckNamesTheInvariantThatIsBroken)
+{
+    const HSH_table right = *lookup->table;
+    lookup->table->minimum_size = 16;
+    EXPECT_EQ(broken_invariant(*lookup), 1);
+    *lookup->table = right;
+    lookup->table->maximum_shift = 1;
+    EXPECT_EQ(broken_invariant(*lookup), 1);
+    *lookup->table = right;
+    lookup->table->mask = 15;
+    EXPECT_EQ(broken_invariant(*lookup), 2);
+    *lookup->table = right;
+    EXPECT_EQ(broken_invariant(*lookup), 0);
+}
+
 } // namespace

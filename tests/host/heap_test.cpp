@@ -141,6 +141,34 @@ protected:
     heap own{system, thread_caches::records};
 };
 
+/* ---- the units of a chunk, and pages of the system ---- */
+
+TEST(UnitSet, TheFirstRunThatIsLongEnoughIsFoundOrNone)
+{
+    unit_set units;
+    EXPECT_EQ(units.find(1), unit_set::all);
+    units.turn(10, 5);
+    units.turn(40, 20);
+    EXPECT_EQ(units.find(5), 10u);
+    EXPECT_EQ(units.find(6), 40u);
+    EXPECT_EQ(units.find(21), unit_set::all);
+}
+
+TEST(SystemMemory, OnlyWholePagesArePurged)
+{
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    system_memory system;
+    auto *bytes = static_cast<char *>(system.map(nullptr, 2 * page));
+    ASSERT_NE(bytes, nullptr);
+    std::memset(bytes, 'x', 2 * page);
+    system.purge(bytes + 1, 2 * page - 2);
+    EXPECT_EQ(std::count(bytes, bytes + 2 * page, 'x'), 2 * page);
+    system.purge(bytes + 1, 2 * page - 1);
+    EXPECT_EQ(std::count(bytes, bytes + page, 'x'), page);
+    EXPECT_EQ(std::count(bytes + page, bytes + 2 * page, 0), page);
+    EXPECT_TRUE(system.unmap(bytes, 2 * page));
+}
+
 /* ---- chunks and runs ---- */
 
 TEST_F(Heap, AHeapThatIsEmptyAgainGivesAllBack)
@@ -174,6 +202,19 @@ TEST_F(Heap, AChunkIsAlignedWhereverTheSystemMaps)
     give_all(blocks, 256 * kib);
     own.give_back();
     EXPECT_EQ(system.mapped_bytes(), 0u);
+}
+
+/* The first place is amiss and goes back, the second is too, and for a larger one there is no room. */
+TEST_F(Heap, AChunkThatIsMappedAmissIsNoneWhereTheSystemHasNoMore)
+{
+    for (int maps : {1, 2}) {
+        system.wish_granted = false;
+        system.misplaced_by = 4096;
+        system.maps_until_refusal = maps;
+        EXPECT_EQ(take(100), nullptr);
+        EXPECT_EQ(system.mapped_bytes(), 0u);
+        EXPECT_EQ(own.held(), 0u);
+    }
 }
 
 TEST_F(Heap, AChunkThatIsMappedAmissAndNotTakenBackStaysHeld)
@@ -287,6 +328,14 @@ TEST_F(Heap, LargeBlocksOfLessThan64MiBTogetherAreKept)
     EXPECT_EQ(system.mapped_bytes(), 64 * mib);
     give(take(65 * mib), 65 * mib);
     EXPECT_EQ(system.mapped_bytes(), 64 * mib);
+}
+
+TEST_F(Heap, NoMoreThan128LargeBlocksAreKept)
+{
+    const std::vector<void *> blocks = take_many(130, 300 * kib);
+    const size_t mapped = system.mapped_bytes();
+    give_all(blocks, 300 * kib);
+    EXPECT_EQ(system.mapped_bytes(), std::min(mapped / 130 * spare_mappings::most_kept, 64 * mib - mapped / 130));
 }
 
 TEST_F(Heap, SomeLargeBlocksInTurnAskTheSystemForNothing)
@@ -660,6 +709,19 @@ TEST_F(ThreadCache, NowAndThenAReleaseLooksAtTheClock)
     }
     EXPECT_EQ(system.mapped_bytes(), mapped - mib);
     release(block, mib / 4);
+}
+
+TEST_F(ThreadCache, AThreadGetsNoneWhereMemoryHasRunOut)
+{
+    own.give_back();
+    std::vector<thread_cache *> others;
+    system.maps_until_refusal = 0;
+    system.refuses_for_good = true;
+    while (thread_cache *other = caches.begin())
+        others.push_back(other);
+    EXPECT_LT(others.size(), chunk_size / sizeof(thread_cache));
+    for (thread_cache *other : others)
+        caches.end(other);
 }
 
 TEST_F(ThreadCache, EveryBlockGoesBackWhenTheCacheEnds)

@@ -99,6 +99,17 @@ TEST_F(MemoryExhaustion, AnErrorMayBeThrownOutOfTheService)
     MM_dealloc_item(block, mib);
 }
 
+/* A page's alignment comes by itself; of more, the block lies within one that is larger by the alignment. */
+TEST_F(MemoryExhaustion, AnAlignedBlockWithoutRoomIsReportedAndNull)
+{
+    void *block = &reports;
+    for (size_t alignment : {size_t{64}, mib}) {
+        EXPECT_EQ(line_of([&] { block = mova_memory_aligned(alignment, PTRDIFF_MAX - 2 * mib); }),
+                  MOVA_MEMORY_NO_MAPPING);
+        EXPECT_EQ(block, nullptr);
+    }
+}
+
 /* The service holds no lock while it reports, and has taken nothing. */
 TEST_F(MemoryExhaustion, AnErrorMayBeJumpedOutOfTheService)
 {

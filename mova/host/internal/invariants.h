@@ -46,14 +46,14 @@ private:
         return pool_.place_of(origin).handle == none;
     }
 
-    /* Ends, though the blocks may not: each block counts, and there are no more than are live. */
+    /* Ends, whatever the links say: a block is come to from its `prev` alone, and the origin ends the walk. */
     bool blocks_fill_the_arena()
     {
         const char *end = pool_.arena();
         mb_handle each = origin;
         for (size_t walked = 0;; ++walked) {
             const block_pool::block &block = pool_.block_of(each);
-            if (walked > live_ || !is_known(each) || !is_known(block.next))
+            if (!is_known(block.next))
                 return false;
             if (pool_.place_of(each).address != end || pool_.block_of(block.next).prev != each)
                 return false;

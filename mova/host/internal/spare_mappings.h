@@ -209,10 +209,10 @@ private:
 
     static char *address(shelved_mapping *of) { return reinterpret_cast<char *>(of); }
 
-    /* The mappings of a list, in order of address: each half is put in order, and they are merged. */
+    /* The mappings of a list that is not empty, in order of address: each half is put in order, and they are merged. */
     static shelved_mapping *sorted(shelved_mapping *list)
     {
-        if (!list || !list->next)
+        if (!list->next)
             return list;
         shelved_mapping *middle = list;
         for (shelved_mapping *end = list->next; end && end->next; end = end->next->next)
