@@ -798,8 +798,9 @@ const fault_row<swap_caches> swap_cache_rows[] = {
          s.c->free(block);
      },
      usable, never_jumps},
-    {"alloc of 4 GiB", [](swap_caches &s) { s.c->alloc(std::size_t{1} << 31 << (sizeof(std::size_t) > 4)); }, unchanged,
-     never_jumps},
+    /* Where such a size can be named: elsewhere what is in memory is evicted for half of it. */
+    {"alloc of 4 GiB", [](swap_caches &s) { s.c->alloc(std::size_t{1} << 31 << (sizeof(std::size_t) > 4)); },
+     sizeof(std::size_t) > 4 ? unchanged : usable, never_jumps},
     {"swap_out", [](swap_caches &s) { s.c->swap_out(s.at('A')); }, unchanged, never_jumps},
     {"flush", [](swap_caches &s) { s.c->flush(); }, usable, never_jumps},
     {"clear", [](swap_caches &s) { s.c->clear(); }, usable, never_jumps},
