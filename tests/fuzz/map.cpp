@@ -153,6 +153,6 @@ void run(std::span<const std::uint8_t> bytes)
     }
 }
 
-const bool added = mova::test::add_model({"map", run, {}, {}});
+const bool added = mova::test::add_model({"map", run, nullptr, {}, {}, {}});
 
 } // namespace
