@@ -36,13 +36,10 @@ public:
     {
         if (maps_until_refusal >= 0 && maps_until_refusal-- == 0)
             return refused_map();
-        void *start = system_memory::map(wish_granted ? wish : nullptr, size + misplaced_by);
-        if (!start)
-            return nullptr;
-        add(static_cast<char *>(start) + misplaced_by, size);
-        if (misplaced_by != 0)
-            system_memory::unmap(start, misplaced_by);
-        return static_cast<char *>(start) + misplaced_by;
+        void *start = misplaces ? map_misplaced(size) : system_memory::map(wish_granted ? wish : nullptr, size);
+        if (start)
+            add(static_cast<char *>(start), size);
+        return start;
     }
 
     bool unmap(void *start, size_t size) override
@@ -85,7 +82,7 @@ public:
     bool refuses_unmap = false, refuses_extend = false, wish_granted = true;
     int maps_until_refusal = -1; /* none is refused */
     bool refuses_for_good = false;
-    size_t misplaced_by = 0;
+    bool misplaces = false; /* what it maps begins at no multiple of two pages */
     size_t purged = 0, huge = 0, unmap_calls = 0;
     uint32_t time = 0xffff0000; /* it will begin anew */
     std::map<char *, size_t> mapped;
@@ -96,6 +93,20 @@ private:
         if (refuses_for_good)
             maps_until_refusal = 0;
         return nullptr;
+    }
+
+    /* Of two pages more the first, or both, go back. */
+    void *map_misplaced(size_t size)
+    {
+        constexpr size_t page = 4096;
+        auto *start = static_cast<char *>(system_memory::map(nullptr, size + 2 * page));
+        if (!start)
+            return nullptr;
+        const size_t before = reinterpret_cast<uintptr_t>(start) / page % 2 == 0 ? page : 2 * page;
+        system_memory::unmap(start, before);
+        if (before == page)
+            system_memory::unmap(start + before + size, page);
+        return start + before;
     }
 
     void add(char *start, size_t size) { mapped[start] = size; }
@@ -194,7 +205,7 @@ TEST_F(Heap, WhatIsHeldIsWhatIsMapped)
 TEST_F(Heap, AChunkIsAlignedWhereverTheSystemMaps)
 {
     system.wish_granted = false;
-    system.misplaced_by = 4096;
+    system.misplaces = true;
     std::vector<void *> blocks = take_many(20, 256 * kib);
     for (const void *block : blocks)
         EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % 4096, 0u);
@@ -209,7 +220,7 @@ TEST_F(Heap, AChunkThatIsMappedAmissIsNoneWhereTheSystemHasNoMore)
 {
     for (int maps : {1, 2}) {
         system.wish_granted = false;
-        system.misplaced_by = 4096;
+        system.misplaces = true;
         system.maps_until_refusal = maps;
         EXPECT_EQ(take(100), nullptr);
         EXPECT_EQ(system.mapped_bytes(), 0u);
@@ -220,7 +231,7 @@ TEST_F(Heap, AChunkThatIsMappedAmissIsNoneWhereTheSystemHasNoMore)
 TEST_F(Heap, AChunkThatIsMappedAmissAndNotTakenBackStaysHeld)
 {
     system.wish_granted = false;
-    system.misplaced_by = 4096;
+    system.misplaces = true;
     system.refuses_unmap = true;
     void *block = take(100);
     ASSERT_NE(block, nullptr);
