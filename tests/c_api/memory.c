@@ -27,8 +27,9 @@ void drive_memory(void)
     CHECK(strcmp(block, "abc") == 0);
     const mova_memory_totals totals = mova_memory_statistics();
     const mova_memory_class class_of_40 = mova_memory_statistics_of_size(40);
-    /* Under a sanitizer the blocks are the system's, and all figures are 0. */
-    CHECK(totals.held_bytes == 0 || class_of_40.live_blocks >= 1);
+    /* While other threads allocate, a block may be missed. Under a sanitizer the blocks are the system's, and all figures
+       are 0. */
+    CHECK(!drives_alone || totals.held_bytes == 0 || class_of_40.live_blocks >= 1);
     CHECK(!drives_alone || totals.live_bytes >= class_of_40.live_blocks * class_of_40.block_size);
     MM_dealloc_item(block, 40);
     block = mova_memory_zeroed(100);
