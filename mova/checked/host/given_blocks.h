@@ -18,7 +18,7 @@ namespace mova::checked {
 /* The service's own lock; it is taken only where there are threads. */
 class lock {
 public:
-    lock() : locked_(!has_one_thread())
+    lock() : locked_(!single_threaded())
     {
         if (locked_)
             mutex.lock();

@@ -12,24 +12,11 @@
 #include "records.h"
 
 #include <mova/frame/host.h>
+#include <mova/frame/internal/single_threaded.h>
 
 #include <cstddef>
 
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#endif
-
 namespace mova::checked {
-
-/* Where there is one, no lock is needed. */
-inline bool has_one_thread()
-{
-#if __has_include(<sys/single_threaded.h>)
-    return __libc_single_threaded;
-#else
-    return false;
-#endif
-}
 
 /* What is wrong with a block of the memory service. Of `made` and `released` null is not shown. */
 struct block_misuse {

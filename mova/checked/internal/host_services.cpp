@@ -53,7 +53,7 @@ bool has_checked_host()
 /* Whether blocks of that size are taken and released here, without a call of the host's. */
 inline bool does_it_itself(size_t size)
 {
-    return serving.load(std::memory_order_relaxed) == service::checked && size <= largest_small && has_one_thread();
+    return serving.load(std::memory_order_relaxed) == service::checked && size <= largest_small && single_threaded();
 }
 
 constexpr uint32_t live_node(size_t slack)

@@ -58,7 +58,7 @@ struct alignas(64) owner {
 /* Holds the lock while it lives. What is declared below asks for it. */
 class registry_lock {
 public:
-    registry_lock() : locked_(!has_one_thread())
+    registry_lock() : locked_(!single_threaded())
     {
         if (locked_)
             lock();

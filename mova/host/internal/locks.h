@@ -5,9 +5,7 @@
 
 #include <mutex>
 
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#endif
+#include <mova/frame/internal/single_threaded.h>
 
 /* An attribute of clang's thread-safety analysis; other compilers have none. */
 #if defined __clang__
@@ -17,15 +15,6 @@
 #endif
 
 namespace mova {
-
-inline bool single_threaded()
-{
-#if __has_include(<sys/single_threaded.h>)
-    return __libc_single_threaded;
-#else
-    return false;
-#endif
-}
 
 class MOVA_ANNOTATED(capability("lock")) mutex {
 public:
