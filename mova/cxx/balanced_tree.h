@@ -266,7 +266,8 @@ public:
     /* This very item: GT_find_item. */
     position find_item(const T &sought)
     {
-        return position(tree_steps::find(std::addressof(sought), this->head_->root, order_for(sought)));
+        const auto is_sought = [&sought](const GT_tree_item *at) { return at->item == std::addressof(sought); };
+        return position(tree_steps::find(this->head_->root, is_sought, order_for(sought)));
     }
 
     /* The first item that does not go before the key, the first that goes after it, and what lies between. */

@@ -89,15 +89,15 @@ node *search(const GT_tree &t, Order order)
     return at;
 }
 
-/* The node that holds this very item, or null. */
-template <class Order>
-node *find(const void *item, node *at, Order order)
+/* The first node that `is_sought` holds of on the ways that the order leads, or null. Of equal items it goes both ways. */
+template <class IsSought, class Order>
+node *find(node *at, IsSought is_sought, Order order)
 {
-    while (at && at->item != item) {
+    while (at && !is_sought(at)) {
         prefetch_children(at);
         const auto c = order(at->item);
         if (c == 0) {
-            if (node *const found = find(item, at->left, order))
+            if (node *const found = find(at->left, is_sought, order))
                 return found;
         }
         at = *child(at, !(c < 0));
@@ -346,8 +346,8 @@ insertion insert(GT_tree &t, void *item, Order order)
     if (in_the_way)
         return {in_the_way, false};
     if (at) [[unlikely]] {
-        node *const there = GT_insert_item(&t, item);
-        return {there, there->item == item};
+        node *const equal = refuses_equal ? search(t, order) : nullptr;
+        return equal ? insertion{equal, false} : insertion{GT_insert_item(&t, item), true};
     }
     node *const made = link_new(t, to, item);
     arrivals::add(made);
@@ -410,6 +410,18 @@ inline bool take_out(GT_tree &t, path &way, node **link)
     return true;
 }
 
+/* The same where the way is too long. The C function asks the tree's own comparison, and then looks everywhere: it finds what
+   the order leads to. */
+template <class Order>
+bool remove_far_below(GT_tree &t, node *removed, Order order)
+{
+    const auto is_sought = [removed](const node *at) { return at == removed; };
+    const bool leads_there = find(t.root, is_sought, order) != nullptr;
+    if (leads_there)
+        GT_remove_item_global(&t, removed);
+    return leads_there;
+}
+
 /* Returns false where the comparisons do not lead to the node. */
 template <class Order>
 bool remove(GT_tree &t, node *removed, Order order)
@@ -422,9 +434,11 @@ bool remove(GT_tree &t, node *removed, Order order)
             link = way.turn_right();
             continue;
         }
-        if (way.is_full() || at == removed) {
-            if (way.is_full() || !take_out(t, way, link)) [[unlikely]]
-                GT_remove_item(&t, removed);
+        if (way.is_full()) [[unlikely]]
+            return remove_far_below(t, removed, order);
+        if (at == removed) {
+            if (!take_out(t, way, link)) [[unlikely]]
+                remove_far_below(t, removed, order);
             return true;
         }
         prefetch_children(at);

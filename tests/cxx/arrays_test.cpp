@@ -138,6 +138,24 @@ TYPED_TEST(TypedArrays, AWalkKnowsOfItsEdits)
     EXPECT_EQ(a.positions().begin(), a.positions().end());
 }
 
+TYPED_TEST(TypedArrays, AWalkEndsWhereTheArrayHasNoMoreElementsOrIsMoved)
+{
+    TypeParam a = {1, 2, 3, 4};
+    numbers seen;
+    for (auto at : a.positions()) {
+        seen.push_back(*at);
+        a.remove(a.size() - 1);
+    }
+    EXPECT_EQ(seen, (numbers{1, 2}));
+    TypeParam taken;
+    for (auto at : a.positions()) {
+        seen.push_back(*at);
+        taken = std::move(a);
+    }
+    EXPECT_EQ(seen, (numbers{1, 2, 1}));
+    EXPECT_EQ(items_of(taken), (numbers{1, 2}));
+}
+
 TYPED_TEST(TypedArrays, APredicateThatThrowsLeavesWhatItWasNotAskedFor)
 {
     TypeParam a = {1, 2, 3, 4};

@@ -613,6 +613,9 @@ TEST_F(TypedLists, RecordsAreLinkedThroughTheMemberThatIsNamed)
     EXPECT_EQ(&waiting.take(waiting.begin()), &jobs[0]);
     waiting.reverse();
     EXPECT_EQ(items_of(waiting), (std::vector<job>{{3}, {2}, {1}}));
+    EXPECT_EQ(waiting.insert_before(waiting.position_of(jobs[2]), jobs[0]), waiting.position_of(jobs[0]));
+    EXPECT_EQ(items_of(waiting), (std::vector<job>{{3}, {0}, {2}, {1}}));
+    EXPECT_EQ(items_of(waiting.reversed()), (std::vector<job>{{1}, {2}, {0}, {3}}));
     waiting.clear();
     EXPECT_TRUE(waiting.empty());
 }

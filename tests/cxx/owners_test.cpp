@@ -141,6 +141,17 @@ TEST_F(OwnersOfOtherThings, WhatIsGivenItselfStaysAsItIs)
     give_itself(pointers, swap);
 }
 
+TEST_F(OwnersOfOtherThings, AnItemWhoseConstructorThrowsLeavesNoBlock)
+{
+    struct brittle {
+        explicit brittle(int number) { throw number; }
+    };
+    EXPECT_THROW(mova::make_item<brittle>(7), int);
+    EXPECT_EQ(host.live_blocks(), 0u);
+    EXPECT_EQ(host.take_log(), (mova::test::log{"alloc " + std::to_string(sizeof(brittle)) + " = #1",
+                                                "dealloc #1 " + std::to_string(sizeof(brittle))}));
+}
+
 TEST_F(OwnersOfOtherThings, AKeyedTableThatWasMovedFromHasNoMemoryAndCanBeUsed)
 {
     struct named {

@@ -407,6 +407,32 @@ TEST_F(TypedTables, KeysMayBeComputedFromRecords)
     EXPECT_TRUE(t.insert({15, 0}).second);
     EXPECT_FALSE(t.insert({17, 0}).second);
     EXPECT_EQ(t.find(1)->first, 15);
+    struct one_hash {
+        std::size_t operator()(int) const { return 1; }
+    };
+    mova::keyed_table<int, [](int each) { return each / 10; }, one_hash> chained;
+    for (const int each : {15, 25, 35, 26})
+        chained.insert(each);
+    EXPECT_EQ(items_of(chained), (std::vector<int>{15, 25, 35}));
+    EXPECT_EQ(*chained.find(1), 15);
+    EXPECT_EQ(chained.find(4), nullptr);
+}
+
+/* They move as bytes. */
+TEST_F(TypedTables, RecordsThatAreCopiedAsBytesKeepTheirPlacesWhereTheTableGrows)
+{
+    struct place {
+        int number, weight;
+    };
+    mova::keyed_table<place, &place::number> t;
+    for (int number = 0; number < 100; ++number)
+        t.insert({number, 3 * number});
+    ASSERT_EQ(t.size(), 100u);
+    EXPECT_EQ(std::as_const(t).data(), t.begin());
+    for (int number = 0; number < 100; ++number) {
+        EXPECT_EQ(t.data()[number].weight, 3 * number);
+        EXPECT_EQ(t.find(number), t.data() + number);
+    }
 }
 
 } // namespace

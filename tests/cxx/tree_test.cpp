@@ -211,29 +211,90 @@ TEST_F(TypedTree, EveryStepIsThatOfTheCFunctions)
     }
 }
 
-/* Makes the tree a list to the right, with balances of 0, and edits it far below. */
+/* What a call raises, and all fields after it. */
+std::string after(const GT_tree &t, auto call)
+{
+    std::string result;
+    try {
+        call();
+    } catch (const mova::test::raised &error) {
+        result = error.module + " " + std::to_string(error.line) + "\n";
+    }
+    return result + fields_of(t);
+}
+
+/* A tree that a program has made a list to the right, with balances of 0. Keys are even; there is room for others. */
+template <class Calls>
+struct tree_as_a_list : Calls {
+    std::deque<entry> entries;
+
+    tree_as_a_list()
+    {
+        for (int key = 0; key < 200; key += 2)
+            this->insert(add(key));
+        for (GT_tree_item *at = this->get()->first; at; at = at->next) {
+            at->left = nullptr;
+            at->right = at->next;
+            at->balance = 0;
+        }
+        this->get()->root = this->get()->first;
+    }
+    entry &add(int key) { return entries.emplace_back(entry{key, key}); }
+    GT_tree_item *at(int key)
+    {
+        GT_tree_item *found = this->get()->first;
+        while (found && static_cast<entry *>(found->item)->key != key)
+            found = found->next;
+        return found;
+    }
+    std::string after(auto call) { return ::after(*this->get(), call); }
+};
+
+/* Edits it far below. */
 template <class Calls>
 log edits_of_a_list()
 {
-    recording_host &host = recording_host::get();
-    host.reset();
-    Calls calls;
-    std::deque<entry> entries;
-    for (int key = 0; key < 100; ++key)
-        calls.insert(entries.emplace_back(entry{key, key}));
-    for (GT_tree_item *at = calls.get()->first; at; at = at->next) {
-        at->left = nullptr;
-        at->right = at->next;
-        at->balance = 0;
-    }
-    calls.get()->root = calls.get()->first;
-    calls.insert(entries.emplace_back(entry{100, 100}));
-    log lines = {fields_of(*calls.get())};
-    calls.remove(calls.search(entries[99]));
-    lines.push_back(fields_of(*calls.get()));
-    calls.remove(calls.search(entries[20]));
-    lines.push_back(fields_of(*calls.get()));
+    recording_host::get().reset();
+    tree_as_a_list<Calls> list;
+    log lines;
+    lines.push_back(list.after([&] { list.insert(list.add(200)); }));
+    for (const int key : {198, 40})
+        lines.push_back(list.after([&] { list.remove(list.at(key)); }));
+    GT_tree_item *there = nullptr;
+    lines.push_back(list.after([&] { there = list.insert(list.add(196)); }));
+    lines.push_back(recording_host::get().name_of(there));
+    lines.push_back(list.after([&] { there = list.insert(*static_cast<entry *>(list.at(196)->item)); }));
+    lines.push_back(recording_host::get().name_of(there));
     return lines;
+}
+
+/* The node of key 160 gets one to which the comparisons do not lead, and is taken out in each way. */
+template <class Calls>
+log removals_of_a_changed_key_in_a_list(int key)
+{
+    recording_host::get().reset();
+    tree_as_a_list<Calls> list;
+    GT_tree_item *const changed = list.at(160);
+    entry &item = *static_cast<entry *>(changed->item);
+    item.key = key;
+    log lines;
+    lines.push_back(list.after([&] { list.remove(changed); }));
+    lines.push_back(list.after([&] { list.remove_item(item); }));
+    lines.push_back(list.after([&] { list.remove_anywhere(changed); }));
+    return lines;
+}
+
+/* The same list hangs to the left of a root, which goes: its predecessor is the list's last. */
+template <class Calls>
+log removal_of_a_root_above_a_list()
+{
+    recording_host::get().reset();
+    tree_as_a_list<Calls> list;
+    GT_tree_item *const root = list.at(196);
+    root->prev->right = nullptr;
+    root->left = list.get()->first;
+    list.get()->root = root;
+    return {list.after([&] { list.remove(root); })};
 }
 
 struct counted_order {
@@ -245,11 +306,10 @@ struct counted_order {
     static inline std::uint32_t asked = 0; /* of which items, in which order */
 };
 
-/* More levels than are gone down in one way, and items in no order, in order, and backwards. An item that is equal is refused on
-   all levels. */
-TEST_F(TypedTree, ALargeTreeIsThatOfTheCFunctions)
+template <bool AdmitsEqual>
+void expect_a_large_tree_to_be_that_of_the_c_functions()
 {
-    using tree = mova::balanced_set<entry, counted_order>;
+    using tree = mova::basic_tree<entry, counted_order, AdmitsEqual, mova::borrowed>;
     std::vector<entry> entries(12000);
     for (int i = 0; i < 12000; ++i)
         entries[static_cast<std::size_t>(i)] = {i / 2, i};
@@ -276,7 +336,7 @@ TEST_F(TypedTree, ALargeTreeIsThatOfTheCFunctions)
         ASSERT_EQ(of_c, nullptr);
     };
     same();
-    EXPECT_EQ(typed.count_items(), 6000u);
+    EXPECT_EQ(typed.count_items(), AdmitsEqual ? 12000u : 6000u);
     for (entry &each : entries) {
         if (each.key % 3 != 0)
             continue;
@@ -287,12 +347,117 @@ TEST_F(TypedTree, ALargeTreeIsThatOfTheCFunctions)
         ASSERT_EQ(typed.remove_equal(each), found);
     }
     same();
-    EXPECT_EQ(typed.count_items(), 4000u);
+    EXPECT_EQ(typed.count_items(), AdmitsEqual ? 8000u : 4000u);
+}
+
+/* More levels than are gone down in one way, and items in no order, in order, and backwards. An item that is equal is met on all
+   levels. */
+TEST_F(TypedTree, ALargeTreeIsThatOfTheCFunctions)
+{
+    expect_a_large_tree_to_be_that_of_the_c_functions<false>();
+    expect_a_large_tree_to_be_that_of_the_c_functions<true>();
 }
 
 TEST_F(TypedTree, ATreeWhoseBalancesAreWrongIsEditedAsTheCFunctionsDo)
 {
     EXPECT_EQ(edits_of_a_list<typed_calls<false>>(), edits_of_a_list<c_calls<false>>());
+    EXPECT_EQ(edits_of_a_list<typed_calls<true>>(), edits_of_a_list<c_calls<true>>());
+    EXPECT_EQ(removal_of_a_root_above_a_list<typed_calls<false>>(), removal_of_a_root_above_a_list<c_calls<false>>());
+    for (const int key : {-1, 131})
+        EXPECT_EQ(removals_of_a_changed_key_in_a_list<typed_calls<false>>(key),
+                  removals_of_a_changed_key_in_a_list<c_calls<false>>(key))
+            << key;
+}
+
+TEST_F(TypedTree, ATreeThatIsTooHighRefusesEqualItemsAndRaisesAsAnyOther)
+{
+    tree_as_a_list<typed_calls<false>> list;
+    EXPECT_FALSE(list.t.insert(list.add(196)).second);
+    EXPECT_FALSE(list.t.insert(*static_cast<entry *>(list.at(196)->item)).second) << "which is in the tree";
+    EXPECT_TRUE(list.t.insert(list.add(197)).second);
+    GT_tree_item *const changed = list.at(160);
+    static_cast<entry *>(changed->item)->key = 131;
+    const typed_calls<false>::position at(changed);
+    mova::test::expect_raise("gentree", 481, MOVA_PRECONDITION_BROKEN, [&] { list.t.take(at); });
+    EXPECT_EQ(list.t.count_items(), 101u);
+    EXPECT_EQ(&list.t.take_anywhere(at), &list.entries[80]);
+    EXPECT_EQ(list.t.count_items(), 100u);
+}
+
+/* Of 6 4 2 1, or of the same below 0, the last gets a balance that no node has, and one more goes below it. */
+template <class Calls>
+log insertion_below_a_wrong_balance(int sign, int balance, recording_host::raise_mode mode)
+{
+    recording_host &host = recording_host::get();
+    host.reset();
+    host.set_raise_mode(mode);
+    Calls calls;
+    std::deque<entry> entries;
+    for (const int key : {6, 4, 2, 1})
+        calls.insert(entries.emplace_back(entry{sign * key, key}));
+    calls.search(entries.back())->balance = balance;
+    host.take_log();
+    const std::string fields = after(*calls.get(), [&] { calls.insert(entries.emplace_back(entry{0, 0})); });
+    log lines = host.take_log();
+    lines.push_back(fields);
+    return lines;
+}
+
+TEST_F(TypedTree, InsertionBelowABalanceThatIsOutOfRangeRaisesAndGoesOnAsTheCFunction)
+{
+    using mode = recording_host::raise_mode;
+    for (const int sign : {1, -1}) {
+        for (const int balance : {5, -5}) {
+            const log raised = insertion_below_a_wrong_balance<typed_calls<false>>(sign, balance, mode::throws);
+            EXPECT_EQ(raised, insertion_below_a_wrong_balance<c_calls<false>>(sign, balance, mode::throws));
+            EXPECT_TRUE(raised.back().starts_with(sign == 1 ? "gentree 1181\n" : "gentree 1236\n")) << raised.back();
+            const log returned = insertion_below_a_wrong_balance<typed_calls<false>>(sign, balance, mode::returns);
+            EXPECT_EQ(returned, insertion_below_a_wrong_balance<c_calls<false>>(sign, balance, mode::returns));
+            const std::string line = sign == 1 ? "raise gentree 1181 4297" : "raise gentree 1236 4297";
+            EXPECT_EQ(std::count(returned.begin(), returned.end(), line), 1);
+        }
+    }
+}
+
+/* Of 1 2 3 the root goes; an iterator has delivered its predecessor, or is about to. */
+template <class Calls>
+log removal_while_an_iterator_is_at_the_predecessor(bool delivered)
+{
+    recording_host::get().reset();
+    Calls calls;
+    entry entries[] = {{2, 2}, {1, 1}, {3, 3}};
+    for (entry &each : entries)
+        calls.insert(each);
+    GT_tree_iter *const iterator = GT_all_items(calls.get());
+    GT_tree_item *at = nullptr;
+    if (delivered)
+        GT_next_position(iterator, &at);
+    GT_tree_item *const root = calls.get()->root;
+    calls.remove(root);
+    EXPECT_EQ(iterator->current, delivered ? root : nullptr) << "on the record that is gone";
+    log lines = {fields_of(*calls.get())};
+    GT_end_iterator(iterator);
+    return lines;
+}
+
+TEST_F(TypedTree, AnIteratorAtThePredecessorIsLeftOnTheRemovedRecordAsByTheCFunction)
+{
+    for (const bool delivered : {false, true})
+        EXPECT_EQ(removal_while_an_iterator_is_at_the_predecessor<typed_calls<true>>(delivered),
+                  removal_while_an_iterator_is_at_the_predecessor<c_calls<true>>(delivered));
+}
+
+TEST_F(TypedTree, APositionOfAnotherTreeIsRefusedAndBothStayAsTheyAre)
+{
+    entry entries[] = {{2, 0}, {1, 1}, {3, 2}, {2, 3}};
+    multiset t, other;
+    for (int i = 0; i < 3; ++i)
+        t.insert(entries[i]);
+    other.insert(entries[3]);
+    const std::string before = fields_of(*t.get()) + fields_of(*other.get());
+    mova::test::expect_raise("gentree", 481, MOVA_PRECONDITION_BROKEN, [&] { t.take(other.begin()); });
+    mova::test::expect_raise("gentree", 545, MOVA_PRECONDITION_BROKEN, [&] { t.take_anywhere(other.begin()); });
+    EXPECT_EQ(fields_of(*t.get()) + fields_of(*other.get()), before);
 }
 
 /* ---- the rest ---- */
@@ -505,6 +670,21 @@ TEST_F(TypedTree, ATreeMayOwnItsItems)
     in_host.insert(mova::make_item<entry>(1, 1));
     in_host.clear();
     in_host.insert(mova::make_item<entry>(2, 2));
+}
+
+TEST_F(TypedTree, ATreeThatOwnsKeepsAnItemToWhichTheComparisonsDoNotLead)
+{
+    mova::balanced_set<entry, std::compare_three_way, mova::host_delete> t;
+    for (const int key : {2, 1, 3})
+        t.insert(mova::make_item<entry>(key, key));
+    t.begin()->key = 5;
+    host.take_log();
+    host.set_raise_mode(recording_host::raise_mode::returns);
+    EXPECT_FALSE(t.take(t.begin()));
+    EXPECT_EQ(host.take_log(), log{"raise gentree 481 4297"});
+    EXPECT_EQ(t.count_items(), 3u);
+    EXPECT_EQ(t.take_anywhere(t.begin())->key, 5);
+    EXPECT_EQ(t.count_items(), 2u);
 }
 
 TEST_F(TypedTree, PrintersAreStateless)

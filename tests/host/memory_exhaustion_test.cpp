@@ -10,9 +10,11 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
+#include <pthread.h>
 #include <setjmp.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -152,6 +154,28 @@ TEST_F(MemoryExhaustion, AFailureLeavesTheFiguresAlone)
     EXPECT_EQ(after.live_blocks, before.live_blocks);
     EXPECT_EQ(after.live_bytes, before.live_bytes);
     EXPECT_LE(after.held_bytes, before.held_bytes);
+}
+
+/* Destructors of what belongs to a thread are called round after round; in the second one its free blocks are the others'. */
+TEST_F(MemoryExhaustion, AThreadWhoseFreeBlocksWentBackIsToldToo)
+{
+    static pthread_key_t key;
+    static int rounds;
+    static int32_t line;
+    rounds = line = 0;
+    const auto destructor = [](void *value) {
+        if (++rounds < 2)
+            pthread_setspecific(key, value);
+        else
+            line = line_of([] { EXPECT_EQ(MM_alloc_item(PTRDIFF_MAX), nullptr); });
+    };
+    ASSERT_EQ(pthread_key_create(&key, destructor), 0);
+    std::thread([] {
+        MM_dealloc_item(MM_alloc_item(48), 48);
+        pthread_setspecific(key, &rounds);
+    }).join();
+    EXPECT_EQ(line, MOVA_MEMORY_NO_MAPPING);
+    pthread_key_delete(key);
 }
 
 /* ---- with little address space ---- */

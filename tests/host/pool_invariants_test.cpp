@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+#include <vector>
+
 namespace {
 
 using mova::block_pool;
@@ -19,13 +22,18 @@ constexpr mb_handle unknown = 40;
 class open_pool {
 public:
     static constexpr mb_handle a = 1, b = 3, c = 5, d = 7;
-    static constexpr size_t budget = (4 + 1100 + 1101 + 1100 + 3) * unit;
 
-    open_pool() : pool(mova::take_memory(budget), block_pool::empty_table(), budget)
+    /* The gaps, of so many units each, come in this order; each lies behind a block of one unit. */
+    explicit open_pool(const std::vector<size_t> &gaps = {1100, 1101, 1100})
+        : budget(std::accumulate(gaps.begin(), gaps.end(), gaps.size() + 1 + 3) * unit),
+          pool(mova::take_memory(budget), block_pool::empty_table(), budget)
     {
-        for (const size_t units : {1u, 1100u, 1u, 1101u, 1u, 1100u, 1u})
+        for (const size_t units : gaps) {
+            pool.allocate(unit);
             pool.allocate(units * unit);
-        for (const mb_handle gap : {2u, 4u, 6u})
+        }
+        pool.allocate(unit);
+        for (mb_handle gap = 2; gap <= 2 * gaps.size(); gap += 2)
             pool.release(gap);
     }
 
@@ -59,6 +67,7 @@ public:
         block(moved).gap -= bytes;
     }
 
+    const size_t budget;
     block_pool pool;
 };
 
@@ -117,6 +126,18 @@ TEST(PoolInvariants, TheCheckReturnsTheNumberThatTheHeaderGives)
         tried.break_it(x);
         EXPECT_EQ(mova::broken_invariant(x.pool), tried.broken) << tried.what;
     }
+}
+
+/* Each is on the lower side of the one before; in the last no bit is left open. */
+TEST(PoolInvariants, AGapBelowTheLastBitOfItsClassIsFound)
+{
+    open_pool x({1119, 1103, 1095, 1091, 1089, 1088});
+    constexpr mb_handle above = 9, last = 11, behind = 13;
+    ASSERT_EQ(x.branches(above).children[0], last);
+    EXPECT_EQ(mova::broken_invariant(x.pool), 0);
+    x.branches(last).children[0] = behind;
+    x.branches(behind).parent = last;
+    EXPECT_EQ(mova::broken_invariant(x.pool), 4);
 }
 
 } // namespace

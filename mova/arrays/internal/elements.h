@@ -36,11 +36,10 @@ public:
             std::memcpy(at(index), source, bytes_of(count, size_));
     }
 
-    /* Copies `count` elements out. */
+    /* Copies `count` elements out, one at least. */
     void read(void *target, int32_t index, int32_t count) const
     {
-        if (count)
-            std::memcpy(target, at(index), bytes_of(count, size_));
+        std::memcpy(target, at(index), bytes_of(count, size_));
     }
 
     /* Moves `count` elements; where they were and where they go may overlap. */

@@ -109,8 +109,6 @@ public:
             return static_cast<unsigned>(units_ >> --left_) & 1;
         }
 
-        bool any() const { return left_ > 0; }
-
     private:
         size_t units_;
         unsigned left_;
@@ -189,7 +187,7 @@ private:
         bits below(index, size);
         for (mb_handle node = roots_[index]; node != none;) {
             best = better(gaps, best, node, size);
-            if (!below.any() || gaps[node].gap == size)
+            if (gaps[node].gap == size) /* at the latest where no bit is left open */
                 break;
             const gap_branches &branches = gaps.branches(node);
             const unsigned side = below.next();
