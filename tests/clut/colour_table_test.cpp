@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <functional>
 #include <limits>
+#include <set>
 #include <utility>
 
 namespace {
@@ -16,15 +17,29 @@ namespace {
 /* The calls of calloc, from when this is not null. */
 std::vector<std::pair<std::size_t, std::size_t>> *calloc_calls = nullptr;
 
+/* What calloc gave and was not freed, from when this is not null. */
+std::set<void *> *zeroed_blocks = nullptr;
+
 } // namespace
 
 extern "C" void *__real_calloc(std::size_t count, std::size_t size);
+extern "C" void __real_free(void *block);
 
 extern "C" void *__wrap_calloc(std::size_t count, std::size_t size)
 {
     if (calloc_calls)
         calloc_calls->emplace_back(count, size);
-    return __real_calloc(count, size);
+    void *block = __real_calloc(count, size);
+    if (zeroed_blocks)
+        zeroed_blocks->insert(block);
+    return block;
+}
+
+extern "C" void __wrap_free(void *block)
+{
+    if (zeroed_blocks)
+        zeroed_blocks->erase(block);
+    __real_free(block);
 }
 
 namespace {
@@ -302,12 +317,31 @@ TEST_F(ColourTable, TheTableIsAllocatedByCallocAWordAndAColourForEachIndexAndASp
     EXPECT_EQ(calls, (std::vector<std::pair<std::size_t, std::size_t>>{{101, 4}, {100, 6}}));
 }
 
+TEST_F(ColourTable, ATableOfLessThanNoIndicesTakesTheSpareWordAlone)
+{
+    std::vector<std::pair<std::size_t, std::size_t>> calls;
+    calloc_calls = &calls;
+    expect_raises([] { RGBLUT_init(-1, nullptr, 0); }, {134});
+    calloc_calls = nullptr;
+    EXPECT_EQ(calls, (std::vector<std::pair<std::size_t, std::size_t>>{{1, 4}, {0, 6}}));
+}
+
 TEST_F(ColourTable, TheClientWordIsKept)
 {
     const mova_word word = std::numeric_limits<mova_word>::min() + 1;
     RGBLUT_init(100, tell, word);
     host.take_log();
     EXPECT_EQ(mova::clut::table.client_word, word);
+}
+
+TEST_F(ColourTable, TheFlagsOfTheRecordAreZeroAndOne)
+{
+    init(40);
+    EXPECT_EQ(mova::modules.rgblut.initialised, 1);
+    EXPECT_EQ(mova::modules.rgblut.static_phase, 1);
+    request();
+    EXPECT_EQ(mova::modules.rgblut.static_phase, 0);
+    EXPECT_EQ(mova::modules.rgblut.full_warning, 1);
 }
 
 TEST_F(ColourTable, TheSizeBeforeTheCallIsWhatIsAnnounced)
@@ -417,6 +451,16 @@ TEST_F(ColourTable, WhereTheHostReturnsASecondTableReplacesTheFirst)
     EXPECT_EQ(colour_of(50), (colour{0, 200, 0}));
     EXPECT_EQ(colour_of(20), black);
     intact = true;
+}
+
+TEST_F(ColourTable, WhereTheHostReturnsASecondTableTheFirstIsFreed)
+{
+    std::set<void *> blocks;
+    zeroed_blocks = &blocks;
+    init();
+    expect_raises([] { RGBLUT_init(100, nullptr, 0); }, {93});
+    zeroed_blocks = nullptr;
+    EXPECT_EQ(blocks.size(), 2u);
 }
 
 TEST_F(ColourTable, ASecondTableInTheDynamicPhaseRaisesForEachStandardColour)

@@ -116,6 +116,17 @@ TEST_F(HashStatistics, TellWhatSearchesForEveryKeyAndFromEverySlotFind)
     }
 }
 
+/* A table of 8 slots takes the upper three bits at most. The upper two would keep these keys nearer to their homes. */
+TEST_F(HashStatistics, AdviseNoShiftBeyondTheMostThatTheTableTakes)
+{
+    words keys;
+    for (uint32_t key : {0x100u, 0xc0000000u, 0xc0000001u, 0xc0020000u, 0xe0000000u})
+        keys.push_back(static_cast<mova_word>(key));
+    const int32_t best = best_shift_of(8, keys);
+    create(8, 0, keys);
+    EXPECT_EQ(mova_hash_table_statistics(table).best_shift, best);
+}
+
 /* Half of the slots are taken: pages are spread best over every other slot. */
 TEST_F(HashStatistics, LeadToTheShiftOfPages)
 {

@@ -287,4 +287,13 @@ TEST(MemoryOwnThreads, AChildThatIsForkedBesideBusyThreadsMayAllocate)
         thread.join();
 }
 
+/* What the thread that forks holds ready is its own in the child too, where it is counted. */
+TEST(MemoryOwnThreads, AChildHoldsReadyWhatItsThreadDid)
+{
+    release(allocate(20, 40), 40);
+    const size_t ready = mova_memory_statistics_of_size(40).cached_blocks;
+    ASSERT_GT(ready, 0u);
+    EXPECT_EQ(mova::test::in_child([ready] { return mova_memory_statistics_of_size(40).cached_blocks != ready; }), 0);
+}
+
 } // namespace

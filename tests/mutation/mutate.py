@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Changes one thing of a room at a time, and runs the room's tests: which changes do they not notice?
 
-    mutate.py BUILD ROOM [--sample N [--seed SEED]] [--part I/N] [--limit SECONDS]
+    mutate.py BUILD ROOM... [--sample N [--seed SEED]] [--part I/N] [--limit SECONDS]
 
 BUILD is a directory that ninja has built. Neither it nor the source is changed: each mutant is a copy of one file, which is
 found before the file itself; the objects that include it, and the programs that these are linked into, are made anew beside.
@@ -13,6 +13,8 @@ A mutant is
     killed    where a test fails, or does not end
     listed    where it lives, and survivors.txt says why that changes nothing that can be seen
     alive     else: the end is a failure
+
+Of a run on one room, and all its files, results.txt keeps a line.
 
 A line of survivors.txt is `FILE: LINE => NEW # REASON`, with what is changed between two @. What stands several times in a
 file has an entry for each.
@@ -31,6 +33,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 
@@ -38,12 +41,13 @@ from mutants import mutants_of
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 SURVIVORS = SOURCE / "tests/mutation/survivors.txt"
+RESULTS = SOURCE / "tests/mutation/results.txt"
 MEMORY = 8 << 30
 
 
 class Mutant:
-    def __init__(self, file, text, start, end, new):
-        self.file, self.start, self.end, self.new = file, start, end, new
+    def __init__(self, room, file, text, start, end, new):
+        self.room, self.file, self.start, self.end, self.new = room, file, start, end, new
         self.line = text.count("\n", 0, start) + 1
         begin, stop = text.rfind("\n", 0, start) + 1, text.find("\n", end)
         old = " ".join(text[start:end].split())
@@ -66,7 +70,7 @@ def mutants_in(room):
     for file in files_of(room):
         text = (SOURCE / file).read_text()
         for start, end, new in mutants_of(text):
-            yield Mutant(file, text, start, end, new)
+            yield Mutant(room, file, text, start, end, new)
 
 
 def models_of(room):
@@ -109,6 +113,7 @@ class Build:
 
     def room_tests(self, room):
         filters = collections.defaultdict(list)
+        alone = []
         found = self.tests_in(f"tests/{room}")
         models = [name for name in self.tests_in("tests/model")
                   if any(f"{model}Model." in name["name"] for model in models_of(room))]
@@ -121,10 +126,11 @@ class Build:
             if chosen:
                 filters[command[0], programs].append(chosen[0].removeprefix("--gtest_filter="))
             elif programs:
-                yield Test(test["name"], command, programs, environment)
+                alone.append(Test(test["name"], command, programs, environment))
         for (program, programs), names in filters.items():
             yield Test(pathlib.Path(program).name,
                        [program, "--gtest_fail_fast", "--gtest_brief=1", "--gtest_filter=" + ":".join(names)], programs, {})
+        yield from alone
 
     def tests_in(self, directory):
         said = self.ask("ctest", "--test-dir", directory, "--show-only=json-v1")
@@ -138,9 +144,41 @@ class Build:
 class Test:
     def __init__(self, name, command, programs, environment):
         self.name, self.command, self.programs, self.environment = name, command, programs, environment
-        self.seconds = 0
+        self.seconds = None
+        self.kills = 0
+        self.lock = threading.Lock()
 
-    def passes(self, place, build, limit):
+    def can_kill(self, place, build):
+        """What fails as it is, under these limits, cannot: such tests of a program are left out. Tried, and timed, when it is
+        first asked for."""
+        with self.lock:
+            while self.seconds is None:
+                begin = time.monotonic()
+                place.mkdir(exist_ok=True)
+                said = tempfile.TemporaryFile("w+")
+                if self.passes(place, build, 100, said):
+                    self.seconds = time.monotonic() - begin
+                elif not self.leave_out(said):
+                    self.seconds = float("inf")
+                    print(f"left out: {self.name}", flush=True)
+        return self.seconds != float("inf")
+
+    def leave_out(self, said):
+        """Whether some of the program's tests go on without those that failed."""
+        said.seek(0)
+        failed = set(re.findall(r"^\[  FAILED  \] ([^ ,]+)", said.read(), re.MULTILINE))
+        if not failed:
+            return False
+        print(f"left out: {', '.join(sorted(failed))}", flush=True)
+        kept = [name for name in self.command[-1].removeprefix("--gtest_filter=").split(":") if name not in failed]
+        self.command[-1] = "--gtest_filter=" + ":".join(kept)
+        return bool(kept)
+
+    def cost(self):
+        """What a kill by it costs, as far as is known, with what linking it takes."""
+        return (0.3 + (1 if self.seconds is None else self.seconds)) / (1 + self.kills)
+
+    def passes(self, place, build, limit, said=subprocess.DEVNULL):
         """With the programs that lie in `place` before those of the build."""
         command = self.command
         for program in self.programs:
@@ -150,7 +188,7 @@ class Test:
         environment = {**os.environ, **self.environment, "LD_LIBRARY_PATH": libraries, "MOVA_TEST_SEED": "1"}
         limited = ["prlimit", f"--as={MEMORY}", f"--cpu={int(limit)}", "--core=0", *command]
         started = subprocess.Popen(limited, cwd=place, env=environment, start_new_session=True, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                                   stdout=said, stderr=subprocess.DEVNULL)
         try:
             return started.wait(5 * limit) == 0
         except subprocess.TimeoutExpired:
@@ -249,13 +287,20 @@ class Place:
                 changed.add(output)
         if not changed:
             return "the same", ""
-        for test in self.build.tests:
+        tried = False
+        for test in sorted(self.build.tests, key=Test.cost):
             if not any(self.build.parts_of(program) & changed for program in test.programs):
                 continue
+            if not test.can_kill(self.path / "unchanged", self.build):
+                continue
+            tried = True
             if not all(self.linked(program, changed) for program in test.programs):
                 return "refused", ""
             if not test.passes(self.path, self.build, 2 + 4 * test.seconds):
+                test.kills += 1
                 return "killed", test.name
+        if not tried:
+            sys.exit(f"there is nothing to notice a change of {mutant.file}")
         return "alive", ""
 
 
@@ -270,25 +315,68 @@ def listed():
     return entries
 
 
-def time_tests(build, place):
-    """A test that fails as it is cannot kill. The quick ones come first."""
-    for test in list(build.tests):
-        begin = time.monotonic()
-        if test.passes(place.path, build, 100):
-            test.seconds = time.monotonic() - begin
-        else:
-            build.tests.remove(test)
-            print(f"left out: {test.name} fails on the source as it is, under these limits")
-    build.tests.sort(key=lambda test: test.seconds)
-    print(f"{len(build.tests)} tests, {sum(test.seconds for test in build.tests):.1f} s", flush=True)
-    if not build.tests:
-        sys.exit("there is nothing to notice a change")
+def chosen(given, expected):
+    mutants = [mutant for room in given.rooms for mutant in mutants_in(room) if (given.file or "") in mutant.file]
+    if given.sample:
+        # What is known to live, and headers, of which many objects are made, would take their time for little.
+        mutants = [mutant for mutant in mutants if mutant.file.endswith(".cpp") and mutant.entry not in expected]
+        # By what they are, not by their numbers: so an edit elsewhere leaves the sample as it is.
+        mutants = sorted(mutants, key=lambda mutant: hashlib.sha256(f"{given.seed} {mutant.entry}".encode()).digest())
+        mutants = mutants[:given.sample]
+    part, parts = map(int, given.part.split("/"))
+    return mutants[part - 1::parts]
+
+
+class Run:
+    """The mutants of a room, one after another, on every processor."""
+
+    def __init__(self, given, room, expected, end):
+        self.build = Build(given.build, room)
+        self.root = self.build.directory / "mutation" / f"{room}-{given.part.split('/')[0]}"
+        shutil.rmtree(self.root, ignore_errors=True)
+        self.places = queue.Queue()
+        for number in range(len(os.sched_getaffinity(0))):
+            self.places.put(Place(self.build, self.root / str(number)))
+        self.expected, self.end = expected, end
+        self.fates, self.lives, self.lock = collections.Counter(), collections.Counter(), threading.Lock()
+
+    def decide(self, mutants):
+        with concurrent.futures.ThreadPoolExecutor(self.places.qsize()) as pool:
+            list(pool.map(self.decide_one, mutants))
+        for place in list(self.places.queue):
+            shutil.rmtree(place.path)
+        return self.fates, self.lives
+
+    def decide_one(self, mutant):
+        if time.monotonic() > self.end:
+            self.fates["not tried"] += 1
+            return
+        place = self.places.get()
+        try:
+            fate, by = place.fate(mutant)
+        finally:
+            self.places.put(place)
+        with self.lock:
+            if fate == "alive":
+                self.lives[mutant.entry] += 1
+                fate = "listed" if self.lives[mutant.entry] <= self.expected[mutant.entry] else fate
+            self.fates[fate] += 1
+            with (self.root / "fates").open("a") as log:
+                print(f"{fate} {by}: {mutant}", file=log)
+            if fate == "alive":
+                print(f"alive: {mutant}", flush=True)
+
+
+def write_result(room, words):
+    lines = [line for line in RESULTS.read_text().splitlines() if not line.startswith(f"{room} ")]
+    head = [line for line in lines if line.startswith("#")]
+    RESULTS.write_text("\n".join(head + sorted([*lines[len(head):], f"{room} {words}"])) + "\n")
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("room")
+    parser.add_argument("rooms", nargs="+")
     parser.add_argument("--sample", type=int)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--part", default="1/1", help="the I-th of N parts of the mutants")
@@ -298,60 +386,30 @@ def main():
 
     begin = time.monotonic()
     expected = listed()
-    mutants = list(mutants_in(given.room))
-    if given.file:
-        mutants = [mutant for mutant in mutants if given.file in mutant.file]
-    if given.sample:
-        # What is known to live, and headers, of which many objects are made, would take their time for little.
-        mutants = [mutant for mutant in mutants if mutant.file.endswith(".cpp") and mutant.entry not in expected]
-        # By what they are, not by their numbers: so an edit elsewhere leaves the sample as it is.
-        mutants = sorted(mutants, key=lambda mutant: hashlib.sha256(f"{given.seed} {mutant.entry}".encode()).digest())
-        mutants = mutants[:given.sample]
-    part, parts = map(int, given.part.split("/"))
-    mutants = mutants[part - 1::parts]
+    mutants = chosen(given, expected)
+    fates, lives = collections.Counter(), collections.Counter()
+    for room in given.rooms:
+        of_room = [mutant for mutant in mutants if mutant.room == room]
+        if of_room:
+            more_fates, more_lives = Run(given, room, expected, begin + given.limit).decide(of_room)
+            fates += more_fates
+            lives += more_lives
 
-    build = Build(given.build, given.room)
-    places = queue.Queue()
-    root = build.directory / "mutation" / f"{given.room}-{part}"
-    shutil.rmtree(root, ignore_errors=True)
-    for number in range(len(os.sched_getaffinity(0))):
-        places.put(Place(build, root / str(number)))
-    time_tests(build, places.queue[0])
-
-    fates, lives, lock = collections.Counter(), collections.Counter(), threading.Lock()
-    with (root / "fates").open("w") as log:
-        def decide(mutant):
-            if time.monotonic() - begin > given.limit:
-                fates["not tried"] += 1
-                return
-            place = places.get()
-            try:
-                fate, by = place.fate(mutant)
-            finally:
-                places.put(place)
-            with lock:
-                if fate == "alive":
-                    lives[mutant.entry] += 1
-                    fate = "listed" if lives[mutant.entry] <= expected[mutant.entry] else fate
-                fates[fate] += 1
-                print(f"{fate} {by}: {mutant}", file=log, flush=True)
-                if fate == "alive":
-                    print(f"alive: {mutant}", flush=True)
-
-        with concurrent.futures.ThreadPoolExecutor(places.qsize()) as pool:
-            list(pool.map(decide, mutants))
-
-    stale = [] if given.sample or parts > 1 or fates["not tried"] else [
-        entry for entry, times in expected.items()
-        if entry.startswith(f"mova/{given.room}/") and (given.file or "") in entry.split(":")[0] and lives[entry] < times]
+    whole = not given.sample and given.part == "1/1" and not fates["not tried"]
+    stale = [entry for entry, times in expected.items()
+             if whole and entry.split("/")[1] in given.rooms and (given.file or "") in entry.split(":")[0] and lives[entry] < times]
     for entry in stale:
         print(f"listed, but noticed or no longer there: {entry}")
     decided = fates["killed"] + fates["listed"] + fates["alive"]
-    print(f"{given.room}: {fates['killed']} of {decided} killed ({100 * fates['killed'] / max(decided, 1):.1f} %), "
+    print(f"{' '.join(given.rooms)}: {fates['killed']} of {decided} killed ({100 * fates['killed'] / max(decided, 1):.1f} %), "
           f"{fates['listed']} listed, {fates['alive']} alive; {fates['the same']} compile to the same, "
           f"{fates['refused']} to nothing, {fates['not tried']} not tried; {time.monotonic() - begin:.0f} s")
-    for number in range(places.qsize()):
-        shutil.rmtree(root / str(number))
+    if len(given.rooms) > 1:
+        print(f"figure mutants.sample {fates['killed']} changes, of {decided} drawn from all rooms by each check, that a test notices")
+    elif not given.file and given.part == "1/1":
+        which = "that there are" if whole else "that were tried"
+        write_result(given.rooms[0], f"{fates['killed']} changes of {given.rooms[0]}, of {decided} {which}, that a test notices; "
+                                     f"{fates['listed']} are listed")
     sys.exit(1 if fates["alive"] or stale else 0)
 
 
