@@ -11,7 +11,7 @@ extern "C" {
 
 #define MOVA_VERSION_MAJOR 1 /* changes where programs have to be built anew; part of the shared libraries' names */
 #define MOVA_VERSION_MINOR 0 /* changes where something is added */
-#define MOVA_VERSION_PATCH 0
+#define MOVA_VERSION_PATCH 0 /* changes with every other release */
 
 /* One number that grows with the version: 10203 for 1.2.3. */
 #define MOVA_VERSION (MOVA_VERSION_MAJOR * 10000 + MOVA_VERSION_MINOR * 100 + MOVA_VERSION_PATCH)

@@ -67,8 +67,10 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* An array's record, which the caller declares and which owns its storage. Programs read it, and change it through the
+   functions alone. */
 typedef struct GB_block {
-    void *data;
+    void *data;            /* the storage */
     uint32_t element_size; /* bytes */
     int32_t count;         /* elements in use */
     int32_t capacity;      /* elements allocated */

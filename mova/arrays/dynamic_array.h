@@ -64,19 +64,22 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* An array's head, which DA_create makes and DA_release frees. Programs read it, and change it through the functions
+   alone. */
 typedef struct DA_array {
     uint32_t element_size; /* bytes */
     int32_t increment;     /* elements */
     int32_t nalloc;        /* elements allocated */
     int32_t nitems;        /* elements in use */
-    void *data;
+    void *data;            /* the storage; null where there is none */
 } DA_array;
 
 /* Accepts an element, which it receives where it lies in the array, by returning non-zero. */
 typedef int (*DA_test)(void *element);
 
+/* An iterator, which the caller keeps and which owns nothing. */
 typedef struct DA_iterator {
-    DA_array *array;
+    DA_array *array; /* that it walks over */
     int32_t forward; /* zero walks down, anything else up */
     int32_t current; /* the next index to look at */
     int32_t last;    /* the last index to look at */

@@ -44,6 +44,7 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* An iterator, which the caller keeps and which owns nothing. */
 typedef struct io_lut_iterator {
     void **storage; /* the table's words */
     int32_t count;  /* the words, that of the flags included */

@@ -84,20 +84,22 @@ typedef void (*cc_write_back_fn)(void *item, void *block);
 /* Told of an entry that cc_make_empty is about to remove. */
 typedef void (*cc_release_fn)(void *item);
 
+/* An item's entry, which cc_insert makes and cc_remove frees. Programs read it, and change it through the functions alone. */
 typedef struct cc_entry {
-    struct cc_entry *prev, *next;
-    void *item;
-    mb_handle handle;
-    cc_size_fn size_fn;
-    cc_swap_in_fn swap_in_fn;
-    cc_write_back_fn write_back_fn;
-    cc_release_fn release_fn;
-    uint8_t status; /* 0x80 in memory, 0x40 dirty */
+    struct cc_entry *prev, *next;   /* the neighbours; null at the ends */
+    void *item;                     /* the caller's */
+    mb_handle handle;               /* the body's block; 0 while the body is out */
+    cc_size_fn size_fn;             /* asked before the body is fetched */
+    cc_swap_in_fn swap_in_fn;       /* fetches the body */
+    cc_write_back_fn write_back_fn; /* saves a dirty body */
+    cc_release_fn release_fn;       /* told of the entry's end by cc_make_empty */
+    uint8_t status;                 /* 0x80 in memory, 0x40 dirty */
 } cc_entry;
 
+/* A cache's head, which cc_create makes and nothing frees. */
 typedef struct cc_cache {
-    cc_entry *first, *last;
-    mb_pool *pool;
+    cc_entry *first, *last; /* the ends; null in an empty cache */
+    mb_pool *pool;          /* the bodies' blocks are its; it is the caller's */
 } cc_cache;
 
 /* While it is not zero, the functions that say so print a line through the host's debug output. The library only reads

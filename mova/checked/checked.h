@@ -14,7 +14,11 @@
        order    asks the neighbours too where a tree or a sorted array is descended
        leaks    lists at the end of the program what lives, by the place where it was made
 
-   MOVA_CHECK_LOG=FILE appends to the file what else goes to stderr. A misuse is printed once for each place. */
+   MOVA_CHECK_LOG=FILE appends to the file what else goes to stderr. A misuse is printed once for each place.
+
+   Ownership: the records and their texts are the library's, the context is the caller's. Nothing here raises by itself, or can
+   fail. Threads: the receiver is the whole program's. It may be set at any time and from any thread, and is called on the
+   thread that misuses. */
 #ifndef MOVA_CHECKED_CHECKED_H
 #define MOVA_CHECKED_CHECKED_H
 
@@ -23,6 +27,7 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* A misuse. The texts are the library's. */
 typedef struct mova_misuse {
     const char *function; /* the function that was called: "GL_remove_item" */
     const char *what;     /* "the position is of another list" */

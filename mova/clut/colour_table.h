@@ -72,14 +72,16 @@ extern int32_t clut_debug;
 /* All colours of the table, for the body of CLUT_get in its caller. Programs have no use for it; the library alone writes
    it. No colours until RGBLUT_init. */
 typedef struct clut_colour {
-    int16_t red, green, blue;
+    int16_t red, green, blue; /* as they were set: 0 to 255 in use */
 } clut_colour;
 
+/* The colours of all indices, and how many they are. */
 typedef struct clut_colours {
-    int32_t size; /* not negative */
-    const clut_colour *first;
+    int32_t size;             /* colours; not negative */
+    const clut_colour *first; /* that of index 0; the table's own */
 } clut_colours;
 
+/* Those of the table. */
 extern clut_colours clut_shown;
 
 /* The indices of the standard colours: 0 until RGBLUT_init assigns them. Beside each its index and its red, green and

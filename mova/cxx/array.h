@@ -43,22 +43,26 @@ public:
     public:
         explicit position(array_walk *walk) noexcept : walk_(walk) {}
 
+        /* The index of the element that it stands at, counted from 0. */
         std::size_t index() const noexcept { return walk_->current_; }
         auto &operator*() const noexcept { return (*walk_->array_)[walk_->current_]; }
         auto *operator->() const noexcept { return std::addressof(**this); }
 
+        /* Removes that element. The walk goes on with the one behind it. */
         void remove() const noexcept
         {
             walk_->array_->remove(walk_->current_);
             walk_->next_ = walk_->current_;
             --walk_->end_;
         }
+        /* Copies an element in before that one. The walk stays at that one. */
         template <class T>
         void insert_before(const T &element) const
         {
             walk_->array_->insert(walk_->current_, element);
             ++walk_->current_, ++walk_->next_, ++walk_->end_;
         }
+        /* Copies an element in behind that one. The walk does not deliver it. */
         template <class T>
         void insert_after(const T &element) const
         {
@@ -70,6 +74,7 @@ public:
         array_walk *walk_;
     };
 
+    /* What a loop over a walk goes by. */
     class iterator {
     public:
         using value_type = position;

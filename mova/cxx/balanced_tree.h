@@ -126,9 +126,9 @@ public:
     /* The position that was delivered last, or one past the end where it was removed, or none was delivered. */
     position current() const noexcept { return position(iterator_ ? iterator_->current : nullptr); }
 
-    /* Other cursors: from the item that was delivered last, or from where this one would look next. Require one that is not
-       over. */
+    /* Another cursor, from the item that was delivered last. Requires one that is not over. */
     tree_cursor from_current() const { return tree_cursor(GT_from_current(iterator_.get())); }
+    /* Another cursor, from where this one would look next. Requires one that is not over. */
     tree_cursor from_next() const { return tree_cursor(GT_from_next(iterator_.get())); }
 
     /* Whether it is not over. */
@@ -186,6 +186,7 @@ private:
     std::unique_ptr<GT_tree_iter, end_it> iterator_;
 };
 
+/* What balanced_set and balanced_multiset are: a tree, which owns its head and nodes, and the items where Delete says so. */
 template <class T, class Compare, bool AdmitsEqual, class Delete>
 class basic_tree : public open_chain<tree_links<T>, release_tree<T, Delete>> {
     using base = open_chain<tree_links<T>, release_tree<T, Delete>>;
@@ -270,27 +271,31 @@ public:
         return position(tree_steps::find(this->head_->root, is_sought, order_for(sought)));
     }
 
-    /* The first item that does not go before the key, the first that goes after it, and what lies between. */
+    /* The first item that does not go before the key, or end(). O(log n). */
     template <class Key>
     iterator lower_bound(const Key &key)
     {
         return bound(tree_steps::first_not(*get(), [&](const auto *at) { return order_for(key)(at->item) > 0; }));
     }
+    /* The first item that goes after the key, or end(). O(log n). */
     template <class Key>
     iterator upper_bound(const Key &key)
     {
         return bound(tree_steps::first_not(*get(), [&](const auto *at) { return !(order_for(key)(at->item) < 0); }));
     }
+    /* The same, in a constant tree. */
     template <class Key>
     const_iterator lower_bound(const Key &key) const
     {
         return const_cast<basic_tree *>(this)->lower_bound(key);
     }
+    /* The same, in a constant tree. */
     template <class Key>
     const_iterator upper_bound(const Key &key) const
     {
         return const_cast<basic_tree *>(this)->upper_bound(key);
     }
+    /* The items that are equal to the key. O(log n). */
     template <class Key>
     iterator_range<iterator> equal_range(const Key &key) &
     {
@@ -301,6 +306,7 @@ public:
     {
         return {lower_bound(key), upper_bound(key)};
     }
+    /* Refused, with the compiler's words for what to write in its place. */
     template <class Key>
     auto equal_range(const Key &key) &&
     {
@@ -462,8 +468,10 @@ private:
     }
 };
 
+/* A tree that refuses an item that is equal to one in it. */
 template <class T, class Compare = std::compare_three_way, class Delete = borrowed>
 using balanced_set = basic_tree<T, Compare, false, Delete>;
+/* A tree that admits equal items, in the order of their insertion. */
 template <class T, class Compare = std::compare_three_way, class Delete = borrowed>
 using balanced_multiset = basic_tree<T, Compare, true, Delete>;
 

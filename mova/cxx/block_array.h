@@ -31,6 +31,7 @@ public:
     array_circulator() = default;
     array_circulator(const GB_block *block, std::int32_t index) noexcept : block_(block), index_(index) {}
 
+    /* The index of the element that it stands at. */
     std::int32_t index() const noexcept { return index_; }
     T &operator*() const noexcept { return static_cast<T *>(block_->data)[index_]; }
     T *operator->() const noexcept { return std::addressof(**this); }
@@ -64,10 +65,12 @@ private:
     std::int32_t index_ = 0;
 };
 
+/* An array, in whose object the C record lies. It owns its storage. */
 template <class T>
 class block_array : public array_of<block_array<T>, T> {
 public:
     block_array() noexcept = default;
+    /* With room for so many elements. */
     explicit block_array(std::size_t room) { GB_init(&block_, sizeof(T), narrow(room)); }
     /* Adopts a record that the C functions filled. */
     explicit block_array(const GB_block &block) noexcept : block_(block) {}
@@ -156,9 +159,11 @@ public:
 
     /* ---- rings ---- */
 
-    /* Says whether the array is a ring. The elements stay as they are. */
+    /* Makes the array a ring. The elements stay as they are. */
     void close() noexcept { GB_set_closed(&block_); }
+    /* Makes the array open. The elements stay as they are. */
     void open() noexcept { GB_reset_closed(&block_); }
+    /* Whether the array is a ring. */
     bool is_closed() const noexcept { return block_.closed != 0; }
 
     /* The endless range from element `i` on, be the array a ring or not. Requires that element. */

@@ -17,9 +17,11 @@
 
 namespace mova {
 
+/* A pool, which owns its blocks. */
 class block_pool : public owner<mb_pool, release_by<mb_release_pool>> {
 public:
     using owner::owner;
+    /* With room for blocks of so many bytes together. */
     explicit block_pool(std::size_t budget) : owner(mb_create_pool(budget)) {}
 
     /* Of the pool as it is now: mb_pool_statistics. */

@@ -71,6 +71,7 @@ namespace mova {
 
    and for positions() the C iterator `walk`, made by from_to(head, from, to, forward) and stepped by step(walk, &node). */
 
+/* Links that say how the C iterator walks: positions() wants them. */
 template <class Links>
 concept has_walk = requires
 {
@@ -131,6 +132,7 @@ public:
     /* The position of a node; of null, as chain_iterator(). */
     explicit chain_iterator(node *at) noexcept : base(at ? base::word_of(at) : mark) {}
 
+    /* Past the end of a chain whose last node this is. */
     static chain_iterator past(node *last) noexcept
     {
         chain_iterator end;
@@ -151,6 +153,7 @@ public:
             return nullptr;
         return base::node_of(word_);
     }
+    /* The address of the node, and the bit. */
     std::uintptr_t word() const noexcept { return word_; }
 
     /* Requires a node, of which the compiler is told: it would warn of items at addresses like 1. */
@@ -237,8 +240,9 @@ public:
     using typename base::node, typename base::reference;
 
     ring_iterator() = default;
-    /* `at`, in a walk that began at `origin`, and the end of such a walk before `at`. */
+    /* `at`, in a walk that began at `origin`. */
     ring_iterator(node *at, node *origin) noexcept : base(base::word_of(origin)), at_(at) {}
+    /* The end of a walk that began at `origin`, before `at`. */
     static ring_iterator end(node *at, node *origin) noexcept
     {
         ring_iterator end(at, origin);
@@ -372,6 +376,7 @@ class position_walk {
     static constexpr bool steps_quietly = std::is_nothrow_invocable_v<Accepts &, typename Links::reference>;
 
 public:
+    /* What a loop over a walk goes by. */
     class iterator {
     public:
         using value_type = Position;
@@ -462,6 +467,8 @@ protected:
     }
 };
 
+/* A list that is open: what pointer_list, element_list, intrusive_list and the trees have in common. It owns its head and its
+   nodes. */
 template <class Links, class Release>
 class open_chain : public chain_owner<Links, Release> {
     using base = chain_owner<Links, Release>;
@@ -544,6 +551,7 @@ private:
     }
 };
 
+/* A list that is a ring: what element_ring and intrusive_ring have in common. It owns its head and its nodes. */
 template <class Links, class Release>
 class ring_chain : public chain_owner<Links, Release> {
     using base = chain_owner<Links, Release>;
@@ -655,7 +663,7 @@ void link_last(Head &head, Node *node, bool ring) noexcept
     ++head.count;
 }
 
-/* An open chain becomes a ring, and a ring an open chain: what is one already stays it. */
+/* An open chain becomes a ring, which it may be already. */
 template <class Node, class Head>
 void close_chain(Head &head) noexcept
 {
@@ -665,6 +673,7 @@ void close_chain(Head &head) noexcept
     }
     head.closed = 1;
 }
+/* A ring becomes an open chain, which it may be already. */
 template <class Node, class Head>
 void open_ring(Head &head) noexcept
 {
@@ -690,6 +699,7 @@ std::size_t remove_if(List &list, Accepts accepts)
 
 /* ---- comparison ---- */
 
+/* Whether two lists deliver equal items. */
 template <class Range>
 bool equal_items(const Range &a, const Range &b)
 {
@@ -701,6 +711,7 @@ bool equal_items(const Range &a, const Range &b)
     return y == b.end();
 }
 
+/* The order of two lists, by their first items that differ. */
 template <class Range>
 auto compared_items(const Range &a, const Range &b)
 {

@@ -23,11 +23,13 @@
 
 namespace mova {
 
+/* A colour, by its three components. */
 struct colour {
     std::int16_t red, green, blue; /* 0 to 255 */
     bool operator==(const colour &) const = default;
 };
 
+/* The table, of which there is one: functions alone. */
 struct colour_table {
     colour_table() = delete;
 
@@ -43,15 +45,18 @@ struct colour_table {
         RGBLUT_init(entries, tell<Told>, 0);
     }
 
-    /* What these raise, and what they leave then: CLUT_alloc, CLUT_set, CLUT_get, CLUT_copy. */
+    /* Fixes the index for the life of the process. Raises what CLUT_alloc raises. */
     static void fix(std::int32_t index) { CLUT_alloc(index); }
+    /* Gives the index the colour. Raises what CLUT_set raises. */
     static void set(std::int32_t index, colour c) { CLUT_set(index, c.red, c.green, c.blue); }
+    /* The colour of the index. Raises what CLUT_get raises. */
     static colour get(std::int32_t index)
     {
         colour c = {};
         CLUT_get(index, &c.red, &c.green, &c.blue);
         return c;
     }
+    /* Gives an index the colour of another. Raises what CLUT_copy raises. */
     static void copy(std::int32_t to, std::int32_t from) { CLUT_copy(to, from); }
 
 private:
@@ -67,6 +72,7 @@ private:
 class dynamic_colour {
 public:
     dynamic_colour(std::nullptr_t) noexcept {}
+    /* Takes an index and gives it the colour. Raises what CLUT_new_index and CLUT_set raise; there is none then. */
     explicit dynamic_colour(colour c) : index_(CLUT_new_index())
     {
         struct give_back {
@@ -100,9 +106,12 @@ public:
             CLUT_release_index(index_);
     }
 
+    /* The index; -1 of none. */
     std::int32_t get() const noexcept { return index_; }
+    /* The index, which the caller gives back from now on: CLUT_release_index. */
     [[nodiscard]] std::int32_t release() noexcept { return std::exchange(index_, -1); }
 
+    /* Gives the index another colour. Raises what CLUT_set raises. */
     void set(colour c) { colour_table::set(index_, c); }
 
 private:

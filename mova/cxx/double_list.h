@@ -11,9 +11,11 @@
 
 namespace mova {
 
+/* A list of doubles. It owns its head and its nodes. */
 class double_list : public element_list<double> {
 public:
     using element_list<double>::element_list;
+    /* Takes over the nodes of a list of doubles. */
     double_list(element_list<double> &&list) noexcept : element_list<double>(std::move(list)) {}
 
     /* Puts the values in ascending order: DBLL_sort. Positions stay, and get other values. After an exception the values
@@ -31,9 +33,10 @@ public:
         return size() != before;
     }
 
+    /* What nearest() finds. */
     struct nearest_value {
         std::int32_t index; /* -1 where none is nearer than twice the distance */
-        double distance;
+        double distance;    /* how near it is; twice the distance where none is */
     };
 
     /* The value nearest to `value`, of those nearer than twice `distance`: DBLL_find_index_of_nearest. Linear. */

@@ -22,6 +22,7 @@ struct release_dynamic_array {
     void operator()(DA_array *array) const noexcept { DA_release(array); }
 };
 
+/* An array, which owns its head and its storage. */
 template <class T>
 class dynamic_array : public owner<DA_array, release_dynamic_array>, public array_of<dynamic_array<T>, T> {
     using base = owner<DA_array, release_dynamic_array>;
@@ -31,6 +32,7 @@ public:
     static constexpr std::int32_t default_increment = 16;
 
     using base::base;
+    /* Empty; it grows by so many elements, or a multiple. */
     explicit dynamic_array(std::int32_t increment = default_increment) : base(DA_create(sizeof(T), increment)) {}
     dynamic_array(std::initializer_list<T> elements) : dynamic_array() { append(std::span<const T>(elements)); }
     template <range_of<dynamic_array, T> Range>
@@ -96,8 +98,9 @@ public:
     /* Leaves the first `n` elements, or all where there are fewer. Keeps the storage. */
     void truncate(std::size_t n) noexcept { DA_truncate(get(), narrow(n)); }
 
-    /* Removes all elements. The first keeps the storage, the second frees it. */
+    /* Removes all elements. Keeps the storage. */
     void clear() noexcept { DA_reset(get()); }
+    /* Removes all elements, and frees the storage. */
     void clear_storage() noexcept { DA_clear(get()); }
 
     /* ---- the rest ---- */
@@ -115,6 +118,7 @@ public:
 
     /* Linear. Element `n` becomes the first. */
     void roll(std::int32_t n) { DA_roll(get(), n); }
+    /* Linear. */
     void reverse() { DA_reverse(get()); }
 
     /* The bytes with a zero behind them, which does not count as an element: DA_string. */

@@ -72,6 +72,7 @@ public:
 
     /* ---- insertion: each returns the new position ---- */
 
+    /* Copies an element to the back. */
     position append(const T &element)
     {
         auto *node = static_cast<EL_node *>(MM_alloc_item(sizeof(EL_node) + sizeof(T)));
@@ -79,7 +80,9 @@ public:
         link_last(*get(), node, is_ring);
         return position(node);
     }
+    /* Copies an element to the front. */
     position prepend(const T &element) { return position(EL_insert_before_first(get(), &element)); }
+    /* Copies an element in behind `at`. */
     position insert_after(position at, const T &element)
     {
         return position(EL_insert_after(get(), at.get(), &element));
@@ -143,6 +146,7 @@ public:
 template <class T>
 class element_ring;
 
+/* A list that is open. It owns its head, its nodes and the elements in them. */
 template <class T>
 class element_list : public element_chain<T, open_chain> {
     using base = element_chain<T, open_chain>;
@@ -189,6 +193,7 @@ public:
         return element_list(EL_total_copy_inbetween(readable(), from.get(), to.get()));
     }
 
+    /* Makes it a ring, from its last to its first. The list is null afterwards. */
     element_ring<T> close() &&noexcept;
     template <class... None>
     auto close(None...) &
@@ -201,6 +206,7 @@ private:
     EL_list *readable() const noexcept { return this->head_.get(); }
 };
 
+/* A list that is a ring. It owns its head, its nodes and the elements in them. */
 template <class T>
 class element_ring : public element_chain<T, ring_chain> {
     using base = element_chain<T, ring_chain>;
@@ -216,6 +222,7 @@ public:
     {
     }
 
+    /* Copies an element in before `at`. */
     position insert_before(position at, const T &element)
     {
         return position(EL_insert_before(get(), at.get(), &element));

@@ -19,6 +19,7 @@
 
 namespace mova {
 
+/* A stack. It owns its head, its nodes and the elements in them. */
 template <class T>
 class element_stack : public owner<ES_stack, release_by<ES_release>> {
     using base = owner<ES_stack, release_by<ES_release>>;

@@ -27,6 +27,7 @@
 
 namespace mova {
 
+/* A table, which owns its record and its arrays, and nothing that keys and values point to. */
 template <class Key, class Value>
 class hash_table : public owner<HSH_table, release_by<HSH_release>> {
     using base = owner<HSH_table, release_by<HSH_release>>;
@@ -40,6 +41,7 @@ class hash_table : public owner<HSH_table, release_by<HSH_release>> {
 public:
     using value_type = std::pair<Key, Value>;
 
+    /* Walks over the pairs in the order of their slots. */
     class iterator {
     public:
         using value_type = std::pair<Key, Value>;

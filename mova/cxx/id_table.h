@@ -18,6 +18,7 @@
 
 namespace mova {
 
+/* A table, which owns its words. The pointers are the caller's. */
 template <class T>
 class id_table : public owner<DA_array, release_by<io_lut_release>> {
     using base = owner<DA_array, release_by<io_lut_release>>;
@@ -38,6 +39,7 @@ class id_table : public owner<DA_array, release_by<io_lut_release>> {
         requires std::same_as<const Other, Pointee> steps(const steps<Other> &other)
         noexcept : at_(other.at_) {}
 
+        /* The id that it stands at. */
         std::int32_t id() const noexcept { return at_.next; }
         Pointee *operator*() const noexcept { return static_cast<Pointee *>(at_.storage[at_.next]); }
         steps &operator++() noexcept

@@ -25,6 +25,7 @@
 
 namespace mova {
 
+/* The two links that a record carries, and the list owns while the record is on it. */
 using links = mova_sl_links;
 
 template <class T, auto Member>
@@ -97,18 +98,21 @@ public:
 
     /* ---- insertion: each returns the new position ---- */
 
+    /* Links the record at the back. */
     position append(item added) noexcept
     {
         links *node = given(added);
         link_last(*get(), node, is_ring);
         return position(node);
     }
+    /* Links the record at the front. */
     position prepend(item added) noexcept
     {
         links *node = given(added);
         SL_insert_before_first(get(), node);
         return position(node);
     }
+    /* Links the record before `at`; before the end is at the back. */
     position insert_before(position at, item added) noexcept
     {
         if constexpr (!is_ring) {
@@ -119,6 +123,7 @@ public:
         SL_insert_before(get(), at.get(), node);
         return position(node);
     }
+    /* Links the record behind `at`. */
     position insert_after(position at, item added) noexcept
     {
         links *node = given(added);
@@ -179,6 +184,7 @@ private:
 template <class T, auto Member, class Delete = borrowed>
 class intrusive_ring;
 
+/* A list that is open. It owns its head, and the records where Delete says so. */
 template <class T, auto Member, class Delete = borrowed>
 class intrusive_list : public intrusive_chain<T, Member, Delete, open_chain> {
     using base = intrusive_chain<T, Member, Delete, open_chain>;
@@ -208,6 +214,7 @@ public:
         return made;
     }
 
+    /* Makes it a ring, from its last to its first. The list is null afterwards. */
     intrusive_ring<T, Member, Delete> close() &&noexcept
     {
         close_chain<links>(*get());
@@ -220,6 +227,7 @@ public:
     }
 };
 
+/* A list that is a ring. It owns its head, and the records where Delete says so. */
 template <class T, auto Member, class Delete>
 class intrusive_ring : public intrusive_chain<T, Member, Delete, ring_chain> {
     using base = intrusive_chain<T, Member, Delete, ring_chain>;

@@ -57,6 +57,7 @@ namespace mova {
    lost. It guards against nobody who looks for strings of equal hashes. */
 class text_hash {
 public:
+    /* The hash of a text. */
     static std::uint64_t of(std::string_view text) noexcept
     {
         const char *at = text.data();
@@ -67,6 +68,7 @@ public:
         return mixed(hash, text.size() < 8 ? short_text(at, left) : word_at<std::uint64_t>(at + left - 8));
     }
 
+    /* What each step multiplies by: odd, so that the step can be undone. */
     static constexpr std::uint64_t factor = 0x9E3779B97F4A7C15u;
 
 private:
@@ -95,7 +97,9 @@ private:
 
 /* std::hash, but for strings: text_hash, the same number for all that are strings of characters. */
 struct key_hash {
+    /* Of a text. */
     std::uint64_t operator()(std::string_view text) const noexcept { return text_hash::of(text); }
+    /* Of anything else that std::hash takes. */
     template <class Key>
     requires(!std::convertible_to<const Key &, std::string_view> &&
              requires(const Key &key) { std::hash<Key>()(key); }) std::uint64_t
@@ -105,6 +109,7 @@ struct key_hash {
     }
 };
 
+/* A table of records, which it owns, by a key inside them. */
 template <class Record, auto KeyOf, class Hash = key_hash, class Equal = std::equal_to<>>
 class keyed_table {
     static_assert(
@@ -120,6 +125,7 @@ public:
     using const_iterator = const Record *;
 
     keyed_table() = default;
+    /* Empty, with functions of the caller's. */
     explicit keyed_table(Hash hash, Equal equal = {}) : hash_(std::move(hash)), equal_(std::move(equal)) {}
     template <range_of<keyed_table, Record> Range>
     requires(!std::convertible_to<Range, Hash>) explicit keyed_table(Range &&records) : keyed_table()

@@ -59,10 +59,12 @@ struct release_by {
     }
 };
 
+/* The owner of a head, which Release releases. */
 template <class Head, class Release>
 class owner {
 public:
     owner(std::nullptr_t) noexcept {}
+    /* Adopts a head that the C functions made. Null makes an owner of nothing. */
     explicit owner(Head *head) noexcept : head_(head) {}
 
     /* Whether there is a head. */
@@ -107,9 +109,11 @@ Container &&given_up(Container &container) noexcept
 /* Containers of pointers take, as their last argument, a type that says how an item dies. With this one it does not: the
    items are the caller's. Any deleter without state makes the container their owner: std::default_delete<T>, host_delete. */
 struct borrowed {
+    /* Does nothing. */
     void operator()(const volatile void *) const noexcept {}
 };
 
+/* Whether a container with this deleter owns its items. */
 template <class Delete>
 inline constexpr bool owns_items = !std::same_as<Delete, borrowed>;
 
@@ -132,6 +136,7 @@ void delete_by(T *item)
 
 /* Deletes an item that make_item made. */
 struct host_delete {
+    /* Ends the item, and gives its block back. */
     template <class T>
     void operator()(T *item) const noexcept
     {

@@ -54,6 +54,7 @@ struct release_pointer_list {
     }
 };
 
+/* A list of pointers. It owns its head and its nodes, and the items where Delete says so. */
 template <class T, class Delete = borrowed>
 class pointer_list : public open_chain<pointer_links<T>, release_pointer_list<T, Delete>> {
     using base = open_chain<pointer_links<T>, release_pointer_list<T, Delete>>;
@@ -78,6 +79,7 @@ public:
     /* ---- insertion: each returns the new position. An item that is owned is deleted if there is no memory for its
        node. ---- */
 
+    /* Adds the item at the back. */
     position append(item added)
     {
         auto *node = static_cast<GL_node *>(MM_alloc_item(sizeof(GL_node)));
@@ -87,6 +89,7 @@ public:
     }
     /* Not an empty list. */
     position append(std::nullptr_t) { return append(item(nullptr)); }
+    /* Adds the item at the front. */
     position prepend(item added) { return put(GL_insert_before_first(get(), word(raw(added))), added); }
 
     /* Before the end is at the back. */
@@ -96,6 +99,7 @@ public:
             return append(std::move(added));
         return put(GL_insert_before(get(), at.get(), word(raw(added))), added);
     }
+    /* Adds the item behind `at`. */
     position insert_after(position at, item added)
     {
         return put(GL_insert_after(get(), at.get(), word(raw(added))), added);

@@ -32,6 +32,7 @@ struct release_lookup {
     }
 };
 
+/* A lookup. It owns its record and its table, and the values where Delete says so. */
 template <class Key, class Value, class Delete = borrowed>
 class pointer_lookup : public owner<mova_lookup, release_lookup<Value, Delete>> {
     using base = owner<mova_lookup, release_lookup<Value, Delete>>;

@@ -20,6 +20,7 @@
 
 namespace mova {
 
+/* A set of numbers, which owns its array. */
 class sorted_numbers : public owner<DA_array, release_dynamic_array> {
 public:
     using value_type = std::int32_t;
@@ -27,6 +28,7 @@ public:
     using const_iterator = iterator;
 
     using owner::owner;
+    /* Empty; its array grows by so many numbers. */
     explicit sorted_numbers(std::int32_t increment = 16) : owner(DA_create(sizeof(std::int32_t), increment)) {}
     /* In any order, each once or more. */
     sorted_numbers(std::initializer_list<std::int32_t> numbers) : sorted_numbers()
@@ -45,9 +47,10 @@ public:
     iterator end() const noexcept { return data() + size(); }
     std::int32_t operator[](std::size_t i) const noexcept { return data()[i]; }
 
-    /* Each does nothing where the number is there already, or not there. Linear. After an exception out of add() as an array that
-       could not grow: mova/cxx/dynamic_array.h. */
+    /* Adds the number, or does nothing where it is there already. Linear. After an exception as an array that could not
+       grow: mova/cxx/dynamic_array.h. */
     void add(std::int32_t number) { SA_add_number(get(), number); }
+    /* Removes the number, or does nothing where it is not there. Linear. */
     void remove(std::int32_t number) noexcept { SA_remove_number(get(), number); }
     /* Logarithmic. */
     bool contains(std::int32_t number) const noexcept { return SA_check_number(get(), number) != 0; }
@@ -56,10 +59,13 @@ public:
     /* Linear. After an exception there is no copy. */
     sorted_numbers copy() const { return sorted_numbers(DA_copy(get())); }
 
-    /* What the companion went through. Linear. */
+    /* The companion got an entry at index `at`: SA_adapt_for_insert. Linear. */
     void companion_inserted(std::int32_t at) noexcept { SA_adapt_for_insert(get(), at); }
+    /* The companion lost its entry at index `at`: SA_adapt_for_remove. Linear. */
     void companion_removed(std::int32_t at) noexcept { SA_adapt_for_remove(get(), at); }
+    /* The companion of `count` entries was reversed: SA_adapt_for_reverse. Linear. */
     void companion_reversed(std::int32_t count) { SA_adapt_for_reverse(get(), count); }
+    /* The companion of `count` entries was rolled to its entry `n`: SA_adapt_for_roll. Linear. */
     void companion_rolled(std::int32_t n, std::int32_t count) { SA_adapt_for_roll(get(), n, count); }
 
     friend bool operator==(const sorted_numbers &a, const sorted_numbers &b) noexcept
@@ -73,23 +79,28 @@ public:
 template <class Array>
 class companion {
 public:
+    /* Of an array and its numbers, both of which stay the caller's. */
     companion(Array &array, sorted_numbers &numbers) noexcept : array_(array), numbers_(numbers) {}
 
+    /* Copies an element in before element `i`, and tells the numbers. Linear. */
     void insert(std::size_t i, const typename Array::value_type &element)
     {
         array_.insert(i, element);
         numbers_.companion_inserted(narrow(i));
     }
+    /* Takes element `i` out, and its number, and tells the others. Linear. */
     void remove(std::size_t i) noexcept
     {
         array_.remove(i);
         numbers_.companion_removed(narrow(i));
     }
+    /* Reverses both. Linear. */
     void reverse()
     {
         array_.reverse();
         numbers_.companion_reversed(narrow(array_.size()));
     }
+    /* Makes element `n` the first, and tells the numbers. Linear. */
     void roll(std::int32_t n)
     {
         array_.roll(n);

@@ -36,6 +36,7 @@ namespace mova {
 
 /* How a cache asks its items, where nothing else is given. */
 struct item_callbacks {
+    /* The number of elements of the body. */
     template <class Item>
     std::size_t size(const Item &item) const requires requires
     {
@@ -44,6 +45,7 @@ struct item_callbacks {
     {
         return item.body_size();
     }
+    /* Fills the body. */
     template <class Item, class Element>
     void fill(Item &item, std::span<Element> body) const requires requires
     {
@@ -52,12 +54,14 @@ struct item_callbacks {
     {
         item.fill(body);
     }
+    /* Saves the body, which goes. */
     template <class Item, class Element>
     void write_back(Item &item, std::span<Element> body) const
     {
         if constexpr (requires { item.write_back(body); })
             item.write_back(body);
     }
+    /* Tells the item that its entry goes. */
     template <class Item>
     void let_go(Item &item) const
     {
@@ -89,6 +93,7 @@ struct release_cache {
     }
 };
 
+/* A cache, which owns its head and its entries. The items and the pool are the caller's. */
 template <class Item, class Element = std::byte, class Callbacks = item_callbacks>
 class swap_cache : public open_chain<cache_links<Item>, release_cache> {
     using base = open_chain<cache_links<Item>, release_cache>;
@@ -103,6 +108,7 @@ class swap_cache : public open_chain<cache_links<Item>, release_cache> {
 public:
     using base::base, base::get;
     using typename base::position;
+    /* Without entries; the bodies will lie in this pool, which must outlive the cache. */
     explicit swap_cache(mb_pool *pool) : base(cc_create(pool)) {}
 
     /* Registers an item whose body is out. Returns its entry, the first now. */
@@ -136,12 +142,14 @@ public:
         return {static_cast<Element *>(block), block ? count : 0};
     }
 
+    /* Whether the body is in memory. */
     static bool is_in_memory(position entry) noexcept { return entry.get()->handle != 0; }
 
     /* Makes a body that is in memory the next to go. */
     void let_go_next(position entry) noexcept { cc_lazy_swap_out(get(), entry.get()); }
-    /* Evict a body, or all, which are written back where they may be dirty. The entries stay where they are. */
+    /* Evicts the body, which is written back where it may be dirty. The entry stays where it is. */
     void swap_out(position entry) { cc_swap_out(get(), entry.get()); }
+    /* Evicts all bodies in this way. Linear. */
     void flush() { cc_flush(get()); }
 
     /* Removes the entry, and frees its body; nothing is written back. Returns the position of the successor. */

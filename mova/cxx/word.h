@@ -10,10 +10,12 @@
 
 namespace mova {
 
+/* What fits into a machine word. */
 template <class T>
 concept word_sized = (std::is_pointer_v<T> || std::integral<T> || std::is_enum_v<T>)&&sizeof(T) <= sizeof(mova_word);
 
-/* Both are also compiled for what is none of these, which the classes refuse with a text of theirs: nothing more is to be said. */
+/* Makes a word of a value. It and the next are also compiled for what is none of these, which the classes refuse with a text
+   of theirs: nothing more is to be said. */
 template <class T>
 mova_word to_word(T value) noexcept
 {
@@ -25,6 +27,7 @@ mova_word to_word(T value) noexcept
         __builtin_unreachable();
 }
 
+/* The value that to_word() made a word of. */
 template <class T>
 T from_word(mova_word word) noexcept
 {

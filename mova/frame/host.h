@@ -13,6 +13,10 @@
    A program that replaces a group defines every function of that group, and its definitions are then used by
    the containers too, in shared and in static links.
 
+   Errors: a service raises as its own header says, or as the program's definitions do; what passes through a container then
+   says each container's header. Threads: all services may be called from several threads at the same time, but for those of
+   one pool of memory blocks.
+
    Every size is a count of bytes, and may be 0: arrays of elements of no bytes ask for blocks of no bytes, have them
    reallocated and give them back as they do with others. */
 #ifndef MOVA_FRAME_HOST_H
@@ -70,7 +74,8 @@ mb_handle mb_alloc(mb_pool *pool, size_t size);
 /* Returns the block's address, which holds until the next call that may move blocks of the pool. */
 void *mb_get(mb_pool *pool, mb_handle handle);
 
-/* Frees the block and clears the caller's handle. Does not fail, as MM_dealloc_item. */
+/* Frees the block and clears the caller's handle. Does not fail, as MM_dealloc_item; what the default service raises for a handle
+   that is not live says mova/host/memory_blocks.h. */
 void mb_free(mb_pool *pool, mb_handle *handle) __attribute__((nonnull(2)));
 
 /* ---- messages ---- */

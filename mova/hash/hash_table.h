@@ -79,6 +79,8 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* A table's record, which HSH_create makes and HSH_release frees. Programs read it, and change it through the functions
+   alone. */
 typedef struct HSH_table {
     int32_t minimum_size;     /* slots that it never shrinks below */
     int32_t capacity;         /* slots */
@@ -91,20 +93,21 @@ typedef struct HSH_table {
     mova_word *keys, *values; /* slot by slot; a key of 0 is an empty slot */
 } HSH_table;
 
+/* An iterator, which the caller keeps and which owns nothing. */
 typedef struct HSH_iterator {
-    HSH_table *table;
-    int32_t index; /* the next slot to look at */
+    HSH_table *table; /* that it walks over */
+    int32_t index;    /* the next slot to look at */
 } HSH_iterator;
 
 /* How far searches walk. A way is the number of slots that a search looks at, the last one included. Misses are taken to
    begin at each slot equally often. */
 typedef struct mova_hash_statistics {
-    double load;         /* the part of the slots that is occupied: 0 to 7/8 */
-    double mean_hit;     /* way to a key that is stored: 1 is best; 0 where there is no key */
-    double mean_miss;    /* way to find that a key is absent */
-    int32_t longest_hit; /* 0 where there is no key */
-    int32_t longest_miss;
-    int32_t best_shift; /* the maximum shift with which these keys, at this capacity, had the shortest ways: the least
+    double load;          /* the part of the slots that is occupied: 0 to 7/8 */
+    double mean_hit;      /* way to a key that is stored: 1 is best; 0 where there is no key */
+    double mean_miss;     /* way to find that a key is absent */
+    int32_t longest_hit;  /* 0 where there is no key */
+    int32_t longest_miss; /* likewise, of an absent key */
+    int32_t best_shift;   /* the maximum shift with which these keys, at this capacity, had the shortest ways: the least
                              sum of both means, and of equal ones the smallest shift */
 } mova_hash_statistics;
 

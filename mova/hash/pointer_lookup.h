@@ -45,9 +45,11 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* A lookup's record, which mova_lu_create makes and mova_lu_release frees. Programs read it, and change it through the
+   functions alone. */
 typedef struct mova_lookup {
-    mova_word front_key, front_value;
-    HSH_table *table;
+    mova_word front_key, front_value; /* the pair added last; 0 where the front is empty */
+    HSH_table *table;                 /* the other pairs; the lookup's own */
 } mova_lookup;
 
 /* Frees what a value stands for. Receives the address of the value. */

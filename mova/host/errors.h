@@ -17,6 +17,9 @@
    A program that defines EX_raise_exception_line itself replaces this group. Of what is declared here it then uses
    mova_error_description alone: the rest would, in a static link, bring in the default a second time.
 
+   Ownership: names of modules and descriptions are constant texts of the library, which nobody frees; a buffer is the
+   caller's.
+
    docs/errors.md lists every raise of the library. */
 #ifndef MOVA_HOST_ERRORS_H
 #define MOVA_HOST_ERRORS_H
@@ -63,8 +66,11 @@ public:
     /* The text of mova_error_text, cut to 159 characters, which hold every text of the library's own raises. */
     const char *what() const noexcept override;
 
+    /* The name of the module that found it: a constant text. */
     const char *module() const noexcept { return module_; }
+    /* The line that identifies the check. */
     int32_t line() const noexcept { return line_; }
+    /* One of the codes of mova/frame/host.h. */
     int32_t code() const noexcept { return code_; }
 
 private:

@@ -45,6 +45,8 @@
    library itself is built with a sanitizer. A release with a wrong size then ends the program, as far as the allocator
    tells sizes: docs/debugging.md.
 
+   Ownership: a block is the caller's until it is given back; records about blocks are the service's.
+
    Units: sizes are bytes. A block counts with the block size of its class, which is what it occupies. */
 #ifndef MOVA_HOST_MEMORY_H
 #define MOVA_HOST_MEMORY_H

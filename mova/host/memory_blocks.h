@@ -39,6 +39,8 @@
    A program that defines mb_alloc, mb_get and mb_free itself replaces this group. It then uses nothing that is declared
    here: in a static link that would bring in the defaults a second time.
 
+   Ownership: a pool owns its arena, its blocks and its records, until mb_release_pool; a handle owns nothing.
+
    Units: sizes are bytes. */
 #ifndef MOVA_HOST_MEMORY_BLOCKS_H
 #define MOVA_HOST_MEMORY_BLOCKS_H
@@ -53,6 +55,7 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* The pool's unit, in bytes. */
 enum {
     MB_UNIT = 16 /* blocks begin at, and occupy, multiples of it */
 };
@@ -62,6 +65,7 @@ enum {
     MB_NOT_LIVE = 10 /* mb_free of a handle that is not 0 and names no live block */
 };
 
+/* What a pool holds, and what it has moved. Sizes are bytes. */
 typedef struct mb_statistics {
     size_t budget;        /* what the live blocks may occupy together */
     size_t live_bytes;    /* what they occupy */

@@ -10,6 +10,8 @@
    that another thread has begun may still go to the function before it. They may throw; a longjmp out of the one for
    the debug output loses the memory of a text longer than 511 characters.
 
+   Ownership: a text is the caller's, and is gone when the function that received it returns. Errors: nothing is raised.
+
    debug_break asks Linux whether the calling thread is traced, and takes any tracer for a debugger. That takes a file
    to be read. So each thread asks eight times a second at most, and a debugger is noticed an eighth of a second after it
    was attached at the latest; the calls between cost a look at the clock. On other systems it returns.

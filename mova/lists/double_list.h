@@ -21,6 +21,7 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* A list's head: an element list's, of elements of 8 bytes, whose every field means the same. */
 typedef EL_list DBLL_list;
 
 /* ---- creation, disposal, state ---- */
@@ -55,15 +56,15 @@ int32_t DBLL_check(const DBLL_list *list) __attribute__((nonnull(1)));
 
 /* ---- insertion, removal, replacement ---- */
 
-/* Adds a value at the back. Returns its position, as the next four do. */
+/* Adds a value at the back. Returns its position. */
 EL_node *DBLL_add_double(DBLL_list *list, double value) __attribute__((nonnull(1)));
 
-/* Adds a value before, or after, `position`. */
+/* Adds a value before, or after, `position`. Returns its position. */
 EL_node *DBLL_insert_before(DBLL_list *list, EL_node *position, double value) __attribute__((nonnull(1)));
 EL_node *DBLL_insert_after(DBLL_list *list, EL_node *position, double value) __attribute__((nonnull(1)));
 
-/* Adds a value before, or after, the one with this index, counted from 0. Where there is none, inserts nothing and
-   returns null. Linear in the index. */
+/* Adds a value before, or after, the one with this index, counted from 0, and returns its position. Where there is none,
+   inserts nothing and returns null. Linear in the index. */
 EL_node *DBLL_insert_before_index(DBLL_list *list, int32_t index, double value) __attribute__((nonnull(1)));
 EL_node *DBLL_insert_after_index(DBLL_list *list, int32_t index, double value) __attribute__((nonnull(1)));
 

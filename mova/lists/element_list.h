@@ -74,26 +74,28 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-/* The element's bytes follow the links. */
+/* A node, and so a position. The list makes and frees it. The element's bytes follow the links. */
 typedef struct EL_node {
-    struct EL_node *prev, *next;
+    struct EL_node *prev, *next; /* the neighbours; null at the ends of an open list */
 } EL_node;
 
+/* A list's head, which EL_create makes and EL_release frees. Programs read it, and change it through the functions alone. */
 typedef struct EL_list {
-    EL_node *first, *last;
+    EL_node *first, *last; /* the ends, of a ring too; null in an empty list */
     uint16_t element_size; /* bytes */
-    int32_t count;
-    int32_t closed; /* non-zero for a ring */
+    int32_t count;         /* elements */
+    int32_t closed;        /* non-zero for a ring */
 } EL_list;
 
 /* Accepts an element, which it receives where it lies in its node, by returning non-zero. */
 typedef int (*EL_test)(void *element);
 
+/* An iterator, which the caller keeps and which owns nothing. */
 typedef struct EL_iterator {
-    EL_node *current, *next, *end;
-    int32_t forward;       /* zero walks along `prev`, anything else along `next` */
-    uint32_t element_size; /* bytes, as the list had it */
-    EL_test test;          /* null accepts every element */
+    EL_node *current, *next, *end; /* delivered last; to be delivered next; the last one to deliver */
+    int32_t forward;               /* zero walks along `prev`, anything else along `next` */
+    uint32_t element_size;         /* bytes, as the list had it */
+    EL_test test;                  /* null accepts every element */
 } EL_iterator;
 
 MOVA_INLINE_PART void *mova_el_element(EL_node *node)
@@ -219,7 +221,7 @@ void EL_roll(EL_list *list, EL_node *position) __attribute__((nonnull(1, 2)));
    `position`. On an open list it cuts off the nodes ahead of `position` without freeing them. */
 EL_node *EL_make_open_at_position(EL_list *list, EL_node *position) __attribute__((nonnull(1, 2)));
 
-/* Splits the list before `position`. The list keeps its first node up to a new last one, which gets a copy of the
+/* Splits the list before `position`, and returns a new list of the end part. The list keeps its first node up to a new last one, which gets a copy of the
    element at `position`; the returned list has the nodes from `position` to the old last. Both are open. Linear. A jump
    loses the new node's block. */
 EL_list *EL_remove_and_get_end_part(EL_list *list, EL_node *position)

@@ -24,6 +24,7 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* A stack's head: an element list's, whose every field means the same. Its `last` is the top. */
 typedef EL_list ES_stack;
 
 /* Returns a new empty stack of elements of `element_size` bytes, of which the low 16 bits count. */

@@ -70,14 +70,16 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* A node, and so a position. The list makes and frees it. */
 typedef struct GL_node {
-    struct GL_node *prev, *next;
-    void *item;
+    struct GL_node *prev, *next; /* the neighbours; null at the ends */
+    void *item;                  /* the caller's */
 } GL_node;
 
+/* A list's head, which GL_create makes and GL_release frees. Programs read it, and change it through the functions alone. */
 typedef struct GL_list {
-    GL_node *first, *last;
-    int32_t count;
+    GL_node *first, *last; /* the ends; null in an empty list */
+    int32_t count;         /* nodes */
 } GL_list;
 
 /* Accepts an item by returning non-zero. */
@@ -92,10 +94,11 @@ typedef void *(*GL_copy_fn)(void *item);
 /* Returns the number of bytes that an item occupies. */
 typedef int32_t (*GL_size_fn)(void *item);
 
+/* An iterator, which the caller keeps and which owns nothing. */
 typedef struct GL_iterator {
-    GL_node *current, *next, *end;
-    int32_t forward; /* zero walks along `prev`, anything else along `next` */
-    GL_test test;    /* null accepts every item */
+    GL_node *current, *next, *end; /* delivered last; to be delivered next; the last one to deliver */
+    int32_t forward;               /* zero walks along `prev`, anything else along `next` */
+    GL_test test;                  /* null accepts every item */
 } GL_iterator;
 
 /* ---- creation and disposal ---- */

@@ -57,10 +57,11 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* A list's head, which SL_create makes and the releases free. Programs read it, and change it through the functions alone. */
 typedef struct SL_list {
-    void *first, *last;
-    int32_t count;
-    int32_t closed; /* non-zero for a ring */
+    void *first, *last; /* the ends, of a ring too; null in an empty list */
+    int32_t count;      /* items */
+    int32_t closed;     /* non-zero for a ring */
 } SL_list;
 
 /* Accepts an item by returning non-zero. */
@@ -75,16 +76,17 @@ typedef void *(*SL_copy_fn)(void *item);
 /* Returns the number of bytes that an item occupies. */
 typedef int32_t (*SL_size_fn)(void *item);
 
+/* An iterator, which the caller keeps and which owns nothing. */
 typedef struct SL_iterator {
-    void *current, *upcoming, *end;
-    int32_t forward; /* zero walks along `prev`, anything else along `next` */
-    int32_t unused;
-    SL_test test; /* null accepts every item */
+    void *current, *upcoming, *end; /* delivered last; to be delivered next; the last one to deliver */
+    int32_t forward;                /* zero walks along `prev`, anything else along `next` */
+    int32_t unused;                 /* means nothing; nothing reads it */
+    SL_test test;                   /* null accepts every item */
 } SL_iterator;
 
 /* What every item begins with, whatever its own type. */
 typedef struct __attribute__((may_alias)) mova_sl_links {
-    struct mova_sl_links *prev, *next;
+    struct mova_sl_links *prev, *next; /* the neighbours; null at the ends of an open list, and off a list */
 } mova_sl_links;
 
 /* ---- creation and disposal ---- */

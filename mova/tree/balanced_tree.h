@@ -98,25 +98,29 @@ typedef int32_t (*GT_condition)(void *item);
 /* Prints an item, without a line end. */
 typedef void (*GT_print_fn)(void *item);
 
+/* A node, and so a position. The tree makes and frees it. */
 typedef struct GT_tree_item {
-    void *item;
+    void *item;                        /* the caller's */
     struct GT_tree_item *left, *right; /* what goes before the item, and what after it or is equal and came later */
-    struct GT_tree_item *prev, *next;
-    int32_t balance;
+    struct GT_tree_item *prev, *next;  /* the neighbours in order; null at the ends */
+    int32_t balance;                   /* the height on the right minus that on the left: -1, 0 or +1 */
 } GT_tree_item;
 
+/* A tree's head, which the two functions below make and GT_release frees. Programs read it, and change it through the
+   functions alone. */
 typedef struct GT_tree {
-    struct GT_tree_item *root, *first, *last;
-    GT_compare compare;
-    int32_t dupl_allowed; /* 1 or 0 */
-    GL_list *iterators;
+    struct GT_tree_item *root, *first, *last; /* the top, and the ends of the chain; null in an empty tree */
+    GT_compare compare;                       /* orders the items */
+    int32_t dupl_allowed;                     /* 1 or 0 */
+    GL_list *iterators;                       /* every one that lives; the tree's own */
 } GT_tree;
 
+/* An iterator, which the tree allocates. It frees itself when a step returns 0; GT_end_iterator frees it before. */
 typedef struct GT_tree_iter {
-    struct GT_tree_item *cursor, *current;
-    struct GT_tree *tree;
-    GT_condition condition; /* for modes 1 and 2 */
-    int32_t mode;           /* 0 delivers every item, 1 those accepted, 2 all up to the first that is rejected */
+    struct GT_tree_item *cursor, *current; /* the node to look at next; the one that was delivered last */
+    struct GT_tree *tree;                  /* that it walks over */
+    GT_condition condition;                /* for modes 1 and 2 */
+    int32_t mode; /* 0 delivers every item, 1 those accepted, 2 all up to the first that is rejected */
 } GT_tree_iter;
 
 /* The short names of the three, which a program with types of these names leaves out by defining MOVA_NO_SHORT_NAMES before
