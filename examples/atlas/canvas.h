@@ -16,9 +16,12 @@ namespace atlas {
 struct Rectangle {
     int left, top, right, bottom;
 
-    int width() const { return right - left; }
-    int height() const { return bottom - top; }
-    std::size_t pixels() const { return static_cast<std::size_t>(width()) * static_cast<std::size_t>(height()); }
+    constexpr int width() const { return right - left; }
+    constexpr int height() const { return bottom - top; }
+    constexpr std::size_t pixels() const
+    {
+        return static_cast<std::size_t>(width()) * static_cast<std::size_t>(height());
+    }
 };
 
 /* A rectangle of 8-bit colour indices, row after row from the top, which are the caller's. */

@@ -136,11 +136,12 @@ std::size_t Outlines::draw(Canvas &canvas)
 
 /* ---- the map ---- */
 
-/* The frame is where the map ends, and the equator and the prime meridian. */
+/* The frame is where the map ends, short of the poles or at them, and the equator and the prime meridian. */
 static void draw_graticule(Canvas &canvas, Size map)
 {
     const auto draw = [&](int longitude, int latitude) {
-        const Pixel crossing = project({longitude * degree, latitude * degree}, map);
+        Pixel crossing = project({longitude * degree, latitude * degree}, map);
+        crossing.y = std::clamp(crossing.y, 0, map.height - 1);
         canvas.line({crossing.x, 0}, {crossing.x, map.height - 1});
         canvas.line({0, crossing.y}, {map.width - 1, crossing.y});
     };
@@ -154,8 +155,8 @@ static void draw_graticule(Canvas &canvas, Size map)
         draw(angle, std::clamp(angle, -60, 60));
 }
 
-Drawing::Drawing(const Topology &topology, int width, const Progress &progress)
-    : size_{width, width / 2}, fill_(size_), outlines_(topology, size_), labels_(topology, size_, progress)
+Drawing::Drawing(const Topology &topology, Size map, const Progress &progress)
+    : size_(map), fill_(size_), outlines_(topology, size_), labels_(topology, size_, progress)
 {
     const Tints tints = choose_tints(topology);
     std::size_t done = 0;

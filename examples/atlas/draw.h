@@ -92,13 +92,13 @@ private:
     Sweep<Line> lines_;
 };
 
-/* All that the map shows, prepared for one width: tiles can be drawn in any order. It does not need the topology any
+/* All that the map shows, prepared for one size: tiles can be drawn in any order. It does not need the topology any
    more. */
 class Drawing {
 public:
-    Drawing(const Topology &topology, int width, const Progress &progress);
+    /* The size says which view of the globe it is. */
+    Drawing(const Topology &topology, Size map, const Progress &progress);
 
-    /* The map is half as high as it is wide. */
     Size size() const { return size_; }
 
     /* Draws all that lies in the tile: the sea, the graticule in it, the countries, their borders, the coasts, the

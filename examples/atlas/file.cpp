@@ -53,32 +53,56 @@ static OpenFile make_file(std::string &path)
 
 /* ---- replacing ---- */
 
+static const char *const unwritten = "cannot be written";
+
 /* A picture is a file like any other. */
-static mode_t ordinary_mode()
+static mode_t ordinary(mode_t mode)
 {
     const mode_t mask = umask(0);
     umask(mask);
-    return 0666 & ~mask;
+    return mode & ~mask;
 }
 
-/* A device or a directory must not give way to a picture. */
-void replace_file(const std::string &path, std::span<const std::uint8_t> contents)
+/* A device or a directory must not give way to a picture, nor anything to a directory. */
+Replacement::Replacement(const std::string &name, Kind kind) : name_(name), kind_(kind)
+{
+    while (kind == directory && name_.size() > 1 && name_.back() == '/')
+        name_.pop_back();
+    std::error_code ignored;
+    if (kind == directory && std::filesystem::exists(std::filesystem::symlink_status(name_, ignored)))
+        throw Error(unwritten + std::string(": it is there already"));
+    const std::filesystem::file_status status = std::filesystem::status(name_, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw Error(unwritten + std::string(": not an ordinary file"));
+    path_ = name_;
+    const bool is_made = kind == file ? make_file(path_) != nullptr : mkdtemp((path_ += ".XXXXXX").data()) != nullptr;
+    if (!is_made)
+        throw error(unwritten);
+}
+
+Replacement::~Replacement()
 {
     std::error_code ignored;
-    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-        throw Error("cannot be written: not an ordinary file");
-    std::string name = path;
-    OpenFile file = make_file(name);
-    if (!file)
-        throw error("cannot be written");
-    fchmod(fileno(file.get()), ordinary_mode());
-    const bool is_whole = std::fwrite(contents.data(), 1, contents.size(), file.get()) == contents.size();
-    if (!is_whole || std::fclose(file.release()) != 0 || std::rename(name.c_str(), path.c_str()) != 0) {
-        const Error why = error("cannot be written");
-        unlink(name.c_str());
-        throw why;
-    }
+    if (!path_.empty())
+        std::filesystem::remove_all(path_, ignored);
+}
+
+void Replacement::finish()
+{
+    if (chmod(path_.c_str(), ordinary(kind_ == file ? 0666 : 0777)) != 0 ||
+        std::rename(path_.c_str(), name_.c_str()) != 0)
+        throw error(unwritten);
+    path_.clear();
+}
+
+void replace_file(const std::string &path, std::span<const std::uint8_t> contents)
+{
+    Replacement whole(path, Replacement::file);
+    OpenFile file(std::fopen(whole.path().c_str(), "wb"));
+    if (!file || std::fwrite(contents.data(), 1, contents.size(), file.get()) != contents.size() ||
+        std::fclose(file.release()) != 0)
+        throw error(unwritten);
+    whole.finish();
 }
 
 /* ---- keeping ---- */

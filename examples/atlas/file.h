@@ -23,6 +23,26 @@ std::string read_file(const std::string &path, const Progress &progress);
    where that fails, and leaves what was there before. */
 void replace_file(const std::string &path, std::span<const std::uint8_t> contents);
 
+/* A file or a directory that is made beside the place where it is to be, and taken away again with all that is in it, unless it is
+   whole in the end. */
+class Replacement {
+public:
+    /* Makes an empty one. Only a file may replace another one; a directory is new. Throws Error where it cannot be made. */
+    enum Kind { file, directory };
+    Replacement(const std::string &name, Kind kind);
+    ~Replacement();
+    Replacement(Replacement &&) = delete;
+
+    /* Where it is as yet. */
+    const std::string &path() const { return path_; }
+    /* Puts it where it is to be. Throws Error where that fails. */
+    void finish();
+
+private:
+    std::string name_, path_;
+    Kind kind_;
+};
+
 struct CloseFile {
     void operator()(std::FILE *file) const { std::fclose(file); }
 };

@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: MIT */
-/* The globe in whole numbers, and its flat view: longitude to the right, latitude upwards, both to the same scale. */
+/* The globe in whole numbers, and its flat views. A map twice as wide as high has longitude to the right and latitude upwards,
+   both to the same scale. One as high as wide is in the Web Mercator projection, and ends at 85.0511°, north and south. */
 #ifndef ATLAS_GLOBE_H
 #define ATLAS_GLOBE_H
 
@@ -81,18 +82,29 @@ Columns columns_between(const Side &side, int top, int bottom)
             std::min(static_cast<int>(std::max(a, b)) + 3, right / lines + 1)};
 }
 
-/* Returns where a point lies on the map, rounded to the left and upwards to a grid of so many lines a pixel. */
+/* Returns the latitude that Web Mercator takes another one to, on a map that is stretched over all of them: 90° where the
+   projection is cut, and beyond that 180° at most. */
+Angle mercator(Angle latitude);
+
+/* Returns how far a latitude lies below the upper edge of the map, whose height is globe / 2. */
+inline std::int64_t below_edge(Angle latitude, Size map)
+{
+    return globe / 4 - (map.width == map.height ? mercator(latitude) : latitude);
+}
+
+/* Returns where a point lies on the map, or above or below it, rounded to the left and upwards to a grid of so many lines a
+   pixel. */
 inline Pixel on_grid(Point point, Size map, int lines)
 {
     return {static_cast<int>((point.longitude + globe / 2) * map.width * lines / globe),
-            static_cast<int>((globe / 4 - point.latitude) * map.height * 2 * lines / globe)};
+            static_cast<int>(floor_divided(below_edge(point.latitude, map) * map.height * 2 * lines, globe))};
 }
 
 /* Returns the pixel that shows a point. The last column and row take in the map's right and lower edge. */
 inline Pixel project(Point point, Size map)
 {
     const Pixel pixel = on_grid(point, map, 1);
-    return {std::min(pixel.x, map.width - 1), std::min(pixel.y, map.height - 1)};
+    return {pixel.x - (pixel.x == map.width), pixel.y - (pixel.y == map.height)};
 }
 
 } // namespace atlas

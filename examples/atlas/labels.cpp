@@ -51,16 +51,17 @@ static int first_row(std::int64_t level, Grid grid)
 /* Takes the rows that the polygon's sides cross off `crossings_left`. Where there are too many, nothing is inside. */
 static Interior interior_of(const Polygon &polygon, Grid grid, std::int64_t &crossings_left)
 {
-    const auto place = [](Point point) {
-        return Pixel{static_cast<int>(point.longitude + globe / 2), static_cast<int>(globe / 4 - point.latitude)};
+    const auto place = [map = grid.map](Point point) {
+        return Pixel{static_cast<int>(point.longitude + globe / 2), static_cast<int>(below_edge(point.latitude, map))};
     };
-    /* Calls `visit` with each side, the first row that it crosses, and the one behind the last. */
+    /* Calls `visit` with each side, the first row of the map that it crosses, and the one behind the last. */
+    const auto row_at = [&](int level) { return first_row(std::clamp<std::int64_t>(level, 0, globe / 2), grid); };
     const auto visit_sides = [&, shapes = shapes_of(polygon)](auto visit) {
         for_each_side(shapes, [&](Point from, Point to) {
             if (from.latitude < to.latitude)
                 std::swap(from, to);
             const Side side = {place(from), place(to)};
-            visit(side, first_row(side.from.y, grid), first_row(side.to.y, grid));
+            visit(side, row_at(side.from.y), row_at(side.to.y));
         });
     };
     std::int64_t crossed = 0;

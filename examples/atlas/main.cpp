@@ -1,10 +1,11 @@
 /* SPDX-License-Identifier: MIT */
-/* atlas: draws the world from a TopoJSON file. Reads, decodes, draws, writes, reports. */
+/* atlas: draws the world from a TopoJSON file, as a picture or in tiles. Reads, decodes, draws, writes, reports. */
 #include <charconv>
 #include <chrono>
 #include <cinttypes>
 #include <csignal>
 #include <filesystem>
+#include <optional>
 #include <utility>
 #include <variant>
 
@@ -15,17 +16,15 @@
 #include <mova/host/messages.h>
 
 #include "colours.h"
-#include "draw.h"
-#include "file.h"
-#include "picture.h"
+#include "tiles.h"
 
 namespace atlas {
 
 /* ---- options ---- */
 
 struct Options {
-    std::string file, out = "atlas.png";
-    int width, cache_budget;         /* pixels, bytes */
+    std::string file, out, tiles, page, attribution;
+    int width, cache_budget, zoom;   /* pixels, bytes, the highest level */
     std::vector<std::string> select; /* names of countries; none stands for all of them */
     bool print_tree = false, help = false;
 };
@@ -38,7 +37,7 @@ struct Option {
 
 /* The only place of the options' names and limits; `./dev` reads it too. */
 constexpr Option table[] = {
-    {"out", "PNG", "the picture to write (atlas.png)", &Options::out},
+    {"out", "PNG", "the picture to write (atlas.png, where neither tiles nor a page are asked for)", &Options::out},
     {"width", "N", "its width in pixels, 16 to 32768 (2048); it is half as high", &Options::width},
     {"cache-budget", "BYTES",
      "how much of it is kept in memory, 32768 to 536870912 (1048576);\n"
@@ -46,6 +45,11 @@ constexpr Option table[] = {
      "                        the 64 rows that are being drawn are not counted",
      &Options::cache_budget},
     {"select", "NAME,...", "draws only the countries of these names; may be given again", &Options::select},
+    {"tiles", "MBTILES", "a pyramid of tiles to write, in Web Mercator, as a file of MBTiles", &Options::tiles},
+    {"page", "DIRECTORY", "a page to write that shows these tiles, with them and all that it needs", &Options::page},
+    {"zoom", "N", "how often the tiles' map becomes twice as large, 0 to 8 (5); the first is 256 pixels",
+     &Options::zoom},
+    {"attribution", "TEXT", "what tiles and page say of the data's origin", &Options::attribution},
     {"print-tree", "", "prints the tree that the countries are in, in order of their areas", &Options::print_tree},
     {"help", "", "shows this text", &Options::help},
 };
@@ -92,8 +96,10 @@ static void take(bool &flag, const Option &, const std::string &)
     flag = true;
 }
 
-static void take(std::string &text, const Option &, const std::string &value)
+static void take(std::string &text, const Option &option, const std::string &value)
 {
+    if (value.empty())
+        throw Error(std::string("--") + option.name + " needs a value (see atlas --help)");
     text = value;
 }
 
@@ -160,6 +166,8 @@ static Options parse_options(int argc, char **argv)
     if (argc - optind != 1)
         throw Error(optind == argc ? "no FILE given (see atlas --help)" : "more than one FILE (see atlas --help)");
     options.file = argv[optind];
+    if (options.out.empty() && options.tiles.empty() && options.page.empty())
+        options.out = "atlas.png";
     return options;
 }
 
@@ -183,12 +191,21 @@ static std::string count(std::size_t number, const std::string &one, const std::
     return std::to_string(number) + ' ' + (number == 1 ? one : many);
 }
 
-static void report(const Options &options, const Totals &drawn, const Picture &picture, std::size_t bytes,
-                   const std::string &times)
+static std::string line_of(const char *what, const std::string &path)
 {
-    const Picture::Statistics cache = picture.statistics();
-    std::printf("picture  %s\n", printable(std::filesystem::absolute(options.out).lexically_normal().string()).c_str());
-    std::printf("size     %d x %d pixels, %zu bytes\n", picture.size().width, picture.size().height, bytes);
+    return what + printable(std::filesystem::absolute(path).lexically_normal().string()) + "\n";
+}
+
+/* What has been made, for the report, and by what work of the cache. */
+struct Made {
+    std::string lines;
+    Picture::Statistics cache;
+};
+
+static void report(const Totals &drawn, const Made &made, const std::string &times)
+{
+    const Picture::Statistics &cache = made.cache;
+    std::fputs(made.lines.c_str(), stdout);
     std::printf("drawn    %s, %s%s, %s\n", count(drawn.countries, "country", "countries").c_str(),
                 count(drawn.rings, "ring", "rings").c_str(),
                 drawn.lines > 0 ? (", " + count(drawn.lines, "line", "lines")).c_str() : "",
@@ -203,15 +220,79 @@ static void report(const Options &options, const Totals &drawn, const Picture &p
 
 /* ---- what it does ---- */
 
+static volatile std::sig_atomic_t stopped_by = 0;
+
+/* What is drawn for long is stopped between two steps, so that nothing half made stays behind. What is ignored stays so. */
+static void stop_between_steps()
+{
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        if (std::signal(signal, [](int by) { stopped_by = by; }) == SIG_IGN)
+            std::signal(signal, SIG_IGN);
+    }
+}
+
+/* To be called with the name of a step when it is done. */
+using Finished = std::function<void(const char *)>;
+
+static void draw_picture(const Options &options, const Topology &topology, Made &made, const Progress &progress,
+                         const Finished &finished)
+{
+    Drawing drawing(topology, {options.width, options.width / 2}, progress);
+    finished("prepare");
+    const auto paint = [&](const Tile &tile) { drawing.draw(tile); };
+    Picture picture(drawing.size(), static_cast<std::size_t>(options.cache_budget), paint, progress);
+    finished("draw");
+    const std::size_t bytes = write_png(options.out, picture, palette(), progress);
+    finished("write");
+    made.cache += picture.statistics();
+    made.lines += line_of("picture  ", options.out) + "size     " + std::to_string(picture.size().width) + " x " +
+                  std::to_string(picture.size().height) + " pixels, " + count(bytes, "byte", "bytes") + "\n";
+}
+
+/* Draws each tile once, wherever it goes. */
+static void draw_tiles(const Options &options, const Topology &topology, std::string &subject, Made &made,
+                       const Progress &progress, const Finished &finished)
+{
+    stop_between_steps();
+    const Legend legend = {std::filesystem::path(options.file).stem().string(), options.attribution, options.zoom};
+    std::optional<TileFile> file;
+    std::optional<Page> page;
+    /* Calls `act` with each of the two that is wanted. */
+    const auto with_each = [&](auto act) {
+        if (!options.tiles.empty())
+            act(file, subject = options.tiles);
+        if (!options.page.empty())
+            act(page, subject = options.page);
+    };
+    with_each([&](auto &store, const std::string &name) { store.emplace(name, legend); });
+    std::size_t bytes = 0;
+    const auto take = [&, colours = palette()](const Place &place, const std::uint8_t *pixels) {
+        const auto png = encode_png({tile_side, tile_side}, colours, [=](int y) { return pixels + y * tile_side; });
+        with_each([&](auto &store, const std::string &) { store->put(place, png); });
+        bytes += png.size();
+    };
+    made.cache += draw_pyramid(topology, options.zoom, static_cast<std::size_t>(options.cache_budget), take, progress);
+    with_each([](auto &store, const std::string &) { store->finish(); });
+    finished("tiles");
+    if (file)
+        made.lines += line_of("tiles    ", options.tiles);
+    if (page)
+        made.lines += line_of("page     ", options.page + "/index.html");
+    made.lines += "zoom     0 to " + std::to_string(options.zoom) + ": " +
+                  count(tiles_up_to(options.zoom), "tile", "tiles") + ", " + count(bytes, "byte", "bytes") + "\n";
+}
+
 /* `subject` is kept up to date with the file that an error would be about. */
 static void draw_atlas(const Options &options, std::string &subject)
 {
     ProgressLine line(stderr, isatty(STDERR_FILENO) == 1);
     const Progress progress = [&](const char *step, std::size_t done, std::size_t all) {
+        if (stopped_by)
+            throw Error("stopped");
         line.update(step, done, all);
     };
     std::string times;
-    auto finished = [&, last = std::chrono::steady_clock::now()](const char *step) mutable {
+    const Finished finished = [&, last = std::chrono::steady_clock::now()](const char *step) mutable {
         const auto before = std::exchange(last, std::chrono::steady_clock::now());
         char text[64];
         std::snprintf(text, sizeof text, "%s%s %.1f ms", times.empty() ? "" : ", ", step,
@@ -221,8 +302,10 @@ static void draw_atlas(const Options &options, std::string &subject)
 
     subject = options.file;
     std::error_code ignored;
-    if (std::filesystem::equivalent(options.file, options.out, ignored))
-        throw Error("the picture would replace the file that it is drawn from");
+    for (const auto &[name, what] : {std::pair(&options.out, "picture"), {&options.tiles, "file of tiles"}}) {
+        if (std::filesystem::equivalent(options.file, *name, ignored))
+            throw Error("the " + std::string(what) + " would replace the file that it is drawn from");
+    }
     const std::string text = read_file(options.file, progress);
     finished("read");
     Topology topology = decode_topology(text, progress);
@@ -234,19 +317,17 @@ static void draw_atlas(const Options &options, std::string &subject)
     if (options.print_tree)
         print_tree(topology);
     finished("decode");
-    Drawing drawing(topology, options.width, progress);
-    finished("prepare");
 
+    Made made = {};
     subject = options.out;
-    const auto paint = [&](const Tile &tile) { drawing.draw(tile); };
-    Picture picture(drawing.size(), static_cast<std::size_t>(options.cache_budget), paint, progress);
-    finished("draw");
-    const std::size_t bytes = write_png(options.out, picture, palette(), progress);
-    finished("write");
+    if (!options.out.empty())
+        draw_picture(options, topology, made, progress, finished);
+    if (!options.tiles.empty() || !options.page.empty())
+        draw_tiles(options, topology, subject, made, progress, finished);
 
     subject.clear();
     line.clear();
-    report(options, totals(topology), picture, bytes, times);
+    report(totals(topology), made, times);
 }
 
 /* Where memory has run out, there is none left to unwind with either: the program says so and ends. */
@@ -287,6 +368,10 @@ int main(int argc, char **argv)
         return atlas::run(argc, argv, subject);
     } catch (const std::exception &error) {
         atlas::complain(subject, error.what());
-        return 1;
     }
+    if (atlas::stopped_by) {
+        std::signal(atlas::stopped_by, SIG_DFL);
+        std::raise(atlas::stopped_by);
+    }
+    return 1;
 }

@@ -36,17 +36,22 @@ public:
         std::size_t tiles, budget;
         std::uint64_t evictions, write_backs, fetches;
         std::uint64_t moves; /* of blocks, within the pool */
+
+        /* Adds what another picture of the same budget had to do. */
+        Statistics &operator+=(const Statistics &other);
     };
 
     /* Has `paint` draw each tile, once and whole. Requires a budget for two tiles. Throws Error where the temporary
-       file fails, and so does `read_row`. */
+       file fails, and so do `read_row` and `tile`. */
     Picture(Size size, std::size_t cache_budget, const std::function<void(const Tile &)> &paint,
-            const Progress &progress);
+            const Progress &progress, Size tile = tile_size);
     Picture(Picture &&) = delete;
 
     Size size() const { return size_; }
     /* Copies a row's pixels. Rows are best read from the top down, with a budget for the tiles of one. */
     void read_row(int y, std::uint8_t *pixels);
+    /* A tile as it was painted, until another one is read. They are numbered row after row. */
+    Tile tile(std::size_t number);
     Statistics statistics() const;
 
 private:
@@ -62,7 +67,7 @@ private:
         void write_back(std::span<std::uint8_t> body);
     };
 
-    Size size_;
+    Size size_, tile_;
     mova::block_pool pool_;
     TemporaryFile file_;
     std::vector<StoredTile> tiles_; /* row after row */
@@ -70,8 +75,13 @@ private:
     std::uint64_t write_backs_ = 0, fetches_ = 0;
 };
 
-/* Writes the picture as a PNG file whose colours are those of `colours`, and returns how many bytes it takes.
-   Throws Error where it cannot be written, and then leaves what was there before. */
+/* Returns a PNG file of rows that `row` returns, from the top, each until the next one is asked for. The colours are those of
+   `colours`. Throws Error where that fails, and what `row` throws. */
+std::vector<std::uint8_t> encode_png(Size size, std::span<const mova::colour> colours,
+                                     const std::function<const std::uint8_t *(int y)> &row);
+
+/* Writes the picture as a PNG file, and returns how many bytes it takes. Throws Error where it cannot be written, and then
+   leaves what was there before. */
 std::size_t write_png(const std::string &path, Picture &picture, std::span<const mova::colour> colours,
                       const Progress &progress);
 

@@ -23,27 +23,21 @@ public:
     Encoder(Encoder &&) = delete;
 
     /* Returns whether it worked. */
-    bool encode(Picture &picture, const std::vector<png_color> &colours, const Progress &progress)
+    bool encode(Size size, const std::vector<png_color> &colours, const std::function<const std::uint8_t *(int)> &row)
     {
         if (!info_ || setjmp(png_jmpbuf(png_)))
             return false;
-        const auto width = static_cast<png_uint_32>(picture.size().width);
-        const auto height = static_cast<png_uint_32>(picture.size().height);
-        png_set_IHDR(png_, info_, width, height, 8, PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE,
-                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        png_set_IHDR(png_, info_, static_cast<png_uint_32>(size.width), static_cast<png_uint_32>(size.height), 8,
+                     PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_set_PLTE(png_, info_, colours.data(), static_cast<int>(colours.size()));
         png_write_info(png_, info_);
-        row_.resize(width);
-        for (png_uint_32 y = 0; y < height; ++y) {
-            picture.read_row(static_cast<int>(y), row_.data());
-            png_write_row(png_, row_.data());
-            progress("writing", y, height);
-        }
+        for (int y = 0; y < size.height; ++y)
+            png_write_row(png_, row(y));
         png_write_end(png_, info_);
         return true;
     }
 
-    const std::vector<std::uint8_t> &bytes() const { return bytes_; }
+    std::vector<std::uint8_t> &bytes() { return bytes_; }
 
 private:
     static void append(png_structp png, png_bytep data, png_size_t size)
@@ -58,23 +52,37 @@ private:
 
     png_structp png_;
     png_infop info_;
-    std::vector<std::uint8_t> row_, bytes_;
+    std::vector<std::uint8_t> bytes_;
 };
 
 } // namespace
 
-std::size_t write_png(const std::string &path, Picture &picture, std::span<const mova::colour> colours,
-                      const Progress &progress)
+std::vector<std::uint8_t> encode_png(Size size, std::span<const mova::colour> colours,
+                                     const std::function<const std::uint8_t *(int y)> &row)
 {
     std::vector<png_color> entries;
     const auto part = [](std::int16_t value) { return static_cast<png_byte>(value); };
     for (const mova::colour &colour : colours)
         entries.push_back({part(colour.red), part(colour.green), part(colour.blue)});
     Encoder encoder;
-    if (!encoder.encode(picture, entries, progress))
+    if (!encoder.encode(size, entries, row))
         throw Error("the picture could not be encoded");
-    replace_file(path, encoder.bytes());
-    return encoder.bytes().size();
+    return std::move(encoder.bytes());
+}
+
+std::size_t write_png(const std::string &path, Picture &picture, std::span<const mova::colour> colours,
+                      const Progress &progress)
+{
+    const auto [width, height] = picture.size();
+    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(width));
+    const auto row = [&, all = static_cast<std::size_t>(height)](int y) {
+        picture.read_row(y, pixels.data());
+        progress("writing", static_cast<std::size_t>(y), all);
+        return pixels.data();
+    };
+    const std::vector<std::uint8_t> bytes = encode_png(picture.size(), colours, row);
+    replace_file(path, bytes);
+    return bytes.size();
 }
 
 } // namespace atlas

@@ -93,7 +93,7 @@ TEST(WorldMap, HasTheSamePixelsEverywhere)
 TEST(WorldMap, IsTheSameInTiles)
 {
     for (const Size tile : {Size{512, 32}, {100, 7}, {1, 180}}) {
-        Drawing drawing(decode(shipped_world("110m")), 720, no_progress);
+        Drawing drawing(decode(shipped_world("110m")), {720, 360}, no_progress);
         EXPECT_TRUE(is_the_same_in_tiles({0, 0, 720, 360}, tile, [&](const Tile &part) { drawing.draw(part); }));
     }
 }
@@ -159,7 +159,8 @@ TEST(Segment, AcrossTheAntimeridianGoesTheShorterWay)
 
 TEST(Segment, AcrossTheAntimeridianIsTheSameInTiles)
 {
-    Drawing drawing(decode(world_of("LineString", "[0]", "[[170,10],[-170,20],[120,60],[-120,0]]")), 360, no_progress);
+    Drawing drawing(decode(world_of("LineString", "[0]", "[[170,10],[-170,20],[120,60],[-120,0]]")), {360, 180},
+                    no_progress);
     EXPECT_TRUE(is_the_same_in_tiles({0, 0, 360, 180}, {9, 9}, [&](const Tile &part) { drawing.draw(part); }));
 }
 
@@ -295,7 +296,7 @@ TEST(Drawing, IsBoundedByWhatIsReadAndWhatIsDrawn)
                  {"tiny countries", squares(30000, 0.01, 0.77), 1024}};
     for (const auto &[name, text, width] : files) {
         const Topology topology = decode(text);
-        Drawing drawing(topology, width, no_progress);
+        Drawing drawing(topology, {width, width / 2}, no_progress);
         Pixels pixels(width, width / 2);
         drawing.draw(pixels.tile());
         const auto much = static_cast<std::size_t>(totals(topology).points) + pixels.bytes().size();

@@ -103,7 +103,7 @@ TEST(Picture, OfTheWorldIsTheOneDrawnWhole)
 {
     const Topology topology = decode(shipped_world("110m"));
     const Pixels expected = draw_map(topology, 1200);
-    Drawing drawing(topology, 1200, no_progress);
+    Drawing drawing(topology, {1200, 600}, no_progress);
     for (const std::size_t budget : {two_tiles, 3 * tile_bytes, 40 * tile_bytes}) {
         Picture picture(
             drawing.size(), budget, [&](const Tile &tile) { drawing.draw(tile); }, no_progress);

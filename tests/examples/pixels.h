@@ -75,7 +75,7 @@ bool is_the_same_in_tiles(const atlas::Rectangle &bounds, atlas::Size tile, Draw
 
 inline Pixels draw_map(const atlas::Topology &topology, int width)
 {
-    atlas::Drawing drawing(topology, width, atlas::no_progress);
+    atlas::Drawing drawing(topology, {width, width / 2}, atlas::no_progress);
     Pixels pixels(drawing.size().width, drawing.size().height);
     drawing.draw(pixels.tile());
     return pixels;
