@@ -33,6 +33,18 @@ if(MOVA_BUILD_CHECKED)
     install(FILES checked/mova-check.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
 
+# ---- views for debuggers: gdb loads them by itself, by the library's path. The prefix is that of the installation ----
+
+set(data_directory ${CMAKE_INSTALL_DATADIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/debugger/ DESTINATION ${data_directory}/mova/debugger
+    FILES_MATCHING PATTERN *.py PATTERN auto_load.py EXCLUDE)
+set(libraries_from_root ${CMAKE_INSTALL_LIBDIR})
+if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(libraries_from_root "\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}")
+endif()
+install(FILES ${PROJECT_SOURCE_DIR}/debugger/auto_load.py DESTINATION "${data_directory}/gdb/auto-load${libraries_from_root}"
+    RENAME libmova_container.so.${PROJECT_VERSION}-gdb.py)
+
 # ---- the CMake package ----
 
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/mova)
