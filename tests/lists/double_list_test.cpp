@@ -272,6 +272,20 @@ TEST_F(DoubleList, AddUniqueKeepsForwardOnATie)
     EXPECT_EQ(values(), (doubles{0, 9, 9, 9, 1, 5.5, 9, 9, 9, 10}));
 }
 
+/* Two infinities have no distance, nor does anything lie within a tolerance below 0. */
+TEST_F(DoubleList, AddUniqueInsertsAnEqualValueFartherOnInItsDirection)
+{
+    fill({1, infinity});
+    const EL_node *last = list->last;
+    EXPECT_EQ(DBLL_add_double_unique(list, infinity, 0.1), 0);
+    EXPECT_EQ(list->last->prev, last);
+    fill({1, 2, 3, 4, 5, 6, 7, 8, 9});
+    last = list->last;
+    EXPECT_EQ(DBLL_add_double_unique(list, 9, -1), 1) << "nine are searched backward";
+    EXPECT_EQ(list->last, last);
+    EXPECT_EQ(DBLL_size(list), 10);
+}
+
 TEST_F(DoubleList, AddUniqueAppendsWhatComparesWithNothing)
 {
     fill({1, 2});

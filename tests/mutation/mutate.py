@@ -409,7 +409,7 @@ def main():
     elif not given.file and given.part == "1/1":
         which = "that there are" if whole else "that were tried"
         write_result(given.rooms[0], f"{fates['killed']} changes of {given.rooms[0]}, of {decided} {which}, that a test notices; "
-                                     f"{fates['listed']} are listed")
+                                     f"listed: {fates['listed']}")
     sys.exit(1 if fates["alive"] or stale else 0)
 
 
