@@ -67,7 +67,8 @@ foreach(tool bash echo env dirname realpath nproc grep sed sort xargs id mkdir c
 endforeach()
 expect(1 "dev: missing, by Debian's names: clang-format\; there is no apt-get here to install them with\n"
        PATH=${bare} ARGUMENTS format)
-expect(1 "dev: missing, by Debian's names: cmake g.. libpng-dev libsqlite3-dev ninja-build nlohmann-json3-dev\; [^\n]*\n"
+set(packages "cmake g.. libhiredis-dev libpng-dev libsqlite3-dev ninja-build nlohmann-json3-dev zlib1g-dev")
+expect(1 "dev: missing, by Debian's names: ${packages}\; [^\n]*\n"
        PATH=${bare} ARGUMENTS demo)
 
 # The script may be called by a link.

@@ -4,13 +4,11 @@
 #define TESTS_EXAMPLES_WORLD_H
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <optional>
-#include <sstream>
 #include <string>
 
 #include "file.h"
+#include "scratch.h"
 #include "topology.h"
 
 inline std::string shipped_path(const std::string &scale)
@@ -40,18 +38,6 @@ inline std::string world_of(const std::string &type, const std::string &numbers,
     return world(R"("land":{"type":")" + type + R"(","arcs":)" + numbers + "}", arcs);
 }
 
-inline std::string read_whole(const std::filesystem::path &path)
-{
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-inline void write_whole(const std::filesystem::path &path, const std::string &text)
-{
-    std::ofstream(path, std::ios::binary) << text;
-}
-
 /* Has temporary files made elsewhere while it lives. */
 class TemporaryDirectory {
 public:
@@ -73,31 +59,6 @@ public:
 
 private:
     std::optional<std::string> before_;
-};
-
-/* A directory that is gone, with all that is in it, after the test. */
-class ScratchDirectory {
-public:
-    ScratchDirectory()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "atlas-test-XXXXXX").string();
-        if (!mkdtemp(name.data()))
-            throw std::runtime_error("no scratch directory");
-        path_ = name;
-    }
-    ~ScratchDirectory() { std::filesystem::remove_all(path_); }
-    ScratchDirectory(const ScratchDirectory &) = delete;
-    ScratchDirectory &operator=(const ScratchDirectory &) = delete;
-
-    std::filesystem::path operator/(const std::string &name) const { return path_ / name; }
-    const std::filesystem::path &path() const { return path_; }
-    std::ptrdiff_t entries() const
-    {
-        return std::distance(std::filesystem::directory_iterator(path_), std::filesystem::directory_iterator());
-    }
-
-private:
-    std::filesystem::path path_;
 };
 
 #endif
