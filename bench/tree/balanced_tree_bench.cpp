@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <numeric>
 #include <optional>
+#include <queue>
 #include <random>
 #include <set>
 #include <string>
@@ -239,6 +240,86 @@ void walk(benchmark::State &state, size_t count)
     }
 }
 
+/* ---- events: the first is taken, and put off, again and again ---- */
+
+struct event {
+    double due;
+    int64_t what;
+};
+
+struct mova_events {
+    std::vector<event> events;
+    tree *t = GT_create_with_dupl_allowed([](void *a, void *b) {
+        const double left = static_cast<event *>(a)->due, right = static_cast<event *>(b)->due;
+        return static_cast<int32_t>(left > right) - static_cast<int32_t>(left < right);
+    });
+
+    explicit mova_events(std::vector<event> waiting) : events(std::move(waiting))
+    {
+        for (event &each : events)
+            GT_insert_item(t, &each);
+    }
+    ~mova_events() { GT_release(&t); }
+    void put_off(double delay)
+    {
+        auto *first = static_cast<event *>(t->first->item);
+        GT_remove_first_item(t);
+        first->due += delay;
+        GT_insert_item(t, first);
+    }
+};
+
+struct is_due_later {
+    bool operator()(const event &a, const event &b) const { return a.due > b.due; }
+};
+
+struct heap_of_events {
+    std::priority_queue<event, std::vector<event>, is_due_later> heap;
+
+    explicit heap_of_events(std::vector<event> waiting) : heap(is_due_later(), std::move(waiting)) {}
+    void put_off(double delay)
+    {
+        event first = heap.top();
+        heap.pop();
+        first.due += delay;
+        heap.push(first);
+    }
+};
+
+struct is_due_before {
+    bool operator()(const event &a, const event &b) const { return a.due < b.due; }
+};
+
+struct set_of_events {
+    std::multiset<event, is_due_before> set;
+
+    explicit set_of_events(const std::vector<event> &waiting) : set(waiting.begin(), waiting.end()) {}
+    void put_off(double delay)
+    {
+        auto first = set.extract(set.begin());
+        first.value().due += delay;
+        set.insert(std::move(first));
+    }
+};
+
+template <class Events>
+void put_off(benchmark::State &state, size_t count)
+{
+    std::mt19937 random(1);
+    std::exponential_distribution<double> delay;
+    std::vector<event> waiting(count);
+    for (event &each : waiting)
+        each.due = delay(random);
+    std::vector<double> delays(count);
+    for (double &each : delays)
+        each = delay(random);
+    Events events(std::move(waiting));
+    for (auto _ : state) {
+        for (const double each : delays)
+            events.put_off(each);
+    }
+}
+
 template <class Tree>
 void live(growth::life &of)
 {
@@ -289,6 +370,9 @@ void add_rows(const size &of)
                           {{"GTree", walk<glib_tree>, of.walk_glib},
                            {"std::set", walk<standard_set>, 0},
                            {"boost avl_set", walk<boost_set>, 0}});
+    scoreboard::add_sized(
+        "T5", "events: take the first and put it off" + items, of.count, put_off<mova_events>,
+        {{"std::priority_queue", put_off<heap_of_events>, 0}, {"std::multiset", put_off<set_of_events>, 0}});
 }
 
 const bool registered = [] {
