@@ -33,15 +33,14 @@ static void forget_page(void *item)
     ((page *)item)->entry = NULL;
 }
 
-/* Returns where the page's body may be changed: a copy, which the cache writes back before it drops it. Holds until the next
+/* Returns where the page's body may be changed: in a copy, which the cache writes back before it drops it. Holds until the next
    call of the cache. */
 static void *change(cc_cache *cache, page *p)
 {
-    char old[BYTES];
-    memcpy(old, cc_get(cache, p->entry), BYTES); /* 1. copy the body, for the next call may move or drop it */
-    mb_handle block = cc_alloc(cache, BYTES);    /* 2. allocate */
-    memcpy(mb_get(cache->pool, block), old, BYTES);
-    cc_remove(cache, &p->entry); /* 3. remove, and insert with a block: that is dirty */
+    mb_handle block = cc_alloc(cache, BYTES); /* 1. allocate, and all addresses are dead */
+    const void *old = cc_get(cache, p->entry);
+    memcpy(mb_get(cache->pool, block), old, BYTES); /* 2. copy: asking for an address moves nothing */
+    cc_remove(cache, &p->entry);                    /* 3. remove, and insert with the block: that is dirty */
     p->entry = cc_insert(cache, p, block, page_size, read_page, write_page, forget_page);
     return mb_get(cache->pool, block);
 }

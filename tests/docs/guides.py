@@ -28,8 +28,8 @@ HEADING = re.compile(r"^#+ .*$", re.MULTILINE)
 NOTHING_WRONG = re.compile(rb"^mova: \d+ calls checked, 0 misuses; 0 containers and 0 blocks left\r?$", re.MULTILINE)
 
 page = pathlib.Path(sys.argv[1])
-built = pathlib.Path(sys.argv[2])
-mova_check = sys.argv[3] if len(sys.argv) > 3 else None
+built = pathlib.Path(sys.argv[2]).resolve()
+mova_check = pathlib.Path(sys.argv[3]).resolve() if len(sys.argv) > 3 else None
 root = page.resolve().parent.parent
 failed = False
 
