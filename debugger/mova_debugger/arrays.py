@@ -58,8 +58,8 @@ class Array(View):
             cells.append((f"{self.used} …", f"{spare} spare", "grey90"))
         drawing.row("data", cells)
         drawing.edge(name, "data", "data")
-        if self.is_ring and cells:
-            drawing.edge("data", "data", "ring")
+        if self.is_ring and self.used > 0:
+            drawing.edge(f"data:c{min(self.used, len(cells)) - 1}:s", "data:c0:s", "ring")
 
     is_ring = False
 

@@ -73,7 +73,7 @@ class Drawing:
         """Cells side by side, each with a heading, a text and a colour."""
         if not cells:
             return
-        above = "".join(f"<td>{escaped(heading)}</td>" for heading, _, _ in cells)
+        above = "".join(f'<td port="h{number}">{escaped(heading)}</td>' for number, (heading, _, _) in enumerate(cells))
         below = "".join(f'<td port="c{number}" bgcolor="{colour or "white"}">{escaped(text)}</td>'
                         for number, (_, text, colour) in enumerate(cells))
         self.html(name, f"<tr>{above}</tr><tr>{below}</tr>")

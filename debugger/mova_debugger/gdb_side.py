@@ -103,7 +103,7 @@ def view_of(value, family=None):
     if other and other[0] != name:
         raise gdb.GdbError(f"a {name} is no {family}")
     if family and not other:
-        raise gdb.GdbError(f"there is no family {family}; there are " + ", ".join(each for each in OTHER_NAMES if "_" in each))
+        raise gdb.GdbError(f"there is no family {family}; there are " + ", ".join(each for each in OTHER_NAMES if each.islower()))
     view = other[1] if other else VIEWS[name]
     return view(memory, record_of(memory, name, value)), None, None
 
@@ -265,7 +265,15 @@ def view_of_expression(expression, as_type=False):
     found = view_of(value, family if words and not is_type else None)
     if found[0] is None:
         raise gdb.GdbError(f"{words or expression} is no container of the library's, but of type {value.type}")
-    return (found[0], gdb.parse_and_eval(f"({family} *) 0").type.target(), found[2]) if is_type else found
+    return (found[0], type_named(family, found[0]), found[2]) if is_type else found
+
+
+def type_named(name, view):
+    type_ = gdb.parse_and_eval(f"({name} *) 0").type.target()
+    size = getattr(view.record, "element_size", None)
+    if size not in (None, type_.sizeof):
+        raise gdb.GdbError(f"an element has {size} bytes, a {name} {type_.sizeof}")
+    return type_
 
 
 def asked(work):

@@ -84,27 +84,28 @@ class HashTable(View):
             raise Broken(5, f"the key {self.memory.as_word(keys[slot])} in slot {slot} has its home in slot {home}, and slot "
                             f"{at} before it " + ("holds that key too" if keys[at] else "is empty"))
 
-    # ---- drawing: the slots, and from each key that is not at home the way that a search goes ----
+    # ---- drawing: above the homes, below the slots with the keys, and from each home the ways that searches go ----
 
     def draw(self, drawing):
         drawing.record(self.summary(), [(field, getattr(self.record, field)) for field in ("shift", "mask")])
         self.draw_slots(drawing)
 
     def draw_slots(self, drawing):
-        cells, ways = [], []
+        cells, homes = [], []
         keys = drawing.bounded(enumerate(self.keys())) if is_table_size(self.record.capacity) else ()
         try:
             for slot, key in keys:
                 text = f"{self.memory.as_word(key)}\n{self.value_in(slot)}" if key else ""
                 cells.append((str(slot), text, "" if key else "grey90"))
-                home = self.home_of(key)
-                if key and home != slot:
-                    ways.append((slot, home, (slot - home) & self.record.mask))
+                homes.append(self.home_of(key) if key else None)
         except Unreadable as fault:
             drawing.note(str(fault))
+        drawing.row("homes", [("home", str(slot), "") for slot in range(len(homes))])
         drawing.row("slots", cells)
-        for slot, home, far in ways:
-            drawing.edge(f"slots:c{home}", f"slots:c{slot}", f"home {home}, {far + 1} looks")
+        for slot, home in enumerate(homes):
+            if home is not None and home < len(homes):
+                looks = ((slot - home) & self.record.mask) + 1
+                drawing.edge(f"homes:c{home}:s", f"slots:h{slot}:n", f"{looks} looks" if looks > 1 else "")
 
 
 class PointerLookup(View):

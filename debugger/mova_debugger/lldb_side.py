@@ -91,6 +91,8 @@ def view_of(value):
     if typed:
         return view_of_owner(memory, value, type_, typed)
     name = type_.GetName().replace("struct ", "")
+    if type_.IsPointerType() and "mb_pool" in name and value.GetValueAsUnsigned():
+        return VIEWS["mb_pool"](memory, memory.record("mb_pool", value.GetValueAsUnsigned())), None, None
     if name not in VIEWS:
         return None, None, None
     record, view = OTHER_NAMES.get(declared.GetName(), (name, VIEWS[name]))
@@ -189,7 +191,9 @@ class Children:
         if isinstance(item, Element):
             return self.element(name, item)
         if isinstance(item, Pair):
-            return self.number(f"[{item.key.value}]", item.value.value, self.item or self.basic(lldb.eBasicTypeLongLong))
+            is_pointer = self.key and self.key.IsPointerType()
+            key = f"{item.key.value:#x}" if is_pointer else item.key.value
+            return self.number(f"[{key}]", item.value.value, self.item or self.basic(lldb.eBasicTypeLongLong))
         if isinstance(item, Word):
             return self.number(name, item.value, self.basic(lldb.eBasicTypeLongLong))
         if self.item and item.address and isinstance(item, Pointer):
@@ -234,8 +238,9 @@ class Children:
 def register(debugger, module):
     """`module` is what lldb knows the functions above by."""
     templates = "|".join(TYPED)
-    names = [f'"{name}"' for name in [*VIEWS, "DBLL_list", "ES_stack"]]
-    for name in names + [f'-x "^mova::({templates})(<.*>)?$"']:
-        debugger.HandleCommand(f"type summary add -p -e -w mova -F {module}.summary {name}")
-        debugger.HandleCommand(f"type synthetic add -p -w mova -l {module}.Children {name}")
+    for name in [*VIEWS, "DBLL_list", "ES_stack", f'-x "^mova::({templates})(<.*>)?$"']:
+        # A program does not know what a pool is: there is none behind a pointer that could be shown instead.
+        skip_pointers = "" if name == "mb_pool" else "-p"
+        debugger.HandleCommand(f"type summary add {skip_pointers} -e -w mova -F {module}.summary {name}")
+        debugger.HandleCommand(f"type synthetic add {skip_pointers} -w mova -l {module}.Children {name}")
     debugger.HandleCommand("type category enable mova")

@@ -51,9 +51,10 @@ INTERNAL_RECORDS = {
     "mova::gap_branches": "uint32 parent lower upper",
 }
 
-# The head of a pool, up to the roots of its gaps' trees. Of the arena and the table stand here the two words of an owner.
-POOL = ("pointer arena1 arena2 table1 table2 places blocks branches blocks_mask mask budget live_bytes live_blocks; "
-        "uint64 moves moved_bytes; uint32 last_handle rover")
+# The head of a pool, up to the index of its gaps. Of the arena and the table stand here the two words of an owner; with
+# `record` a record inside begins that has a number of 64 bits.
+POOL = ("pointer arena1 arena2 table1 table2 places blocks branches blocks_mask mask; record; pointer budget live_bytes "
+        "live_blocks; uint64 moves moved_bytes; uint32 last_handle rover")
 
 SIZES = {"int16": 2, "uint16": 2, "int32": 4, "uint32": 4, "uint8": 1, "uint64": 8}
 
@@ -69,6 +70,8 @@ class Layout:
         self.fields, offset, largest = [], 0, 1
         for part in declaration.split(";"):
             kind, *names = part.split()
+            if kind == "record":
+                offset = aligned(offset, wide_alignment)
             size = SIZES.get(kind, word_size)
             alignment = wide_alignment if size == 8 and word_size == 4 else size
             for name in names:

@@ -8,6 +8,10 @@ from mova_debugger.memory import Unreadable
 from mova_debugger.views import MOST_COUNTED, Broken, Chain, Fields, Pointer, View, counted, damaged
 
 
+def balance_text(node):
+    return f"balance {node.balance:+}" if node.balance else "balance 0"
+
+
 class BalancedTree(View):
     title = "balanced tree"
     invariants = 5
@@ -141,7 +145,7 @@ class BalancedTree(View):
             met.add(at)
             node = drawing.read(self.memory, "GT_tree_item", at)
             if node:
-                drawing.box(f"n{at:x}", f"{self.memory.named(node.item)}\nbalance {node.balance:+}")
+                drawing.box(f"n{at:x}", f"{self.memory.named(node.item)}\n{balance_text(node)}")
                 for side in ("left", "right"):
                     drawing.link(f"n{at:x}", getattr(node, side), side)
                 drawing.link(f"n{at:x}", node.next, "next", style="dashed", color="grey", constraint="false")
@@ -163,7 +167,7 @@ class TreeNode(Fields):
     shown = ("item", "left", "right", "prev", "next")
 
     def summary(self):
-        return f"{self.title}, balance {self.record.balance:+}" if self.record.balance else f"{self.title}, balance 0"
+        return f"{self.title}, {balance_text(self.record)}"
 
 
 class TreeIterator(Fields):

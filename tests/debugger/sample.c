@@ -14,7 +14,7 @@ typedef struct job {
     int number;
 } job;
 
-job jobs[] = {{NULL, NULL, 7}, {NULL, NULL, 8}, {NULL, NULL, 9}};
+job first_job = {NULL, NULL, 7}, second_job = {NULL, NULL, 8}, third_job = {NULL, NULL, 9};
 
 /* ---- lists ---- */
 
@@ -64,11 +64,11 @@ static void make_element_lists(void)
 static void make_simple_lists(void)
 {
     simple_list = SL_create();
-    SL_append_after_last(simple_list, &jobs[0]);
+    SL_append_after_last(simple_list, &first_job);
     simple_ring = SL_create();
     SL_set_closed(simple_ring);
-    SL_append_after_last(simple_ring, &jobs[1]);
-    SL_append_after_last(simple_ring, &jobs[2]);
+    SL_append_after_last(simple_ring, &second_job);
+    SL_append_after_last(simple_ring, &third_job);
     simple_walk = SL_all_items(simple_list);
 }
 
@@ -153,8 +153,8 @@ static void make_hash_tables(void)
 
 /* ---- the cache and its pool ---- */
 
-mb_pool *pool;
-cc_cache *cache;
+mb_pool *movable_blocks;
+cc_cache *swap_cache;
 
 static uint32_t size_of(void *item)
 {
@@ -180,15 +180,15 @@ static void written(void *item, void *block)
 static void make_cache(void)
 {
     mb_handle taken, dirty;
-    pool = mb_create_pool(1024);
-    cache = cc_create(pool);
-    taken = cc_alloc(cache, 64);
-    dirty = cc_alloc(cache, 100);
-    memset(mb_get(pool, dirty), 0, 100);
-    cc_insert(cache, &numbers[0], 0, size_of, fill, written, told);
-    cc_insert(cache, &numbers[1], dirty, size_of, fill, written, told);
-    cc_get(cache, cc_insert(cache, &numbers[2], 0, size_of, fill, written, told));
-    cc_free(cache, &taken);
+    movable_blocks = mb_create_pool(1024);
+    swap_cache = cc_create(movable_blocks);
+    taken = cc_alloc(swap_cache, 64);
+    dirty = cc_alloc(swap_cache, 100);
+    memset(mb_get(movable_blocks, dirty), 0, 100);
+    cc_insert(swap_cache, &numbers[0], 0, size_of, fill, written, told);
+    cc_insert(swap_cache, &numbers[1], dirty, size_of, fill, written, told);
+    cc_get(swap_cache, cc_insert(swap_cache, &numbers[2], 0, size_of, fill, written, told));
+    cc_free(swap_cache, &taken);
 }
 
 /* ---- the colour table ---- */

@@ -13,7 +13,7 @@ struct point {
 };
 
 struct task {
-    int number;
+    int64_t number;
     mova::links waiting;
 };
 
@@ -32,8 +32,8 @@ struct visit {
 };
 
 point points[] = {{3, 1}, {1, 2}, {2, 3}};
-task tasks[] = {{1, {}}, {2, {}}};
-tile tiles[] = {{64}, {32}};
+task first_task = {1, {}}, second_task = {2, {}};
+tile large_tile = {64}, small_tile = {32};
 
 /* They outlive main: a debugger looks at them, and nobody releases them. */
 struct containers {
@@ -78,9 +78,9 @@ void make_typed(void)
         typed->lookup.add(&each, each.x);
         typed->keyed.insert({each.x, each.y});
     }
-    for (task &each : tasks)
-        typed->queue.append(each);
-    for (tile &each : tiles)
-        typed->cache.insert(each);
+    typed->queue.append(first_task);
+    typed->queue.append(second_task);
+    typed->cache.insert(large_tile);
+    typed->cache.insert(small_tile);
     typed->cache.body(typed->cache.begin());
 }

@@ -1,0 +1,16 @@
+# SPDX-License-Identifier: MIT
+# Runs inside lldb: the commands of a file, each with what it prints below it.
+import os
+
+import lldb
+
+
+def __lldb_init_module(debugger, _):
+    print("==== begin")
+    with open(os.environ["MOVA_COMMANDS"], encoding="utf-8") as commands:
+        for command in commands.read().splitlines():
+            print("> " + command)
+            said = lldb.SBCommandReturnObject()
+            debugger.GetCommandInterpreter().HandleCommand(command, said)
+            print((said.GetOutput() or "") + (said.GetError() or ""))
+    print("==== end")
