@@ -302,6 +302,12 @@ TEST_P(Store, GrowsWithEachRun)
     expect_refusal({url_, "--verify", "--stations", "20", "--confirmed", "60"}, ".*: body 11 is older .*");
 }
 
+TEST_P(Store, HoldsTheLastOfSeveralChangesInABatch)
+{
+    EXPECT_EQ(0, run({url_, "--stations", "2", "--rounds", "4", "--batch", "100", "--reads", "0"}).code);
+    expect_verified(url_, 2, 8);
+}
+
 TEST_P(Store, Measures)
 {
     EXPECT_EQ(0, run({url_, "--stations", "50", "--reads", "0"}).code);
