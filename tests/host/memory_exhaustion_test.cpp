@@ -81,6 +81,9 @@ TEST_F(MemoryExhaustion, ASizeBeyondAllAddressesIsReported)
         void *block = &reports;
         EXPECT_EQ(line_of([&] { block = MM_alloc_item(size); }), MOVA_MEMORY_SIZE_TOO_LARGE);
         EXPECT_EQ(block, nullptr);
+        block = &reports;
+        EXPECT_EQ(line_of([&] { block = mova_memory_aligned(64, size - 64); }), MOVA_MEMORY_SIZE_TOO_LARGE);
+        EXPECT_EQ(block, nullptr);
     }
 }
 

@@ -318,8 +318,10 @@ def listed():
 def chosen(given, expected):
     mutants = [mutant for room in given.rooms for mutant in mutants_in(room) if (given.file or "") in mutant.file]
     if given.sample:
-        # What is known to live, and headers, of which many objects are made, would take their time for little.
-        mutants = [mutant for mutant in mutants if mutant.file.endswith(".cpp") and mutant.entry not in expected]
+        # What is known to live, and headers, of which many objects are made, would take their time for little. Those that are
+        # named are tried.
+        mutants = [mutant for mutant in mutants
+                   if (given.file or mutant.file.endswith(".cpp")) and mutant.entry not in expected]
         # By what they are, not by their numbers: so an edit elsewhere leaves the sample as it is.
         mutants = sorted(mutants, key=lambda mutant: hashlib.sha256(f"{given.seed} {mutant.entry}".encode()).digest())
         mutants = mutants[:given.sample]
