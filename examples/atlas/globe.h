@@ -86,10 +86,15 @@ Columns columns_between(const Side &side, int top, int bottom)
    projection is cut, and beyond that 180° at most. */
 Angle mercator(Angle latitude);
 
+constexpr bool is_mercator(Size map)
+{
+    return map.width == map.height;
+}
+
 /* Returns how far a latitude lies below the upper edge of the map, whose height is globe / 2. */
 inline std::int64_t below_edge(Angle latitude, Size map)
 {
-    return globe / 4 - (map.width == map.height ? mercator(latitude) : latitude);
+    return globe / 4 - (is_mercator(map) ? mercator(latitude) : latitude);
 }
 
 /* Returns where a point lies on the map, or above or below it, rounded to the left and upwards to a grid of so many lines a

@@ -8,8 +8,15 @@
 
 namespace atlas {
 
-/* A map about as wide as this has cells of one pixel, one n times as wide has cells of n pixels. */
-constexpr int width_per_cell_pixel = 4096;
+/* A map about as wide as this has cells of one pixel, one n times as wide has cells of n pixels. A picture is looked at as a whole:
+   on a large one names are large. Of a pyramid's level a part is seen: there is room for more names. */
+constexpr int width_per_cell_pixel = 4096, width_per_cell_pixel_in_parts = 32768;
+
+static int cell_of(Size map)
+{
+    const int width = is_mercator(map) ? width_per_cell_pixel_in_parts : width_per_cell_pixel;
+    return std::max(1, (map.width + width / 2) / width);
+}
 
 /* A polygon whose sides cross more rows of cells than this is too intricate for a name; and all that are tried may cross so
    many together. The largest countries are tried first. */
@@ -250,8 +257,7 @@ void Labels::remove_collisions()
     }
 }
 
-Labels::Labels(const Topology &topology, Size map, const Progress &progress)
-    : grid_{map, std::max(1, (map.width + width_per_cell_pixel / 2) / width_per_cell_pixel)}
+Labels::Labels(const Topology &topology, Size map, const Progress &progress) : grid_{map, cell_of(map)}
 {
     std::size_t done = 0;
     std::int64_t crossings_left = all_crossings;

@@ -149,6 +149,17 @@ TEST(Labels, AreDrawnTwiceAsLargeOnAMapThatIsTwiceAsWide)
     EXPECT_EQ(4 * pixels(3072), pixels(6144));
 }
 
+/* A page shows a part of it. */
+TEST(Labels, AreMoreOnALargerLevelOfAPyramid)
+{
+    const Topology topology = decode(shipped_world("110m"));
+    const auto count = [&](Size map) { return labels_in(Labels(topology, map, no_progress)).size(); };
+    const std::size_t small = count({512, 512}), middle = count({2048, 2048}), large = count({16384, 16384});
+    EXPECT_LT(2 * small, middle);
+    EXPECT_LT(middle, large);
+    EXPECT_LT(count({16384, 8192}), large);
+}
+
 TEST(Labels, AreWrappedWhereOneLineDoesNotFit)
 {
     EXPECT_EQ(Texts{"ONE TWO"}, texts_of({{"One two", 0, 0, 43, 9}}));
