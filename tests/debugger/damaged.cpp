@@ -3,12 +3,13 @@
    at such damage, it says the same number, or the program ends. */
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include <mova/arrays/internal/invariants.h>
 #include <mova/cache/internal/invariants.h>
 #include <mova/container.h>
 #include <mova/hash/internal/invariants.h>
-#include <mova/host/memory_blocks.h>
+#include <mova/host/internal/invariants.h>
 #include <mova/lists/internal/invariants.h>
 #include <mova/tree/internal/invariants.h>
 
@@ -53,6 +54,7 @@ struct damaged_containers {
     HSH_table *hash_size_1, *hash_mask_2, *hash_shift_2, *hash_mark_3, *hash_count_4, *hash_home_5, *hash_twice_5,
         *hash_wild_4;
     mova_lookup *lookup_shift_1, *lookup_table_4;
+    mb_pool *pool_handle_1, *pool_address_2, *pool_blocks_3, *pool_list_4, *pool_rover_5;
     cc_cache *cache_prev_1, *cache_end_2, *cache_status_3, *cache_handle_4, *cache_wild_1;
 } broken;
 
@@ -232,6 +234,53 @@ void check_tables()
     expect(4, mova::broken_invariant(*broken.lookup_table_4), "lookup_table");
 }
 
+/* ---- pools: what is opaque to programs is the class that they are made of ---- */
+
+constexpr mb_handle none_such = 40;
+
+mova::block_pool &inside(mb_pool *pool)
+{
+    return *reinterpret_cast<mova::block_pool *>(pool);
+}
+
+/* A record that may be written to. */
+template <class Record>
+Record &opened(const Record &record)
+{
+    return const_cast<Record &>(record);
+}
+
+/* Blocks 1, 3 and 5 of 16 bytes, with a gap of 32 after the first and the second. */
+mb_pool *with_gaps()
+{
+    mb_pool *pool = mb_create_pool(256);
+    for (const size_t size : {16u, 32u, 16u, 32u, 16u})
+        static_cast<void>(mb_alloc(pool, size));
+    for (mb_handle freed : {mb_handle{2}, mb_handle{4}})
+        mb_free(pool, &freed);
+    return pool;
+}
+
+void damage_pools()
+{
+    opened(std::as_const(inside(broken.pool_handle_1 = with_gaps())).place_of(1)).handle = 3;
+    opened(std::as_const(inside(broken.pool_address_2 = with_gaps())).place_of(3)).address += 16;
+    ++opened(inside(broken.pool_blocks_3 = with_gaps()).statistics()).live_blocks;
+    opened(std::as_const(inside(broken.pool_list_4 = with_gaps())).block_of(3)).links.next = none_such;
+    /* The rover follows the statistics and the handle that was given last. */
+    const mb_statistics *statistics = &inside(broken.pool_rover_5 = with_gaps()).statistics();
+    reinterpret_cast<mb_handle *>(const_cast<mb_statistics *>(statistics + 1))[1] = none_such;
+}
+
+void check_pools()
+{
+    expect(1, mova::broken_invariant(inside(broken.pool_handle_1)), "pool_handle");
+    expect(2, mova::broken_invariant(inside(broken.pool_address_2)), "pool_address");
+    expect(3, mova::broken_invariant(inside(broken.pool_blocks_3)), "pool_blocks");
+    expect(4, mova::broken_invariant(inside(broken.pool_list_4)), "pool_list");
+    expect(5, mova::broken_invariant(inside(broken.pool_rover_5)), "pool_rover");
+}
+
 /* ---- caches ---- */
 
 uint32_t size_of(void *)
@@ -278,6 +327,8 @@ void make_damaged(void)
     check_trees();
     damage_tables();
     check_tables();
+    damage_pools();
+    check_pools();
     damage_caches();
     check_caches();
 }

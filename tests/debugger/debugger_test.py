@@ -52,7 +52,9 @@ def main():
     finally:
         os.remove(commands_file)
     _, _, printed = ran.stdout.partition("==== begin\n")
-    said = [line for line in without_addresses(printed.partition("==== end\n")[0]).splitlines() if line]
+    printed = without_addresses(printed.partition("==== end\n")[0])
+    # lldb adds advice, which begins so.
+    said = [line for line in printed.splitlines() if line and not line.startswith("***")]
     faults = check_numbers(said)
     difference = list(difflib.unified_diff(expected, said, "expected", "said", lineterm=""))
     if difference or faults or not expected:

@@ -14,6 +14,7 @@ DRAWINGS = {
     "pointer_list": (5, 8, ["pointer list, 4 items", "[0] 0x# <numbers>", "next", "prev", "first", "last"]),
     "empty_list": (1, 0, ["pointer list, empty"]),
     "element_ring": (5, 10, ["element ring, 4 elements of 4 bytes", "[0] 20", "[3] 10"]),
+    "long_list": (204, 401, ["only the first 200 are drawn"]),
     "block_ring": (2, 2, ["9 spare", "ring", "data"]),
     "id_table as id_lookup_table": (2, 1, ["id table, ids up to 3, reuse allowed", "0x# <numbers+8>"]),
     "balanced_tree": (9, 15, ["balance -1", "balance 0", "balance +1", "left", "right", "root", "current", "cursor"]),

@@ -20,7 +20,7 @@ job first_job = {NULL, NULL, 7}, second_job = {NULL, NULL, 8}, third_job = {NULL
 
 GL_list *pointer_list, *empty_list;
 GL_iterator pointer_walk;
-EL_list *element_list, *element_ring, *wide_list;
+EL_list *element_list, *element_ring, *wide_list, *long_list;
 EL_iterator element_walk;
 DBLL_list *double_list;
 ES_stack *stack;
@@ -45,6 +45,9 @@ static void make_element_lists(void)
     const char text[] = "twenty-one bytes long";
     element_list = EL_create(sizeof numbers[0]);
     element_ring = EL_create(sizeof numbers[0]);
+    long_list = EL_create(sizeof numbers[0]);
+    for (int i = 0; i < 1500; ++i)
+        EL_append_after_last(long_list, &i);
     EL_set_closed(element_ring);
     wide_list = EL_create(21);
     EL_append_after_last(wide_list, (void *)text);
