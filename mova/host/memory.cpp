@@ -319,11 +319,13 @@ void *MM_realloc_item(void *item, size_t old_size, size_t new_size)
         report_exhaustion(MOVA_MEMORY_SIZE_TOO_LARGE);
         return nullptr;
     }
-    const unsigned from = class_of(old_size), to = class_of(new_size);
-    if (own_blocks && from == to)
-        return item;
-    if (own_blocks && is_large(std::min(from, to)))
-        return resize(item, from, to);
+    if (own_blocks) {
+        const unsigned from = class_of(old_size), to = class_of(new_size);
+        if (from == to)
+            return item;
+        if (is_large(std::min(from, to)))
+            return resize(item, from, to);
+    }
     void *moved = MM_alloc_item(new_size);
     if (moved) {
         std::memcpy(moved, item, std::min(old_size, new_size));
@@ -334,9 +336,9 @@ void *MM_realloc_item(void *item, size_t old_size, size_t new_size)
 
 void *mova_memory_zeroed(size_t size)
 {
-    const auto [block, fresh] =
+    const spare_mappings::taken block =
         size > run_limit ? take_or_report(size) : spare_mappings::taken{MM_alloc_item(size), false};
-    return block && !fresh ? std::memset(block, 0, size) : block;
+    return block.start && !block.fresh ? std::memset(block.start, 0, size) : block.start;
 }
 
 void *mova_memory_aligned(size_t alignment, size_t size)
