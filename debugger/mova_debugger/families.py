@@ -70,6 +70,8 @@ TYPED = {
 
 def describe(view):
     """What `mova check` says."""
+    if not view.invariants:
+        return f"{view.title}: there is no invariant to look at"
     try:
         view.check()
     except Broken as broken:
