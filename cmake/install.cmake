@@ -45,6 +45,29 @@ endif()
 install(FILES ${PROJECT_SOURCE_DIR}/debugger/auto_load.py DESTINATION "${data_directory}/gdb/auto-load${libraries_from_root}"
     RENAME libmova_container.so.${PROJECT_VERSION}-gdb.py)
 
+# ---- the manual: a page for each C function, from the headers' own comments ----
+
+if(MOVA_BUILD_MANUAL)
+    foreach(tool doxygen python3)
+        find_program(MOVA_${tool} ${tool})
+        if(NOT MOVA_${tool})
+            message(FATAL_ERROR "MOVA_BUILD_MANUAL needs ${tool}")
+        endif()
+    endforeach()
+    set(manual ${PROJECT_BINARY_DIR}/manual)
+    list(TRANSFORM container_headers PREPEND ${PROJECT_SOURCE_DIR}/mova/ OUTPUT_VARIABLE described)
+    list(TRANSFORM host_headers PREPEND ${PROJECT_SOURCE_DIR}/mova/ OUTPUT_VARIABLE host_described)
+    file(GLOB manual_scripts ${PROJECT_SOURCE_DIR}/docs/site/*.py ${PROJECT_SOURCE_DIR}/docs/site/Doxyfile)
+    set(manual_script ${PROJECT_SOURCE_DIR}/docs/site/manual.sh)
+    add_custom_command(OUTPUT ${manual}.made
+        COMMAND ${manual_script} ${PROJECT_SOURCE_DIR} ${manual} ${PROJECT_VERSION}
+        COMMAND ${CMAKE_COMMAND} -E touch ${manual}.made
+        DEPENDS ${described} ${host_described} ${manual_scripts} ${manual_script}
+        COMMENT "The manual" VERBATIM)
+    add_custom_target(mova_manual ALL DEPENDS ${manual}.made)
+    install(DIRECTORY ${manual}/man3 DESTINATION ${CMAKE_INSTALL_MANDIR})
+endif()
+
 # ---- the CMake package ----
 
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/mova)

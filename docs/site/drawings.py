@@ -72,7 +72,8 @@ class Drawing:
             return f"M{left} {level}h{WIDTH - 1}m-5 -4l5 4l-5 4"
         if character == "v" and self.joins_up(row, column):
             return f"M{middle} {top}v{HEIGHT - 2}m-4 -5l4 5l4 -5"
-        if character == "^" and (self.joins_down(row, column) or self.is_level(row, column - 1)):
+        if character == "^" and (self.joins_down(row, column) or self.is_level(row, column - 1)
+                                 or self.at(row - 1, column) in "-+"):
             side = f"M{left} {level}H{middle}" if self.is_level(row, column - 1) else f"M{middle} {top + HEIGHT}"
             return f"{side}V{top + 1}m-4 5l4 -5l4 5"
         if self.is_slope(row, column):

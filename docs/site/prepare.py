@@ -219,9 +219,12 @@ class Header:
         self.out = [done[:len(done) - len(begun)] + line[:blank] + mark + " " + line[blank:]]
 
     def section(self, text):
-        title, _, note = text.partition(": ")
-        title, _, more = title.partition("\n")
-        note = " ".join((note.replace("----", "") + " " + more).split())
+        first, _, more = text.partition("\n")
+        title, _, note = first.partition(": ")
+        note, more = note.replace("----", "").strip(), more.replace("----", "").strip()
+        note = " ".join((note.rstrip(".") + ". " + more if note and more else note + more).split())
+        # What is said of each is said with each.
+        note = re.sub(r"^each (constructor )?", "", note).replace("none of these allocates", "allocates nothing")
         note = (note[0].upper() + note[1:]) if note else ""
         if note and not note.endswith("."):
             note += "."

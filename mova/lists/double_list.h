@@ -47,8 +47,10 @@ int32_t DBLL_size_inbetween(const DBLL_list *list, EL_node *from, EL_node *to) _
 /* Returns 1 when the list holds no value, else 0. It looks at the ends, not at the count. */
 int DBLL_is_empty(const DBLL_list *list) __attribute__((nonnull(1)));
 
-/* Makes the list a ring, or open. */
+/* Makes the list a ring. */
 void DBLL_set_closed(DBLL_list *list) __attribute__((nonnull(1)));
+
+/* Makes the list open. */
 void DBLL_reset_closed(DBLL_list *list) __attribute__((nonnull(1)));
 
 /* Returns 16 for each value, modulo 2^32: what the values and their links occupied on the 32-bit machine. It checks nothing. */
@@ -59,13 +61,17 @@ int32_t DBLL_check(const DBLL_list *list) __attribute__((nonnull(1)));
 /* Adds a value at the back. Returns its position. */
 EL_node *DBLL_add_double(DBLL_list *list, double value) __attribute__((nonnull(1)));
 
-/* Adds a value before, or after, `position`. Returns its position. */
+/* Adds a value before `position`. Returns its position. */
 EL_node *DBLL_insert_before(DBLL_list *list, EL_node *position, double value) __attribute__((nonnull(1)));
+
+/* Adds a value after `position`. Returns its position. */
 EL_node *DBLL_insert_after(DBLL_list *list, EL_node *position, double value) __attribute__((nonnull(1)));
 
-/* Adds a value before, or after, the one with this index, counted from 0, and returns its position. Where there is none,
-   inserts nothing and returns null. Linear in the index. */
+/* Adds a value before the one with this index, counted from 0, and returns its position. Where there is none, inserts
+   nothing and returns null. Linear in the index. */
 EL_node *DBLL_insert_before_index(DBLL_list *list, int32_t index, double value) __attribute__((nonnull(1)));
+
+/* As DBLL_insert_before_index, but adds the value after the one with this index. */
 EL_node *DBLL_insert_after_index(DBLL_list *list, int32_t index, double value) __attribute__((nonnull(1)));
 
 /* Inserts `value` into an ascending list, unless a value lies within `tolerance` of it, the tolerance included.
@@ -96,12 +102,16 @@ void DBLL_replace_doubles_inbetween(DBLL_list *list, EL_node *from, EL_node *to,
 
 /* ---- values ---- */
 
-/* Return the first and the last value, 0.0 of an empty list. */
+/* Returns the first value, 0.0 of an empty list. */
 double DBLL_begin_value(const DBLL_list *list) __attribute__((nonnull(1)));
+
+/* Returns the last value, 0.0 of an empty list. */
 double DBLL_end_value(const DBLL_list *list) __attribute__((nonnull(1)));
 
-/* Set the first and the last value. They do nothing on an empty list. */
+/* Sets the first value. Does nothing on an empty list. */
 void DBLL_set_begin_value(DBLL_list *list, double value) __attribute__((nonnull(1)));
+
+/* Sets the last value. Does nothing on an empty list. */
 void DBLL_set_end_value(DBLL_list *list, double value) __attribute__((nonnull(1)));
 
 /* Adds `offset` to every value. Linear. */
@@ -121,21 +131,34 @@ void DBLL_sort(DBLL_list *list) __attribute__((nonnull(1)));
 
 /* ---- positions, copies, rings ---- */
 
-/* As EL_advance, EL_reverse, EL_total_copy, EL_total_copy_inbetween and EL_roll, which tell what a failure leaves. */
+/* As EL_advance. */
 EL_node *DBLL_advance(const DBLL_list *list, EL_node *position, int32_t steps);
+
+/* As EL_reverse. */
 void DBLL_reverse(DBLL_list *list) __attribute__((nonnull(1)));
+
+/* As EL_total_copy, which tells what a failure leaves. */
 DBLL_list *DBLL_copy(DBLL_list *list) __attribute__((nonnull(1), warn_unused_result));
+
+/* As EL_total_copy_inbetween, which tells what a failure leaves. */
 DBLL_list *DBLL_copy_inbetween(DBLL_list *list, EL_node *from, EL_node *to)
     __attribute__((nonnull(1), warn_unused_result));
+
+/* As EL_roll, which tells what it raises. */
 void DBLL_roll(DBLL_list *list, EL_node *position) __attribute__((nonnull(1, 2)));
 
 /* ---- iteration: none of these allocates ---- */
 
-/* Return iterators over all values, or over those from `from` to `to`, both inclusive: along `next`, or along
-   `prev`. */
+/* Returns an iterator over all values, first to last. */
 EL_iterator DBLL_all_doubles(const DBLL_list *list) __attribute__((nonnull(1)));
+
+/* Returns an iterator over all values, last to first. */
 EL_iterator DBLL_all_doubles_reversed(const DBLL_list *list) __attribute__((nonnull(1)));
+
+/* Returns an iterator over the values from `from` along `next` to `to`, both inclusive. */
 EL_iterator DBLL_all_doubles_inbetween(const DBLL_list *list, EL_node *from, EL_node *to) __attribute__((nonnull(1)));
+
+/* Returns an iterator over the values from `from` along `prev` to `to`, both inclusive. */
 EL_iterator DBLL_all_doubles_inbetween_reversed(const DBLL_list *list, EL_node *from, EL_node *to)
     __attribute__((nonnull(1)));
 

@@ -148,9 +148,11 @@ EL_node *EL_insert_before(EL_list *list, EL_node *position, const void *element)
 /* Adds an element after `position`. After the last it becomes the last. */
 EL_node *EL_insert_after(EL_list *list, EL_node *position, const void *element) __attribute__((nonnull(1)));
 
-/* Adds an element before, or after, the element with this index, counted from 0. Where there is none, inserts
-   nothing and returns null. Linear in the index. */
+/* Adds an element before the element with this index, counted from 0. Where there is none, inserts nothing and returns null.
+   Linear in the index. */
 EL_node *EL_insert_before_index(EL_list *list, int32_t index, const void *element) __attribute__((nonnull(1)));
+
+/* As EL_insert_before_index, but adds the element after the one with this index. */
 EL_node *EL_insert_after_index(EL_list *list, int32_t index, const void *element) __attribute__((nonnull(1)));
 
 /* ---- positions and indices ---- */

@@ -157,9 +157,11 @@ void SL_insert_before(SL_list *list, void *position, void *item) __attribute__((
 /* Links `item` after `position`. After the last it becomes the last. */
 void SL_insert_after(SL_list *list, void *position, void *item) __attribute__((nonnull(1, 3)));
 
-/* Links `item` before, or after, the item with this index, counted from 0, and returns 1. Where there is none,
-   changes nothing and returns 0. Linear in the index. */
+/* Links `item` before the item with this index, counted from 0, and returns 1. Where there is none, changes nothing and
+   returns 0. Linear in the index. */
 int SL_insert_before_index(SL_list *list, int32_t index, void *item) __attribute__((nonnull(1)));
+
+/* As SL_insert_before_index, but links `item` after the item with this index. */
 int SL_insert_after_index(SL_list *list, int32_t index, void *item) __attribute__((nonnull(1)));
 
 /* Links `item` at the back unless it is on the list already. Requires an open list: the search ends only at a null

@@ -215,26 +215,37 @@ void GT_free_node(GT_tree_item *node);
    An iterator frees itself when a step returns 0, and only then: who leaves the loop before, by a break or a return, ends it
    with GT_end_iterator. Else it stays in the tree's list, and every later edit looks at it. */
 
-/* Start at the first item: deliver every item, those that `condition` accepts, or all up to the first that it
-   rejects. GT_all_items leaves the iterator's `condition` unset. */
+/* Returns an iterator over all items, from the first on. Its `condition` is left unset. */
 GT_tree_iter *GT_all_items(GT_tree *t) __attribute__((nonnull(1), warn_unused_result));
+
+/* Returns an iterator over the items that `condition` accepts, from the first on. */
 GT_tree_iter *GT_all_items_conditional(GT_tree *t, GT_condition condition)
     __attribute__((nonnull(1), warn_unused_result));
+
+/* Returns an iterator over all items from the first on, up to the first that `condition` rejects. */
 GT_tree_iter *GT_all_items_while_conditioned(GT_tree *t, GT_condition condition)
     __attribute__((nonnull(1), warn_unused_result));
 
-/* The same three, from the item that `iterator` has delivered last. `iterator` is not changed. If its current item is
-   none, or was removed, the new one is exhausted. GT_from_current copies the `condition`, and does not ask it. */
+/* Returns an iterator over all items, from the one on that `iterator` has delivered last. `iterator` is not changed. If its
+   current item is none, or was removed, the new one is exhausted. Copies the `condition`, and does not ask it. */
 GT_tree_iter *GT_from_current(GT_tree_iter *iterator) __attribute__((nonnull(1), warn_unused_result));
+
+/* As GT_from_current, but returns an iterator over the items that `condition` accepts. */
 GT_tree_iter *GT_from_current_conditional(GT_tree_iter *iterator, GT_condition condition)
     __attribute__((nonnull(1), warn_unused_result));
+
+/* As GT_from_current, but returns an iterator over all items up to the first that `condition` rejects. */
 GT_tree_iter *GT_from_current_while_conditioned(GT_tree_iter *iterator, GT_condition condition)
     __attribute__((nonnull(1), warn_unused_result));
 
-/* The same three, from the item at which `iterator` would look next. */
+/* As GT_from_current, but returns an iterator from the item on at which `iterator` would look next. */
 GT_tree_iter *GT_from_next(GT_tree_iter *iterator) __attribute__((nonnull(1), warn_unused_result));
+
+/* As GT_from_next, but returns an iterator over the items that `condition` accepts. */
 GT_tree_iter *GT_from_next_conditional(GT_tree_iter *iterator, GT_condition condition)
     __attribute__((nonnull(1), warn_unused_result));
+
+/* As GT_from_next, but returns an iterator over all items up to the first that `condition` rejects. */
 GT_tree_iter *GT_from_next_while_conditioned(GT_tree_iter *iterator, GT_condition condition)
     __attribute__((nonnull(1), warn_unused_result));
 

@@ -68,6 +68,24 @@ function(check_libraries)
     endforeach()
 endfunction()
 
+# Every function that a library exports has a page of the manual.
+function(check_manual)
+    foreach(library container host)
+        execute_process(COMMAND nm -D --defined-only ${prefix}/${LIBDIR}/libmova_${library}.so OUTPUT_VARIABLE symbols
+            COMMAND_ERROR_IS_FATAL ANY)
+        string(REGEX MATCHALL " T [A-Za-z][A-Za-z0-9_]+" symbols "${symbols}")
+        list(TRANSFORM symbols REPLACE " T " "")
+        list(LENGTH symbols count)
+        foreach(symbol IN LISTS symbols)
+            if(NOT EXISTS ${prefix}/share/man/man3/${symbol}.3.gz)
+                message(SEND_ERROR "no page of the manual: ${symbol}")
+            endif()
+        endforeach()
+        message(STATUS "${count} functions of ${library} are in the manual")
+    endforeach()
+    run(man -M ${prefix}/share/man GL_append_after_last)
+endfunction()
+
 # Meson finds what is installed by itself.
 function(use_with_meson)
     set(project ${DIRECTORY}/meson)
@@ -79,6 +97,7 @@ endfunction()
 packages_in(packages ${PACKAGES})
 dpkg(--install ${packages})
 check_libraries()
+check_manual()
 use_installed()
 use_with_meson()
 
