@@ -6,6 +6,7 @@ python3 prepare.py SOURCE DIRECTORY   writes DIRECTORY/mova/… and DIRECTORY/*.
 python3 prepare.py --headers SOURCE DIRECTORY   the headers of the C functions alone, for the manual
 """
 import collections
+import glob
 import html
 import os
 import re
@@ -224,14 +225,16 @@ class Header:
         note, more = note.replace("----", "").strip(), more.replace("----", "").strip()
         note = " ".join((note.rstrip(".") + ". " + more if note and more else note + more).split())
         # What is said of each is said with each.
-        note = re.sub(r"^each (constructor )?", "", note).replace("none of these allocates", "allocates nothing")
+        if self.in_c:
+            note = re.sub(r"^each (constructor )?", "", note).replace("none of these allocates", "allocates nothing")
         note = (note[0].upper() + note[1:]) if note else ""
         if note and not note.endswith("."):
             note += "."
         self.close_sections(len(self.scopes))
         self.sections.append((len(self.scopes), note))
         name = title[0].upper() + title[1:]
-        self.add(f"/** @name {escaped(name)} */\n/** @{{ */\n")
+        told = f"\n\n{escaped(note)}\n" if note and not self.in_c else ""
+        self.add(f"/** @name {escaped(name)}{told} */\n/** @{{ */\n")
         self.shared = None
 
     def close_sections(self, depth):
@@ -366,6 +369,7 @@ def prepare_headers(source, directory, c_alone):
 
 def guides(source):
     yield from (name for name in ("README.md", "CONTRIBUTING.md", "CHANGELOG.md", "SECURITY.md"))
+    yield from sorted(glob.glob("examples/**/README.md", root_dir=source, recursive=True))
     yield from sorted(os.path.join("docs", name) for name in os.listdir(os.path.join(source, "docs")) if name.endswith(".md"))
 
 
@@ -427,7 +431,7 @@ class Guide:
 def prepare_guides(source, directory):
     files = set()
     for path in guides(source):
-        target = os.path.join(directory, os.path.basename(path))
+        target = os.path.join(directory, path if path == "README.md" else page_of(path) + ".md")
         with open(target, "w", encoding="utf-8") as file:
             file.write("\n".join(Guide(source, path, files).out))
     for path in files:

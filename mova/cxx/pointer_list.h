@@ -87,7 +87,7 @@ public:
         link_last(*get(), node, false);
         return position(node);
     }
-    /* Not an empty list. */
+    /* Adds a null pointer at the back: not an empty list. */
     position append(std::nullptr_t) { return append(item(nullptr)); }
     /* Adds the item at the front. */
     position prepend(item added) { return put(GL_insert_before_first(get(), word(raw(added))), added); }

@@ -17,7 +17,7 @@ function(expect code expression)
     endif()
 endfunction()
 
-foreach(command demo test check coverage mutate trace fuzz abi proof docs package bench format setup)
+foreach(command demo test check coverage mutate trace fuzz abi proof docs first-minutes package bench format setup)
     expect(0 "  ${command} .*" ARGUMENTS ${command} --help)
 endforeach()
 expect(0 ".*usage: atlas FILE.*--width N.*" ARGUMENTS demo --help)
