@@ -107,7 +107,7 @@ class Drawing:
 
 def main(source, target):
     with open(source, encoding="utf-8") as file:
-        lines = file.read().rstrip("\n").split("\n")
+        lines = [line for line in file.read().rstrip("\n").split("\n") if not line.startswith("# SPDX")]
     with open(target, "w", encoding="utf-8") as file:
         file.write("<!-- SPDX-License-Identifier: MIT -->\n" + Drawing(lines).svg(alone=True) + "\n")
 
