@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 #include <sys/stat.h>
@@ -64,7 +65,7 @@ static mode_t ordinary(mode_t mode)
 }
 
 /* A device or a directory must not give way to a picture, nor anything to a directory. */
-Replacement::Replacement(const std::string &name, Kind kind) : name_(name), kind_(kind)
+Replacement::Replacement(std::string name, Kind kind) : name_(std::move(name)), kind_(kind)
 {
     while (kind == directory && name_.size() > 1 && name_.back() == '/')
         name_.pop_back();

@@ -29,7 +29,7 @@ class Replacement {
 public:
     /* Makes an empty one. Only a file may replace another one; a directory is new. Throws Error where it cannot be made. */
     enum Kind { file, directory };
-    Replacement(const std::string &name, Kind kind);
+    Replacement(std::string name, Kind kind);
     ~Replacement();
     Replacement(Replacement &&) = delete;
 
