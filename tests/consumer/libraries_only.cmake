@@ -21,8 +21,11 @@ if(compiler_for_c)
     message(FATAL_ERROR "a compiler for C was looked for")
 endif()
 
-build_project(${DIRECTORY})
-foreach(library mova_container mova_host mova_host_system)
+# The checked library is configured alone: it is built the same everywhere.
+set(libraries mova_container mova_host mova_host_system)
+list(TRANSFORM libraries APPEND _static OUTPUT_VARIABLE static_libraries)
+build_project(${DIRECTORY} ${libraries} ${static_libraries})
+foreach(library IN LISTS libraries)
     foreach(extension so a)
         if(NOT EXISTS ${DIRECTORY}/mova/lib${library}.${extension})
             message(FATAL_ERROR "lib${library}.${extension} was not built")

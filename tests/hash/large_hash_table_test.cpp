@@ -69,21 +69,14 @@ mova_word *mapped_words(size_t count)
     return words == MAP_FAILED ? nullptr : static_cast<mova_word *>(words);
 }
 
-/* A table as large as that would be, of which few pages are touched; `high_water_mark` says when it is full. */
+/* A table as large as that would be, of which few pages are touched; `high_water_mark` says when it is full. It never was
+   smaller, so it may be empty. */
 class mapped_table {
 public:
     explicit mapped_table(int32_t capacity)
     {
         const auto slots = static_cast<size_t>(capacity);
-        table_ = {8,
-                  capacity,
-                  0,
-                  capacity / 4,
-                  capacity / 8 * 7,
-                  capacity - 1,
-                  0,
-                  0,
-                  mapped_words(slots),
+        table_ = {capacity,           capacity, 0, 0, capacity / 8 * 7, capacity - 1, 0, 0, mapped_words(slots),
                   mapped_words(slots)};
     }
     ~mapped_table()
