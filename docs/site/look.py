@@ -112,8 +112,8 @@ def main(directory):
         thread.start()
     for thread in threads:
         thread.join()
-    for each in found.values():
-        faults += each
+    for scheme in SCHEMES:
+        faults += found.get(scheme, [f"{scheme}: not looked at"])
     print("\n".join(faults))
     print(f"{len(faults)} faults")
     sys.exit(1 if faults else 0)
