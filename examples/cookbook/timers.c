@@ -18,6 +18,8 @@ static int32_t by_time(void *a, void *b)
 
 static void start(GT_tree *timers, timer *t, int due)
 {
+    if (t->place)
+        GT_remove_item(timers, t->place);
     t->due = due; /* only while it is out of the tree */
     t->place = GT_insert_item(timers, t);
 }
@@ -27,12 +29,14 @@ static void stop(GT_tree *timers, timer *t)
     if (t->place)
         GT_remove_item(timers, t->place);
     t->place = NULL;
+    t->every = 0;
 }
 
 static void tick(GT_tree *timers, timer *self)
 {
-    (void)timers;
     printf("%d: tick\n", self->due);
+    if (self->due == 300)
+        stop(timers, self);
 }
 
 static void answer(GT_tree *timers, timer *self)
@@ -55,7 +59,7 @@ static void run(GT_tree *timers, int end)
         GT_remove_first_item(timers);
         each->place = NULL;
         each->call(timers, each);
-        if (each->every)
+        if (each->every && !each->place)
             start(timers, each, each->due + each->every);
     }
 }
@@ -68,6 +72,6 @@ int main(void)
     start(timers, &clock, 100);
     start(timers, &patience, 250);
     start(timers, &reply, 200);
-    run(timers, 300);
+    run(timers, 1000);
     GT_release(&timers);
 }
